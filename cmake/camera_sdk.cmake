@@ -1,0 +1,18 @@
+# The target camera_sdk: headers and library of the SDK that the worker is built against, with the library and its
+# adapters laid into the build tree where the worker's run path and adapter check look for them.
+add_library(camera_sdk INTERFACE)
+
+if(SONY_SDK_ROOT)
+    find_path(SONY_SDK_INCLUDE_DIR CRSDK/CameraRemote_SDK.h
+        PATHS "${SONY_SDK_ROOT}" PATH_SUFFIXES . include app
+        NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+    find_library(SONY_SDK_LIBRARY Cr_Core
+        PATHS "${SONY_SDK_ROOT}" PATH_SUFFIXES . lib external/crsdk
+        NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+    target_include_directories(camera_sdk SYSTEM INTERFACE "${SONY_SDK_INCLUDE_DIR}")
+    target_link_libraries(camera_sdk INTERFACE "${SONY_SDK_LIBRARY}")
+    include(cmake/stage_sdk.cmake)
+else()
+    add_subdirectory(simulator)
+    target_link_libraries(camera_sdk INTERFACE camera_sim)
+endif()

@@ -1,0 +1,16 @@
+# The warnings that every target of this tree is built with. The SDK's callback interface has no virtual destructor by
+# design, so -Wnon-virtual-dtor stays off.
+add_library(warnings INTERFACE)
+target_compile_options(warnings INTERFACE
+    -Wall -Wextra -Wshadow -Wconversion
+    $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety>
+    $<$<BOOL:${CAMERA_WORKER_WERROR}>:-Werror>)
+
+# For libraries that only tests, host tools or pictures need: stops the configuration when the developer asked for
+# everything, otherwise says what is left out.
+function(left_out what package)
+    if(CAMERA_WORKER_COMPLETE)
+        message(FATAL_ERROR "${what} needs ${package}")
+    endif()
+    message(STATUS "${what} left out: ${package} is not installed")
+endfunction()
