@@ -5,10 +5,10 @@ add_library(camera_sdk INTERFACE)
 if(SONY_SDK_ROOT)
     find_path(SONY_SDK_INCLUDE_DIR CRSDK/CameraRemote_SDK.h
         PATHS "${SONY_SDK_ROOT}" PATH_SUFFIXES . include app
-        NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+        NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)
     find_library(SONY_SDK_LIBRARY Cr_Core
         PATHS "${SONY_SDK_ROOT}" PATH_SUFFIXES . lib external/crsdk
-        NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+        NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)
     target_include_directories(camera_sdk SYSTEM INTERFACE "${SONY_SDK_INCLUDE_DIR}")
     target_link_libraries(camera_sdk INTERFACE "${SONY_SDK_LIBRARY}")
     include(cmake/stage_sdk.cmake)
