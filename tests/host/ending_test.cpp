@@ -1,0 +1,79 @@
+// The ladder that ends a worker, step by step.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include "tests/host/child.h"
+
+namespace {
+
+using host::Clock;
+using host::describe;
+using host::EndedBy;
+using host::Ending;
+using host::EndTimes;
+using std::chrono::milliseconds;
+
+// A step that is meant to work gets all the time it needs; one that is meant to fail gets little.
+constexpr milliseconds soon{100};
+
+TEST(Ending, QuitIsEnough) {
+    const auto child =
+        start_script("while read line; do [ \"$line\" = QUIT ] && exit 0; done; exit 1");
+    child->send("PRIME");
+    const Ending ending = child->end({patience, soon, soon});
+    EXPECT_EQ(ending.by, EndedBy::quit);
+    EXPECT_TRUE(ending.exit.clean());
+}
+
+TEST(Ending, ClosesTheInputWhenQuitIsNotHeard) {
+    const auto child = start_script("cat > /dev/null; exit 5");
+    const auto start = Clock::now();
+    const Ending ending = child->end({soon, patience, soon});
+    EXPECT_EQ(ending.by, EndedBy::closed_input);
+    EXPECT_EQ(describe(ending.exit), "status 5");
+    EXPECT_GE(ending.exit.at - start, soon);
+}
+
+TEST(Ending, SendsSigtermWhenTheEndOfInputIsNotHeard) {
+    const auto child = start_script("echo ready; exec sleep 1000");
+    EXPECT_EQ(next_text(*child), "ready");
+    const auto start = Clock::now();
+    const Ending ending = child->end({soon, soon, patience});
+    EXPECT_EQ(ending.by, EndedBy::sigterm);
+    EXPECT_EQ(describe(ending.exit), "signal 15");
+    EXPECT_GE(ending.exit.at - start, 2 * soon);
+}
+
+TEST(Ending, KillsWhatHearsNothing) {
+    const auto child = start_script("trap '' TERM; echo ready; while :; do sleep 0.01; done");
+    EXPECT_EQ(next_text(*child), "ready");
+    const auto start = Clock::now();
+    const Ending ending = child->end({soon, soon, soon});
+    EXPECT_EQ(ending.by, EndedBy::sigkill);
+    EXPECT_EQ(describe(ending.exit), "signal 9");
+    EXPECT_GE(ending.exit.at - start, 3 * soon);
+}
+
+TEST(Ending, AStoppedWorkerIsKilled) {
+    const auto child = start_script("exec cat");
+    child->signal(SIGSTOP);
+    EXPECT_EQ(child->end({soon, soon, soon}).by, EndedBy::sigkill);
+}
+
+TEST(Ending, TellsAWorkerThatHadEndedAlready) {
+    const auto child = start_script("exit 2");
+    ASSERT_TRUE(child->await_exit(host::after(patience)));
+    const Ending ending = child->end();
+    EXPECT_EQ(ending.by, EndedBy::itself);
+    EXPECT_EQ(describe(ending.exit), "status 2");
+    EXPECT_EQ(child->end().by, EndedBy::itself);
+}
+
+TEST(Ending, GoesOnWithTheInputClosedAlready) {
+    const auto child = start_script("trap '' TERM; cat; echo ready; exec sleep 1000");
+    child->close_input();
+    EXPECT_EQ(next_text(*child), "ready");
+    EXPECT_EQ(child->end({patience, soon, soon}).by, EndedBy::sigkill);
+}
+
+}  // namespace
