@@ -1,0 +1,164 @@
+#include "simulator/control_socket.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "simulator/delivery.h"
+#include "simulator/scene_language.h"
+#include "simulator/shots.h"
+#include "simulator/state.h"
+#include "simulator/strictness.h"
+#include "simulator/threads.h"
+#include "simulator/words.h"
+
+namespace camera_sim {
+namespace {
+
+struct Listening {
+    int socket = -1;
+    std::string path;
+    unsigned round =
+        0;  // another one after every Release: clients of an earlier one are turned away
+};
+
+// Never destroyed: the clients' threads may outlive main.
+Listening& g_listening SIM_ANNOTATION(guarded_by(g_lock)) = *new Listening;
+
+bool serving(unsigned round) SIM_REQUIRES(g_lock) {
+    return g_listening.socket >= 0 && g_listening.round == round;
+}
+
+void wait_until_quiet(Hold& hold, unsigned round) SIM_REQUIRES(g_lock) {
+    while (serving(round) && (!all_delivered() || shots_under_way())) {
+        hold.wait(g_changed);
+    }
+}
+
+std::string answer(const std::string& line, unsigned round) {
+    Hold hold;
+    std::string text;
+    std::string error;
+    Words words(line);
+    if (!serving(round)) {
+        error = "the SDK has been released";
+    } else if (words.take("wait")) {
+        if (words.finished()) {
+            wait_until_quiet(hold, round);
+        }
+        error = words.error();
+    } else if (words.take("state")) {
+        if (words.finished()) {
+            for (const std::string& entry : state_lines()) {
+                text += "  " + entry + "\n";
+            }
+        }
+        error = words.error();
+    } else {
+        error = run_line(line);
+    }
+    return text + (error.empty() ? "ok" : "error: " + error) + "\n";
+}
+
+bool send_all(int client, std::string_view text) {
+#if defined(MSG_NOSIGNAL)
+    constexpr int flags = MSG_NOSIGNAL;
+#else
+    constexpr int flags = 0;  // SO_NOSIGPIPE is set on the socket
+#endif
+    while (!text.empty()) {
+        const ssize_t sent = send(client, text.data(), text.size(), flags);
+        if (sent < 0 && errno == EINTR) {
+            continue;
+        }
+        if (sent <= 0) {
+            return false;
+        }
+        text.remove_prefix(static_cast<std::size_t>(sent));
+    }
+    return true;
+}
+
+void serve(int client, unsigned round) {
+    std::string received;
+    char buffer[4096];
+    for (;;) {
+        const std::size_t end = received.find('\n');
+        if (end != std::string::npos) {
+            const std::string line = received.substr(0, end);
+            received.erase(0, end + 1);
+            if (!send_all(client, answer(line, round))) {
+                break;
+            }
+            continue;
+        }
+        const ssize_t got = recv(client, buffer, sizeof buffer, 0);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            break;
+        }
+        received.append(buffer, static_cast<std::size_t>(got));
+    }
+    close(client);
+}
+
+void accept_clients(int socket, unsigned round) {
+    for (;;) {
+        const int client = accept(socket, nullptr, nullptr);
+        {
+            const Hold hold;
+            if (client < 0 && errno == EINTR && serving(round)) {
+                continue;
+            }
+            if (client < 0 || !serving(round)) {
+                break;
+            }
+        }
+        fcntl(client, F_SETFD, FD_CLOEXEC);
+#if defined(SO_NOSIGPIPE)
+        const int on = 1;
+        setsockopt(client, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on);
+#endif
+        start_thread([client, round] { serve(client, round); }).detach();
+    }
+    close(socket);
+}
+
+}  // namespace
+
+void listen_for_control(const char* path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (std::strlen(path) >= sizeof address.sun_path) {
+        stop(std::string("the path of the control socket is too long: ") + path);
+    }
+    std::strcpy(address.sun_path, path);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    unlink(path);
+    if (socket < 0 || fcntl(socket, F_SETFD, FD_CLOEXEC) != 0 ||
+        bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        listen(socket, 16) != 0) {
+        stop(std::string("the control socket ") + path +
+             " cannot be made: " + std::strerror(errno));
+    }
+    g_listening.socket = socket;
+    g_listening.path = path;
+    const unsigned round = ++g_listening.round;
+    start_thread([socket, round] { accept_clients(socket, round); }).detach();
+}
+
+void stop_control() {
+    if (g_listening.socket < 0) {
+        return;
+    }
+    unlink(g_listening.path.c_str());
+    shutdown(g_listening.socket, SHUT_RDWR);  // accept comes back, and its thread closes the socket
+    g_listening.socket = -1;
+}
+
+}  // namespace camera_sim

@@ -1,0 +1,269 @@
+// The verbs for what happens to a camera, and the callbacks as they stand.
+
+#include <utility>
+
+#include "simulator/delivery.h"
+#include "simulator/scene_language.h"
+#include "simulator/session.h"
+#include "simulator/shots.h"
+#include "simulator/state.h"
+#include "simulator/words.h"
+
+namespace camera_sim {
+namespace {
+
+bool a_body(Words& words) SIM_REQUIRES(g_lock) {
+    if (state().session.body >= state().bodies.size()) {
+        words.wrong("there is no camera");
+        return false;
+    }
+    return words.finished();
+}
+
+bool an_application(Words& words) SIM_REQUIRES(g_lock) {
+    if (state().application == nullptr) {
+        words.wrong("no application has called Connect");
+        return false;
+    }
+    return words.finished();
+}
+
+bool in_session() SIM_REQUIRES(g_lock) {
+    return state().session.stage == Stage::open || state().session.stage == Stage::opening;
+}
+
+void change_card(Words& words) SIM_REQUIRES(g_lock) {
+    Card card = Card::full;
+    if (words.take("in")) {
+        card = Card::in;
+    } else if (words.take("out")) {
+        card = Card::out;
+    } else if (!words.take("full")) {
+        words.wrong("a card is in, out or full");
+    }
+    if (a_body(words)) {
+        report_change(body().put_card(card));
+    }
+}
+
+// The camera leaves the bus; an SDK that reconnects waits for it.
+void leave(bool reconnecting) SIM_REQUIRES(g_lock) {
+    if (state().session.stage == Stage::open && reconnecting) {
+        happen(Happening::gone_for_a_while);
+    } else if (in_session() || state().session.reconnecting) {
+        happen(Happening::gone, reason::unplugged);
+    }
+}
+
+void come_back() SIM_REQUIRES(g_lock) {
+    if (state().session.reconnecting && body().reachable()) {
+        happen(Happening::back);
+    }
+}
+
+void unplug(Words& words) SIM_REQUIRES(g_lock) {
+    const bool reconnecting = words.take("reconnecting");
+    if (!a_body(words)) {
+        return;
+    }
+    if (!std::exchange(body().plugged, false) && !state().session.reconnecting) {
+        words.wrong("the camera is unplugged already");
+        return;
+    }
+    leave(reconnecting);
+}
+
+void plug(Words& words) SIM_REQUIRES(g_lock) {
+    if (!a_body(words)) {
+        return;
+    }
+    if (std::exchange(body().plugged, true)) {
+        words.wrong("the camera is plugged in already");
+        return;
+    }
+    come_back();
+}
+
+void flap(Words& words) SIM_REQUIRES(g_lock) {
+    const CrInt32u times = words.code("N");
+    if (!a_body(words)) {
+        return;
+    }
+    if (state().session.stage != Stage::open) {
+        words.wrong("no session is open");
+        return;
+    }
+    for (CrInt32u time = 0; time < times; ++time) {
+        happen(Happening::gone_for_a_while);
+        happen(Happening::back);
+    }
+}
+
+void sleep(Words& words) SIM_REQUIRES(g_lock) {
+    if (!a_body(words)) {
+        return;
+    }
+    if (!std::exchange(body().asleep, true)) {
+        leave(true);
+    }
+}
+
+void wake(Words& words) SIM_REQUIRES(g_lock) {
+    if (a_body(words) && std::exchange(body().asleep, false)) {
+        come_back();
+    }
+}
+
+void dial(Words& words) SIM_REQUIRES(g_lock) {
+    CrInt64u value = 0;
+    if (words.take("jpeg")) {
+        value = file_type::jpeg;
+    } else if (words.take("raw")) {
+        value = file_type::raw;
+    } else if (words.take("both")) {
+        value = file_type::raw_and_jpeg;
+    } else if (words.take("heif")) {
+        value = file_type::raw_and_heif;
+    } else {
+        value = words.number("jpeg, raw, both, heif or VALUE");
+    }
+    if (a_body(words)) {
+        report_change(body().put(property::file_type, value));
+    }
+}
+
+void set_property(Words& words) SIM_REQUIRES(g_lock) {
+    const CrInt32u code = words.code("CODE");
+    const CrInt64u value = words.number("VALUE");
+    if (a_body(words)) {
+        body().put(code, value);
+    }
+}
+
+template <bool readable>
+void make_readable(Words& words) SIM_REQUIRES(g_lock) {
+    const CrInt32u code = words.code("CODE");
+    if (a_body(words)) {
+        body().properties[code].readable = readable;
+    }
+}
+
+void be_busy(Words& words) SIM_REQUIRES(g_lock) {
+    const Duration duration = words.duration("T");
+    if (words.finished()) {
+        state().busy_until = Clock::now() + duration;
+    }
+}
+
+void call_connected(Words& words) SIM_REQUIRES(g_lock) {
+    const CrInt32u version = words.take("-1") ? 0xFFFFFFFF : words.code("VERSION");
+    if (an_application(words)) {
+        callback::connected(static_cast<CrInt32>(version));
+    }
+}
+
+template <void (*call)(CrInt32u)>
+void call_with_code(Words& words) SIM_REQUIRES(g_lock) {
+    const CrInt32u code = words.code("CODE");
+    if (an_application(words)) {
+        call(code);
+    }
+}
+
+void call_properties(Words& words) SIM_REQUIRES(g_lock) {
+    if (words.take("null")) {
+        const CrInt32u count = words.code("N");
+        if (an_application(words)) {
+            callback::null_properties(count);
+        }
+        return;
+    }
+    std::vector<CrInt32u> codes;
+    if (!words.take("none")) {
+        do {
+            codes.push_back(words.code("CODE"));
+        } while (words.left() && words.error().empty());
+    }
+    if (an_application(words)) {
+        callback::properties(codes);
+    }
+}
+
+void call_download(Words& words) SIM_REQUIRES(g_lock) {
+    const auto name = words.text_or_null("NAME");
+    const CrInt32u type = words.code("NUMBER");
+    if (an_application(words)) {
+        callback::download(name, type);
+    }
+}
+
+void storm(Words& words) SIM_REQUIRES(g_lock) {
+    const CrInt32u notices = words.code("N");
+    std::vector<CrInt32u> codes;
+    do {
+        codes.push_back(words.code("CODE"));
+    } while (words.left() && words.error().empty());
+    if (!an_application(words)) {
+        return;
+    }
+    const int thread = delivering_thread();
+    for (CrInt32u notice = 0; notice < notices; ++notice) {
+        set_delivering_thread(static_cast<int>(notice % 2));
+        callback::properties(codes);
+    }
+    set_delivering_thread(thread);
+}
+
+void second(Words& words) SIM_REQUIRES(g_lock) {
+    const std::string line = words.rest();
+    const int thread = delivering_thread();
+    set_delivering_thread(1);
+    if (const std::string error = run_line(line); !error.empty()) {
+        words.wrong(error);
+    } else if (line.empty()) {
+        words.wrong("\"second\" stands before another command");
+    }
+    set_delivering_thread(thread);
+}
+
+void during_release(Words& words) SIM_REQUIRES(g_lock) {
+    if (!words.take("Release")) {
+        words.wrong("during Release LINE");
+        return;
+    }
+    const std::string line = words.rest();
+    Words inner(line);
+    if (!inner.left() || !is_verb(inner.text("VERB"))) {
+        words.wrong("\"" + line + "\" is no command of the scene language");
+        return;
+    }
+    state().during_release.push_back(line);
+}
+
+}  // namespace
+
+const Verb event_verbs[] = {
+    {"card", change_card},
+    {"unplug", unplug},
+    {"plug", plug},
+    {"flap", flap},
+    {"sleep", sleep},
+    {"wake", wake},
+    {"dial", dial},
+    {"set", set_property},
+    {"unreadable", make_readable<false>},
+    {"readable", make_readable<true>},
+    {"busy", be_busy},
+    {"connected", call_connected},
+    {"disconnected", call_with_code<callback::disconnected>},
+    {"warning", call_with_code<callback::warning>},
+    {"error", call_with_code<callback::error>},
+    {"properties", call_properties},
+    {"deliver", call_download},
+    {"storm", storm},
+    {"second", second},
+    {"during", during_release},
+    {nullptr, nullptr},
+};
+
+}  // namespace camera_sim

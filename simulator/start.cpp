@@ -1,0 +1,77 @@
+#include "simulator/start.h"
+
+#include <cstdlib>
+#include <utility>
+
+#include "simulator/call.h"
+#include "simulator/control_socket.h"
+#include "simulator/delivery.h"
+#include "simulator/journal.h"
+#include "simulator/lending.h"
+#include "simulator/scene_language.h"
+#include "simulator/shots.h"
+#include "simulator/state.h"
+#include "simulator/strictness.h"
+#include "simulator/timeline.h"
+
+namespace camera_sim {
+namespace {
+
+const char* variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+}  // namespace
+
+bool start(Hold& hold, CrInt32u log_type) {
+    if (state().started) {
+        stop("Init was called twice");
+    }
+    renew_state();
+    state().started = true;
+    state().main_thread = std::this_thread::get_id();
+    name_thread("main");
+    tell("simulated SDK, no real camera is driven");
+    if (const char* path = variable("CAMERA_SIM_JOURNAL")) {
+        open_journal(path);
+    }
+    if (const char* path = variable("CAMERA_SIM_SCENE")) {
+        play_scene(path);
+    }
+    if (const char* path = variable("CAMERA_SIM_PICTURES")) {
+        state().own_pictures = path;
+    }
+    if (const char* path = variable("CAMERA_SIM_CONTROL")) {
+        listen_for_control(path);
+    }
+    Call call(hold, "Init", std::to_string(log_type));
+    if (!call.answer_bool(true)) {
+        ended();
+        return false;
+    }
+    return true;
+}
+
+void end(Hold& hold) {
+    expect_nothing_lent("Release");
+    end_shots(hold);
+    end_timeline(hold);
+    for (const std::string& line : std::exchange(state().during_release, {})) {
+        if (const std::string error = run_line(line); !error.empty()) {
+            stop("during Release " + line + ": " + error);
+        }
+    }
+    end_delivery(hold);
+}
+
+void ended() {
+    stop_control();
+    close_journal();
+    state().started = false;
+    state().released = true;
+    state().application = nullptr;
+    g_changed.notify_all();
+}
+
+}  // namespace camera_sim
