@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <tuple>
+#include <type_traits>
 
 #include "worker/main_thread.h"
 
@@ -41,18 +42,6 @@ struct Empty {
     }
 };
 
-// A 32-bit number that the SDK reads or writes through a pointer to whatever it calls such a
-// number.
-struct Place {
-    std::int32_t value;
-
-    template <typename Parameter>
-    operator Parameter*() {
-        static_assert(sizeof(Parameter) == sizeof value);
-        return reinterpret_cast<Parameter*>(&value);
-    }
-};
-
 // A text for a parameter of type char* or const char*; the SDK gets a copy of its own either way.
 struct Text {
     std::string copy;
@@ -62,17 +51,18 @@ struct Text {
     }
 };
 
-template <typename Operation>
-struct Signature;
-
+// The parameter types of a function or of an operation of a class, whether noexcept or not.
+template <typename Result, typename... Parameters>
+std::tuple<Parameters...> parameters_of(Result (*)(Parameters...));
 template <typename Class, typename Result, typename... Parameters>
-struct Signature<Result (Class::*)(Parameters...)> {
-    template <std::size_t index>
-    using Parameter = std::tuple_element_t<index, std::tuple<Parameters...>>;
-};
+std::tuple<Parameters...> parameters_of(Result (Class::*)(Parameters...));
 
-template <typename Operation, std::size_t index>
-using Parameter = typename Signature<Operation>::template Parameter<index>;
+template <auto function, std::size_t index>
+using Parameter = std::tuple_element_t<index, decltype(parameters_of(function))>;
+
+// What a parameter points to, ready to be written.
+template <auto function, std::size_t index>
+using Pointee = std::remove_cv_t<std::remove_pointer_t<Parameter<function, index>>>;
 
 }  // namespace headers
 
@@ -80,15 +70,13 @@ using Handle = headers::Handle;
 using Camera = headers::Camera;
 
 // What the callbacks are given, in the types that the headers declare.
-using DisconnectReason = headers::Parameter<decltype(&SCRSDK::IDeviceCallback::OnDisconnected), 0>;
-using WarningCode = headers::Parameter<decltype(&SCRSDK::IDeviceCallback::OnWarning), 0>;
-using ErrorCode = headers::Parameter<decltype(&SCRSDK::IDeviceCallback::OnError), 0>;
-using ChangeCount =
-    headers::Parameter<decltype(&SCRSDK::IDeviceCallback::OnPropertyChangedCodes), 0>;
-using ChangedCodes =
-    headers::Parameter<decltype(&SCRSDK::IDeviceCallback::OnPropertyChangedCodes), 1>;
-using FileName = headers::Parameter<decltype(&SCRSDK::IDeviceCallback::OnCompleteDownload), 0>;
-using DownloadType = headers::Parameter<decltype(&SCRSDK::IDeviceCallback::OnCompleteDownload), 1>;
+using DisconnectReason = headers::Parameter<&SCRSDK::IDeviceCallback::OnDisconnected, 0>;
+using WarningCode = headers::Parameter<&SCRSDK::IDeviceCallback::OnWarning, 0>;
+using ErrorCode = headers::Parameter<&SCRSDK::IDeviceCallback::OnError, 0>;
+using ChangeCount = headers::Parameter<&SCRSDK::IDeviceCallback::OnPropertyChangedCodes, 0>;
+using ChangedCodes = headers::Parameter<&SCRSDK::IDeviceCallback::OnPropertyChangedCodes, 1>;
+using FileName = headers::Parameter<&SCRSDK::IDeviceCallback::OnCompleteDownload, 0>;
+using DownloadType = headers::Parameter<&SCRSDK::IDeviceCallback::OnCompleteDownload, 1>;
 
 // Results of every call.
 inline constexpr std::uint32_t ok = 0;
@@ -189,7 +177,7 @@ class Property {
     }
     // The one type that the worker writes, whatever the property.
     void set_value_type() REQUIRES(main_thread) {
-        property_.SetValueType(static_cast<SCRSDK::CrDataType>(2));
+        property_.SetValueType(headers::Number{2});
     }
     std::uint32_t write(Handle handle) REQUIRES(main_thread) {
         return static_cast<std::uint32_t>(SCRSDK::SetDeviceProperty(handle, &property_));
@@ -203,12 +191,13 @@ class Property {
 class PropertyReading {
   public:
     PropertyReading(Handle handle, std::uint32_t code) REQUIRES(main_thread) : handle_(handle) {
-        headers::Place wanted{static_cast<std::int32_t>(code)};
-        headers::Place count{0};
+        auto wanted = static_cast<headers::Pointee<&SCRSDK::GetSelectDeviceProperties, 2>>(code);
+        headers::Pointee<&SCRSDK::GetSelectDeviceProperties, 4> count{};
         const auto result = static_cast<std::uint32_t>(SCRSDK::GetSelectDeviceProperties(
-            handle, headers::Number{1}, wanted, &properties_, count));
-        readable_ = result == ok && properties_ != nullptr && count.value > 0 &&
-                    properties_->IsGetEnableCurrentValue();
+            handle, headers::Number{1}, &wanted, &properties_, &count));
+        readable_ = result == ok && properties_ != nullptr &&
+                    static_cast<std::int64_t>(count) > 0 &&
+                    static_cast<bool>(properties_->IsGetEnableCurrentValue());
     }
     ~PropertyReading() {
         if (properties_ != nullptr) {
