@@ -28,6 +28,9 @@ struct Body {
     bool plugged = true;
     bool asleep = false;
     Card card = Card::in;
+    unsigned next_number = 1;  // of the file names
+    unsigned on_card = 0;      // shots
+    unsigned kept = 0;         // shots meant for the computer that did not go there
     std::map<CrInt32u, Property> properties;
 
     bool reachable() const {

@@ -21,6 +21,7 @@ Call::Call(Hold& hold, const std::string& function, const std::string& arguments
            std::optional<CrInt32u> code)
     : text_(arguments.empty() ? function : function + " " + arguments) {
     expect_thread(function);
+    state().last_use = start_;
     fault_ = take_fault(function, code);
     if (fault_.hangs) {
         journal(start_, std::nullopt, text_, "hangs");

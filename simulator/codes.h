@@ -30,7 +30,7 @@ namespace priority {
 inline constexpr CrInt64u camera = 1, pc_remote = 2;
 }
 namespace pair {
-inline constexpr CrInt64u both_of_jpeg = 0, developed_half = 1, both_of_heif = 3;
+inline constexpr CrInt64u both_of_jpeg = 0, developed_half = 1, raw_half = 2, both_of_heif = 3;
 }
 namespace card_status {
 inline constexpr CrInt64u none = 1, in = 2, full = 3;

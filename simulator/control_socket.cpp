@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -19,7 +20,7 @@ namespace camera_sim {
 namespace {
 
 struct Listening {
-    int socket = -1;
+    int stop = -1;  // closing it ends the listening; negative: nobody listens
     std::string path;
     unsigned round =
         0;  // another one after every Release: clients of an earlier one are turned away
@@ -29,7 +30,7 @@ struct Listening {
 Listening& g_listening SIM_ANNOTATION(guarded_by(g_lock)) = *new Listening;
 
 bool serving(unsigned round) SIM_REQUIRES(g_lock) {
-    return g_listening.socket >= 0 && g_listening.round == round;
+    return g_listening.stop >= 0 && g_listening.round == round;
 }
 
 void wait_until_quiet(Hold& hold, unsigned round) SIM_REQUIRES(g_lock) {
@@ -107,18 +108,15 @@ void serve(int client, unsigned round) {
     close(client);
 }
 
-void accept_clients(int socket, unsigned round) {
-    for (;;) {
-        const int client = accept(socket, nullptr, nullptr);
-        {
-            const Hold hold;
-            if (client < 0 && errno == EINTR && serving(round)) {
-                continue;
-            }
-            if (client < 0 || !serving(round)) {
-                break;
-            }
-        }
+// The next client, or negative when the listening is over.
+int next_client(int socket, int stopped) {
+    pollfd events[] = {{socket, POLLIN, 0}, {stopped, POLLIN, 0}};
+    while (poll(events, 2, -1) < 0 && errno == EINTR) {}
+    return events[1].revents != 0 ? -1 : accept(socket, nullptr, nullptr);
+}
+
+void accept_clients(int socket, int stopped, unsigned round) {
+    for (int client; (client = next_client(socket, stopped)) >= 0;) {
         fcntl(client, F_SETFD, FD_CLOEXEC);
 #if defined(SO_NOSIGPIPE)
         const int on = 1;
@@ -127,6 +125,7 @@ void accept_clients(int socket, unsigned round) {
         start_thread([client, round] { serve(client, round); }).detach();
     }
     close(socket);
+    close(stopped);
 }
 
 }  // namespace
@@ -139,26 +138,31 @@ void listen_for_control(const char* path) {
     }
     std::strcpy(address.sun_path, path);
     const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    int ends[2];
     unlink(path);
-    if (socket < 0 || fcntl(socket, F_SETFD, FD_CLOEXEC) != 0 ||
+    if (socket < 0 || pipe(ends) != 0 ||
         bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
         listen(socket, 16) != 0) {
         stop(std::string("the control socket ") + path +
              " cannot be made: " + std::strerror(errno));
     }
-    g_listening.socket = socket;
+    for (const int file : {socket, ends[0], ends[1]}) {
+        fcntl(file, F_SETFD, FD_CLOEXEC);
+    }
+    g_listening.stop = ends[1];
     g_listening.path = path;
     const unsigned round = ++g_listening.round;
-    start_thread([socket, round] { accept_clients(socket, round); }).detach();
+    start_thread([socket, stopped = ends[0], round] {
+        accept_clients(socket, stopped, round);
+    }).detach();
 }
 
 void stop_control() {
-    if (g_listening.socket < 0) {
-        return;
+    if (g_listening.stop >= 0) {
+        unlink(g_listening.path.c_str());
+        close(g_listening.stop);
+        g_listening.stop = -1;
     }
-    unlink(g_listening.path.c_str());
-    shutdown(g_listening.socket, SHUT_RDWR);  // accept comes back, and its thread closes the socket
-    g_listening.socket = -1;
 }
 
 }  // namespace camera_sim

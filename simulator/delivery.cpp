@@ -1,6 +1,7 @@
 #include "simulator/delivery.h"
 
 #include <deque>
+#include <utility>
 
 #include "simulator/journal.h"
 #include "simulator/state.h"
@@ -28,6 +29,7 @@ struct Lane {
 // Never destroyed: callbacks may pour in while the process ends.
 Lane* const g_lanes = new Lane[2]{{"sdk-1", {}, {}, {}}, {"sdk-2", {}, {}, {}}};
 int g_lane SIM_ANNOTATION(guarded_by(g_lock)) = 0;
+bool g_closed SIM_ANNOTATION(guarded_by(g_lock)) = false;
 
 void deliver(Lane& lane) {
     name_thread(lane.name);
@@ -54,7 +56,7 @@ void deliver(Lane& lane) {
 
 void queue(std::string line, std::function<void(IDeviceCallback&)> call) SIM_REQUIRES(g_lock) {
     Lane& lane = g_lanes[g_lane];
-    if (state().application == nullptr) {
+    if (state().application == nullptr || g_closed) {
         return;
     }
     if (!lane.thread.joinable()) {
@@ -126,8 +128,10 @@ int delivering_thread() {
     return g_lane;
 }
 
-void set_delivering_thread(int thread) {
-    g_lane = thread;
+DeliveringThread::DeliveringThread(int thread) : before_(std::exchange(g_lane, thread)) {}
+
+DeliveringThread::~DeliveringThread() {
+    g_lane = before_;
 }
 
 bool all_delivered() {
@@ -140,7 +144,12 @@ void wait_for_delivery(Hold& hold) {
     }
 }
 
+void open_delivery() {
+    g_closed = false;
+}
+
 void end_delivery(Hold& hold) {
+    g_closed = true;
     for (int index : {0, 1}) {
         Lane& lane = g_lanes[index];
         lane.ending = true;

@@ -24,15 +24,28 @@ void warning(CrInt32u code) SIM_REQUIRES(g_lock);
 void error(CrInt32u code) SIM_REQUIRES(g_lock);
 }  // namespace callback
 
-// The thread, 0 or 1, that the callbacks queued from now on come from.
+// The thread, 0 or 1, that callbacks come from which are queued now, and a choice of it for the
+// length of a block in which the lock is not given up.
 int delivering_thread() SIM_REQUIRES(g_lock);
-void set_delivering_thread(int thread) SIM_REQUIRES(g_lock);
+
+class DeliveringThread {
+  public:
+    explicit DeliveringThread(int thread) SIM_REQUIRES(g_lock);
+    ~DeliveringThread() SIM_ANNOTATION(no_thread_safety_analysis);
+    DeliveringThread(const DeliveringThread&) = delete;
+    DeliveringThread& operator=(const DeliveringThread&) = delete;
+
+  private:
+    const int before_;
+};
 
 // Both wait without the lock.
 bool all_delivered() SIM_REQUIRES(g_lock);
 void wait_for_delivery(Hold& hold) SIM_REQUIRES(g_lock);
 
-// Delivers what is queued and ends the threads.
+void open_delivery() SIM_REQUIRES(g_lock);
+
+// Delivers what is queued and ends the threads; what comes after that is dropped.
 void end_delivery(Hold& hold) SIM_REQUIRES(g_lock);
 
 }  // namespace camera_sim

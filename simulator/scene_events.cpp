@@ -7,6 +7,7 @@
 #include "simulator/session.h"
 #include "simulator/shots.h"
 #include "simulator/state.h"
+#include "simulator/timeline.h"
 #include "simulator/words.h"
 
 namespace camera_sim {
@@ -99,17 +100,48 @@ void flap(Words& words) SIM_REQUIRES(g_lock) {
     }
 }
 
-void sleep(Words& words) SIM_REQUIRES(g_lock) {
-    if (!a_body(words)) {
-        return;
-    }
+void fall_asleep() SIM_REQUIRES(g_lock) {
     if (!std::exchange(body().asleep, true)) {
         leave(true);
     }
 }
 
+// Looks again when the camera could have been idle for long enough.
+void sleep_when_idle() SIM_REQUIRES(g_lock) {
+    const Duration idle_for = Clock::now() - state().last_use;
+    const Duration limit = state().setup.sleep_after;
+    if (limit == Duration::zero() || state().session.body >= state().bodies.size()) {
+        return;
+    }
+    if (shots_under_way() || body().asleep) {
+        state().last_use = Clock::now();
+        after(limit, sleep_when_idle);
+    } else if (idle_for >= limit) {
+        fall_asleep();
+        after(limit, sleep_when_idle);
+    } else {
+        after(limit - idle_for, sleep_when_idle);
+    }
+}
+
+void sleep(Words& words) SIM_REQUIRES(g_lock) {
+    if (words.take("after")) {
+        const Duration idle = words.duration("T");
+        if (a_body(words)) {
+            const Duration before = std::exchange(state().setup.sleep_after, idle);
+            state().last_use = Clock::now();
+            if (before == Duration::zero()) {
+                after(idle, sleep_when_idle);
+            }
+        }
+    } else if (a_body(words)) {
+        fall_asleep();
+    }
+}
+
 void wake(Words& words) SIM_REQUIRES(g_lock) {
     if (a_body(words) && std::exchange(body().asleep, false)) {
+        state().last_use = Clock::now();
         come_back();
     }
 }
@@ -129,6 +161,28 @@ void dial(Words& words) SIM_REQUIRES(g_lock) {
     }
     if (a_body(words)) {
         report_change(body().put(property::file_type, value));
+    }
+}
+
+void press(Words& words) SIM_REQUIRES(g_lock) {
+    if (!a_body(words)) {
+        return;
+    }
+    if (body().asleep) {
+        words.wrong("the camera is asleep");
+        return;
+    }
+    state().last_use = Clock::now();
+    press_shutter();
+}
+
+void set_counter(Words& words) SIM_REQUIRES(g_lock) {
+    const CrInt32u number = words.code("N");
+    if (number < 1 || number > 9999) {
+        words.wrong("the counter goes from 1 to 9999");
+    }
+    if (a_body(words)) {
+        body().next_number = number;
     }
 }
 
@@ -170,6 +224,14 @@ void call_with_code(Words& words) SIM_REQUIRES(g_lock) {
     }
 }
 
+std::vector<CrInt32u> read_codes(Words& words) {
+    std::vector<CrInt32u> codes;
+    do {
+        codes.push_back(words.code("CODE"));
+    } while (words.left() && words.error().empty());
+    return codes;
+}
+
 void call_properties(Words& words) SIM_REQUIRES(g_lock) {
     if (words.take("null")) {
         const CrInt32u count = words.code("N");
@@ -178,14 +240,15 @@ void call_properties(Words& words) SIM_REQUIRES(g_lock) {
         }
         return;
     }
-    std::vector<CrInt32u> codes;
-    if (!words.take("none")) {
-        do {
-            codes.push_back(words.code("CODE"));
-        } while (words.left() && words.error().empty());
-    }
+    const auto codes = words.take("none") ? std::vector<CrInt32u>() : read_codes(words);
     if (an_application(words)) {
         callback::properties(codes);
+    }
+}
+
+void show_caution(Words& words) SIM_REQUIRES(g_lock) {
+    if (an_application(words)) {
+        callback::warning(warning::caution);
     }
 }
 
@@ -199,31 +262,21 @@ void call_download(Words& words) SIM_REQUIRES(g_lock) {
 
 void storm(Words& words) SIM_REQUIRES(g_lock) {
     const CrInt32u notices = words.code("N");
-    std::vector<CrInt32u> codes;
-    do {
-        codes.push_back(words.code("CODE"));
-    } while (words.left() && words.error().empty());
-    if (!an_application(words)) {
-        return;
-    }
-    const int thread = delivering_thread();
-    for (CrInt32u notice = 0; notice < notices; ++notice) {
-        set_delivering_thread(static_cast<int>(notice % 2));
+    const std::vector<CrInt32u> codes = read_codes(words);
+    for (CrInt32u notice = 0; an_application(words) && notice < notices; ++notice) {
+        const DeliveringThread from(static_cast<int>(notice % 2));
         callback::properties(codes);
     }
-    set_delivering_thread(thread);
 }
 
 void second(Words& words) SIM_REQUIRES(g_lock) {
     const std::string line = words.rest();
-    const int thread = delivering_thread();
-    set_delivering_thread(1);
-    if (const std::string error = run_line(line); !error.empty()) {
-        words.wrong(error);
-    } else if (line.empty()) {
+    const DeliveringThread from(1);
+    if (line.empty()) {
         words.wrong("\"second\" stands before another command");
+    } else if (const std::string error = run_line(line); !error.empty()) {
+        words.wrong(error);
     }
-    set_delivering_thread(thread);
 }
 
 void during_release(Words& words) SIM_REQUIRES(g_lock) {
@@ -250,6 +303,8 @@ const Verb event_verbs[] = {
     {"sleep", sleep},
     {"wake", wake},
     {"dial", dial},
+    {"shutter", press},
+    {"counter", set_counter},
     {"set", set_property},
     {"unreadable", make_readable<false>},
     {"readable", make_readable<true>},
@@ -257,6 +312,7 @@ const Verb event_verbs[] = {
     {"connected", call_connected},
     {"disconnected", call_with_code<callback::disconnected>},
     {"warning", call_with_code<callback::warning>},
+    {"caution", show_caution},
     {"error", call_with_code<callback::error>},
     {"properties", call_properties},
     {"deliver", call_download},

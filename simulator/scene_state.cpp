@@ -16,8 +16,11 @@ std::vector<std::string> state_lines() {
             lines.push_back("camera missing");
             continue;
         }
-        lines.push_back("camera " + body.describe() + ", card " + to_text(body.card) +
-                        (body.plugged ? "" : ", unplugged") + (body.asleep ? ", asleep" : ""));
+        lines.push_back("camera " + body.describe() + ", card " + to_text(body.card) + ", " +
+                        std::to_string(body.on_card) + " shots on it, " +
+                        std::to_string(body.kept) + " kept, next " +
+                        std::to_string(body.next_number) + (body.plugged ? "" : ", unplugged") +
+                        (body.asleep ? ", asleep" : ""));
     }
     if (now.session.body < now.bodies.size()) {
         for (const auto& [code, property] : body().properties) {
@@ -26,6 +29,8 @@ std::vector<std::string> state_lines() {
         }
     }
     lines.push_back("folder " + (now.session.folder.empty() ? "none" : quoted(now.session.folder)));
+    lines.push_back("buffer " + std::to_string(now.shooting.in_buffer) + " of " +
+                    std::to_string(now.setup.buffer));
     lines.push_back("faults " + std::to_string(now.faults.size()));
     lines.push_back("lent " + std::to_string(now.lent_lists.size()) + " lists, " +
                     std::to_string(now.lent_arrays.size()) + " arrays");

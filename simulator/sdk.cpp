@@ -116,9 +116,13 @@ CrInt32u ReleaseDevice(CrDeviceHandle handle) {
 CrInt32u GetSelectDeviceProperties(CrDeviceHandle handle, CrInt32u count, CrInt32u* codes,
                                    CrDeviceProperty** properties, CrInt32* property_count) {
     Hold hold;
-    if (count == 0 || codes == nullptr || properties == nullptr || property_count == nullptr) {
+    if (count == 0 || codes == nullptr) {
         expect_thread("GetSelectDeviceProperties");
-        stop("GetSelectDeviceProperties was given no codes, or no place for the properties");
+        stop("GetSelectDeviceProperties was given no codes");
+    }
+    if (properties == nullptr || property_count == nullptr) {
+        expect_thread("GetSelectDeviceProperties");
+        stop("GetSelectDeviceProperties was given no place for the properties");
     }
     std::string list;
     for (CrInt32u index = 0; index < count; ++index) {
@@ -193,7 +197,7 @@ CrInt32u SetSaveInfo(CrDeviceHandle handle, CrChar* path, CrChar* prefix, CrInt3
               text_or_null(path) + " " + text_or_null(prefix) + " " + std::to_string(number) +
                   on_handle(handle));
     if (path == nullptr || prefix == nullptr) {
-        stop("SetSaveInfo was given a null text");
+        stop(path == nullptr ? "SetSaveInfo was given no path" : "SetSaveInfo was given no prefix");
     }
     if (call.refused()) {
         return call.answer(result::ok);

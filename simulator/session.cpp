@@ -1,6 +1,9 @@
 #include "simulator/session.h"
 
+#include <utility>
+
 #include "simulator/delivery.h"
+#include "simulator/shots.h"
 #include "simulator/state.h"
 #include "simulator/timeline.h"
 
@@ -9,6 +12,7 @@ namespace camera_sim {
 void happen(Happening what, CrInt32u code) {
     Session& session = state().session;
     ++session.round;
+    let_go();
     switch (what) {
         case Happening::accepted:
             session.stage = Stage::opening;
@@ -40,10 +44,9 @@ void happen(Happening what, CrInt32u code) {
             callback::disconnected(reason::asked_for);
             break;
         case Happening::handed_back: {
-            Session none;
-            none.body = session.body;
-            none.round = session.round;
-            session = none;
+            const Session before = std::exchange(session, Session{});
+            session.body = before.body;
+            session.round = before.round;
             break;
         }
     }

@@ -9,10 +9,10 @@
 #include "simulator/journal.h"
 #include "simulator/lending.h"
 #include "simulator/scene_language.h"
-#include "simulator/shots.h"
 #include "simulator/state.h"
 #include "simulator/strictness.h"
 #include "simulator/timeline.h"
+#include "simulator/transfer.h"
 
 namespace camera_sim {
 namespace {
@@ -32,6 +32,7 @@ bool start(Hold& hold, CrInt32u log_type) {
     state().started = true;
     state().main_thread = std::this_thread::get_id();
     name_thread("main");
+    open_delivery();
     tell("simulated SDK, no real camera is driven");
     if (const char* path = variable("CAMERA_SIM_JOURNAL")) {
         open_journal(path);
@@ -47,6 +48,7 @@ bool start(Hold& hold, CrInt32u log_type) {
     }
     Call call(hold, "Init", std::to_string(log_type));
     if (!call.answer_bool(true)) {
+        end(hold);
         ended();
         return false;
     }
@@ -55,13 +57,14 @@ bool start(Hold& hold, CrInt32u log_type) {
 
 void end(Hold& hold) {
     expect_nothing_lent("Release");
-    end_shots(hold);
-    end_timeline(hold);
     for (const std::string& line : std::exchange(state().during_release, {})) {
         if (const std::string error = run_line(line); !error.empty()) {
             stop("during Release " + line + ": " + error);
         }
     }
+    state().ending = true;
+    end_timeline(hold);
+    end_transfer(hold);
     end_delivery(hold);
 }
 

@@ -15,6 +15,7 @@
 #include "simulator/camera_list.h"
 #include "simulator/faults.h"
 #include "simulator/lock.h"
+#include "simulator/shots.h"
 
 namespace camera_sim {
 
@@ -30,6 +31,7 @@ struct Setup {
     bool can_focus = true;
     std::uint64_t usb_rate = 40'000'000;  // bytes a second; 0: no limit
     unsigned buffer = 20;                 // shots
+    Duration sleep_after{};               // 0: never
     int width = 6000;
     int height = 4000;
 };
@@ -64,6 +66,7 @@ struct LentArray {
 
 struct State {
     bool started = false;
+    bool ending = false;  // Release is under way: nothing new is begun
     bool released = false;
     std::thread::id main_thread;
 
@@ -75,10 +78,13 @@ struct State {
     CrDeviceHandle last_handle = 0;
     IDeviceCallback* application = nullptr;  // of the latest Connect
 
+    Shooting shooting;
+
     Answer answer;
     std::vector<Fault> faults;
     unsigned resumes = 0;
     Clock::time_point busy_until{};
+    Clock::time_point last_use{};  // of the camera, by the host or at the body
     std::vector<std::string> during_release;
     std::string
         own_pictures;  // the user's folder of pictures to take in turn; empty: they are drawn

@@ -4,6 +4,7 @@
 #include <thread>
 #include <utility>
 
+#include "simulator/state.h"
 #include "simulator/threads.h"
 
 namespace camera_sim {
@@ -41,6 +42,9 @@ void run_steps() {
 void after(Duration delay, std::function<void()> step) {
     if (delay <= Duration::zero()) {
         step();
+        return;
+    }
+    if (state().ending) {
         return;
     }
     g_timeline.steps.emplace(Clock::now() + delay, std::move(step));

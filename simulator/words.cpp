@@ -99,6 +99,10 @@ bool Words::next_is_number() const {
     return left() && !words_[next_].quoted && to_number(words_[next_].text).has_value();
 }
 
+std::string Words::next_text() const {
+    return left() ? words_[next_].text : "";
+}
+
 const Words::Word* Words::next(const char* what) {
     if (!left()) {
         wrong(std::string(what) + " is missing");

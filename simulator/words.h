@@ -23,6 +23,7 @@ class Words {
     }
     bool take(std::string_view bare_word);  // whether it was the next word
     bool next_is_number() const;
+    std::string next_text() const;  // empty at the end of the line
 
     std::string word(const char* what);  // a bare word
     std::string text(const char* what);  // a bare word or a quoted text

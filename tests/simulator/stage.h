@@ -1,0 +1,94 @@
+#pragma once
+
+// An application around the simulated SDK, for its tests: a scene, the twelve functions in short,
+// the callbacks as they came, the control socket and the journal. One per test; everything is
+// called from the test's own thread.
+
+#include <CRSDK/CameraRemote_SDK.h>
+#include <condition_variable>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "simulator/control_client.h"
+
+// Writes down every callback that it gets, as the journal does.
+class Recorder final : public SCRSDK::IDeviceCallback {
+  public:
+    void OnConnected(SCRSDK::DeviceConnectionVersioin version) override;
+    void OnDisconnected(CrInt32u error) override;
+    void OnPropertyChangedCodes(CrInt32u count, CrInt32u* codes) override;
+    void OnCompleteDownload(CrChar* name, CrInt32u type) override;
+    void OnWarning(CrInt32u warning) override;
+    void OnError(CrInt32u error) override;
+
+    // Runs in the callbacks to come, before they are written down.
+    std::function<void()> meanwhile;
+
+    std::vector<std::string> calls();
+    std::vector<std::thread::id> threads();  // of the calls, in order
+    // Whether that call comes within ten seconds, if it has not come already.
+    bool got(const std::string& call);
+
+  private:
+    void record(std::string call);
+
+    std::mutex mutex_;
+    std::condition_variable recorded_;
+    std::vector<std::string> calls_;
+    std::vector<std::thread::id> threads_;
+};
+
+class Stage {
+  public:
+    // The scene's lines; "timing instant" and small pictures come before them.
+    explicit Stage(const std::string& scene = "");
+    ~Stage();  // releases what the test has left
+    Stage(const Stage&) = delete;
+    Stage& operator=(const Stage&) = delete;
+
+    bool init();
+    SCRSDK::ICrEnumCameraObjectInfo* find();
+    // Result of Connect to the camera at that index; the handle is in `handle`.
+    CrInt32u connect(CrInt32u index = 0);
+    // Init, Connect and the answer.
+    void open();
+    // What open leaves to do for shots in this folder.
+    void save_to(const std::filesystem::path& folder);
+    CrInt32u set(CrInt32u code, CrInt64u value);
+    // The value, or nothing when it cannot be read.
+    std::optional<CrInt64u> get(CrInt32u code);
+    CrInt32u save_info(const std::string& path, const std::string& prefix = "", int number = -1);
+    void shoot();  // the whole sequence, from half-press to half-release
+    void close();  // Disconnect, ReleaseDevice, Release
+
+    // Sends a control line: "" for ok, otherwise the sentence.
+    std::string tell(const std::string& line);
+    std::vector<std::string> state();
+    void wait();  // `wait`
+
+    std::vector<std::string> journal();  // the calls and results, a blank between them
+    std::vector<std::vector<std::string>> journal_fields();
+
+    const std::filesystem::path& folder() const {
+        return folder_;
+    }
+    std::filesystem::path shots() const {
+        return folder_ / "shots";
+    }
+    // The files there, by name in order.
+    std::vector<std::string> files();
+
+    Recorder recorder;
+    SCRSDK::CrDeviceHandle handle = 0;
+
+  private:
+    std::filesystem::path folder_;
+    std::optional<camera_sim::ControlClient> control_;
+    bool running_ = false;
+};
