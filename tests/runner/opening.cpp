@@ -48,7 +48,7 @@ std::vector<Step> opening_steps(const Transcript& transcript) {
 
 std::vector<Step> closing_steps(const Transcript& transcript) {
     if (std::any_of(transcript.steps.begin(), transcript.steps.end(),
-                    [](const Step& step) { return std::holds_alternative<Exits>(step.action); })) {
+                    [](const Step& step) { return step.is_end(); })) {
         return {};
     }
     const Place end =

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <signal.h>
 #include <thread>
 
 #include "tests/runner/journal.h"
@@ -43,6 +44,7 @@ class Performance {
     Verdict perform(const CloseOutput&);
     Verdict perform(const Signal& signal);
     Verdict perform(const Exits& exits);
+    Verdict perform(const Killed& killed);
 
     const std::vector<std::string>& recent() const {
         return recent_;
@@ -205,6 +207,24 @@ Verdict Performance::perform(const Exits& exits) {
     if (!in_time(exits.not_before, happened_, exit->at)) {
         return Mismatch{wanted + " after " + std::to_string(exits.not_before->count()) + " ms",
                         came};
+    }
+    return {};
+}
+
+Verdict Performance::perform(const Killed& killed) {
+    const std::string wanted =
+        "nothing for " + std::to_string(killed.after.count()) + " ms, then an end by SIGKILL";
+    if (const auto line = stage_.worker().next_line(host::after(killed.after))) {
+        note(line->at, "< " + line->text);
+        return Mismatch{wanted, "< " + shortened(line->text)};
+    }
+    if (stage_.worker().output_ended()) {
+        return Mismatch{wanted, end_of_output()};
+    }
+    stage_.worker().signal(SIGKILL);
+    const auto exit = stage_.worker().await_exit(host::after(patience_for({})));
+    if (!exit || exit->signal != SIGKILL) {
+        return Mismatch{wanted, exit ? describe(*exit) : "the worker still runs"};
     }
     return {};
 }

@@ -172,12 +172,11 @@ bool Reader::add(std::string_view line) {
             return wrong("reads are shown only with \"@ reads\"");
         }
     }
-    const bool ended =
-        !transcript_.steps.empty() &&
-        std::any_of(transcript_.steps.begin(), transcript_.steps.end(),
-                    [](const Step& step) { return std::holds_alternative<Exits>(step.action); });
+    const bool ended = !transcript_.steps.empty() &&
+                       std::any_of(transcript_.steps.begin(), transcript_.steps.end(),
+                                   [](const Step& step) { return step.is_end(); });
     if (ended && calls == nullptr) {
-        return wrong("only calls can follow @ exits");
+        return wrong("only calls can follow the end of the worker");
     }
     transcript_.steps.push_back({place_, std::string(line), std::move(*action)});
     return true;
@@ -192,8 +191,7 @@ bool Reader::is_complete() {
         std::any_of(transcript_.steps.begin(), transcript_.steps.end(), [](const Step& step) {
             return std::holds_alternative<Expect>(step.action) ||
                    std::holds_alternative<Block>(step.action) ||
-                   std::holds_alternative<Calls>(step.action) ||
-                   std::holds_alternative<Exits>(step.action);
+                   std::holds_alternative<Calls>(step.action) || step.is_end();
         });
     return proves || wrong("the transcript expects nothing, so it proves nothing");
 }

@@ -125,6 +125,11 @@ std::optional<Action> read_process_step(std::string_view text, std::string& erro
     if (words && !words->empty() && words->front() == "exits") {
         return read_exits(*words, error);
     }
+    if (words && words->size() == 3 && words->front() == "killed" && (*words)[1] == "after") {
+        if (const auto duration = read_duration(words->back())) {
+            return Killed{*duration};
+        }
+    }
     error = "unknown step \"@ " + std::string(text) + "\"";
     return std::nullopt;
 }

@@ -64,11 +64,22 @@ struct Exits {
     std::optional<Milliseconds> not_before;
 };
 
+// A worker that hangs: for so long it writes nothing and runs on, and only SIGKILL ends it.
+struct Killed {
+    Milliseconds after;
+};
+
 struct Step {
     Place place;
     std::string written;  // as it stands in the file
-    std::variant<Send, Expect, Block, Control, Calls, CloseInput, CloseOutput, Signal, Exits>
+    std::variant<Send, Expect, Block, Control, Calls, CloseInput, CloseOutput, Signal, Exits,
+                 Killed>
         action;
+
+    // Whether the worker is gone behind this step.
+    bool is_end() const {
+        return std::holds_alternative<Exits>(action) || std::holds_alternative<Killed>(action);
+    }
 };
 
 struct Transcript {
