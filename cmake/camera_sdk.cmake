@@ -6,6 +6,8 @@ if(SONY_SDK_ROOT)
     find_path(SONY_SDK_INCLUDE_DIR CRSDK/CameraRemote_SDK.h
         PATHS "${SONY_SDK_ROOT}" PATH_SUFFIXES . include app
         NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)
+    # A stand-in may keep the maker's file names on every platform.
+    list(APPEND CMAKE_FIND_LIBRARY_SUFFIXES .dylib)
     find_library(SONY_SDK_LIBRARY Cr_Core
         PATHS "${SONY_SDK_ROOT}" PATH_SUFFIXES . lib external/crsdk
         NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)

@@ -1,8 +1,10 @@
 # Copies the maker's library and its transport adapters into the build tree and, on install, into the bundle, with their
-# links kept. Adapters lie beside the library, in CrAdapter.
+# links and what those lead to. Adapters lie beside the library, in CrAdapter.
 get_filename_component(sdk_library_dir "${SONY_SDK_LIBRARY}" DIRECTORY)
 file(GLOB sdk_libraries CONFIGURE_DEPENDS "${sdk_library_dir}/*.so*" "${sdk_library_dir}/*.dylib")
-file(COPY ${sdk_libraries} DESTINATION "${bundle_contents}/Frameworks/SonySDK")
+# Stays empty for a static library.
+file(MAKE_DIRECTORY "${bundle_contents}/Frameworks/SonySDK")
+file(COPY ${sdk_libraries} DESTINATION "${bundle_contents}/Frameworks/SonySDK" FOLLOW_SYMLINK_CHAIN)
 install(DIRECTORY "${bundle_contents}/Frameworks/SonySDK"
     DESTINATION Contents/Frameworks COMPONENT worker USE_SOURCE_PERMISSIONS)
 
