@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "simulator/picture_color.h"
-#include "simulator/picture_grain.h"
+#include "simulator/pictures/color.h"
+#include "simulator/pictures/grain.h"
 
 // The virtual sensor: an RGGB filter, 14 bits a pixel, and colours that are those of sRGB but for
 // its sensitivities.

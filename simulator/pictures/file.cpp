@@ -1,6 +1,6 @@
 // Files that are whole or not there.
 
-#include "simulator/picture_file.h"
+#include "simulator/pictures/file.h"
 
 #include <cerrno>
 #include <fcntl.h>

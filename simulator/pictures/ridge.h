@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "simulator/picture_color.h"
+#include "simulator/pictures/color.h"
 
 // One range of hills: for each column the line at which it begins, and its colours, which fade into
 // the haze towards its foot.

@@ -1,6 +1,6 @@
 // Value noise: chance at the points of a grid, blended smoothly between them.
 
-#include "simulator/picture_noise.h"
+#include "simulator/pictures/noise.h"
 
 #include <cmath>
 

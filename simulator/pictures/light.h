@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/picture_color.h"
+#include "simulator/pictures/color.h"
 
 // The light of one shot: the counter turns the clock from dawn to dusk, twenty-four shots a day.
 struct Light {

@@ -9,11 +9,11 @@
 #include <tiffio.h>
 #include <vector>
 
-#include "simulator/picture_file.h"
-#include "simulator/picture_landscape.h"
 #include "simulator/pictures.h"
-#include "simulator/raw_sensor.h"
-#include "simulator/raw_tags.h"
+#include "simulator/pictures/file.h"
+#include "simulator/pictures/landscape.h"
+#include "simulator/pictures/raw_sensor.h"
+#include "simulator/pictures/raw_tags.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Writes numbers with a round pen.
 
-#include "simulator/picture_digits.h"
+#include "simulator/pictures/digits.h"
 
 #include <algorithm>
 #include <cmath>

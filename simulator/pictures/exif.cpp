@@ -1,6 +1,6 @@
 // What the JPEG says about itself.
 
-#include "simulator/picture_exif.h"
+#include "simulator/pictures/exif.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -8,8 +8,8 @@
 #include <memory>
 #include <string>
 
-#include "simulator/picture_light.h"
-#include "simulator/picture_text.h"
+#include "simulator/pictures/light.h"
+#include "simulator/pictures/text.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // Sensor noise, drawn once and read again and again.
 
-#include "simulator/picture_grain.h"
+#include "simulator/pictures/grain.h"
 
-#include "simulator/picture_noise.h"
+#include "simulator/pictures/noise.h"
 
 namespace {
 

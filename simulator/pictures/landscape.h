@@ -2,9 +2,9 @@
 
 #include <vector>
 
-#include "simulator/picture_digits.h"
-#include "simulator/picture_ridge.h"
-#include "simulator/picture_sky.h"
+#include "simulator/pictures/digits.h"
+#include "simulator/pictures/ridge.h"
+#include "simulator/pictures/sky.h"
 
 // Longer sides do not fit a JPEG.
 constexpr bool has_drawable_size(int width, int height) {

@@ -1,6 +1,6 @@
 // Turns screen colours back into light on a sensor.
 
-#include "simulator/raw_sensor.h"
+#include "simulator/pictures/raw_sensor.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,11 +1,11 @@
 // Puts sky, hills, their mirror image in the lake and the counter together.
 
-#include "simulator/picture_landscape.h"
+#include "simulator/pictures/landscape.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "simulator/picture_noise.h"
+#include "simulator/pictures/noise.h"
 
 namespace {
 

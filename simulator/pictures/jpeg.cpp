@@ -10,11 +10,11 @@
 #include <new>
 #include <vector>
 
-#include "simulator/picture_exif.h"
-#include "simulator/picture_file.h"
-#include "simulator/picture_grain.h"
-#include "simulator/picture_landscape.h"
 #include "simulator/pictures.h"
+#include "simulator/pictures/exif.h"
+#include "simulator/pictures/file.h"
+#include "simulator/pictures/grain.h"
+#include "simulator/pictures/landscape.h"
 
 namespace {
 

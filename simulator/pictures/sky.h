@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "simulator/picture_light.h"
+#include "simulator/pictures/light.h"
 
 // Sky, clouds and sun. All of it but the sun's disc is soft, so it is worked out once on a coarse
 // grid and only blended for each pixel.

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "simulator/picture_color.h"
+#include "simulator/pictures/color.h"
 
 // The counter in the lower right corner, in strokes with round ends.
 class Digits {

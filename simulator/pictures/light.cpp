@@ -1,6 +1,6 @@
 // A day's light, from five looks at the sky.
 
-#include "simulator/picture_light.h"
+#include "simulator/pictures/light.h"
 
 #include <algorithm>
 

@@ -1,12 +1,12 @@
 // Blends the grid of sky colours into rows and sets the sun into them.
 
-#include "simulator/picture_sky.h"
+#include "simulator/pictures/sky.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
-#include "simulator/picture_noise.h"
+#include "simulator/pictures/noise.h"
 
 namespace {
 

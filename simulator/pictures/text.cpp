@@ -1,6 +1,6 @@
 // Text entries of picture files.
 
-#include "simulator/picture_text.h"
+#include "simulator/pictures/text.h"
 
 #include <cstdio>
 #include <ctime>

@@ -1,11 +1,11 @@
 // The line of a range of hills, and the trees on it.
 
-#include "simulator/picture_ridge.h"
+#include "simulator/pictures/ridge.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "simulator/picture_noise.h"
+#include "simulator/pictures/noise.h"
 
 Ridge::Ridge(int width, int height, float waterline, const Shape& shape, std::uint32_t seed)
     : waterline_(waterline), crest_line_(static_cast<std::size_t>(width)) {

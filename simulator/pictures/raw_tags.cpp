@@ -1,16 +1,16 @@
 // The entries of a DNG: the shot in a directory of its own, as EXIF has it, the rest beside the
 // image.
 
-#include "simulator/raw_tags.h"
+#include "simulator/pictures/raw_tags.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <string>
 
-#include "simulator/picture_light.h"
-#include "simulator/picture_text.h"
-#include "simulator/raw_sensor.h"
+#include "simulator/pictures/light.h"
+#include "simulator/pictures/raw_sensor.h"
+#include "simulator/pictures/text.h"
 
 namespace {
 
