@@ -1,0 +1,32 @@
+# Counting for the scripts that prove something about the tree; sourced by each.
+passed=0
+failed=0
+
+holds() {
+    passed=$((passed + 1))
+    printf '  ok      %s\n' "$1"
+}
+
+# The second argument says what is wrong.
+broken() {
+    failed=$((failed + 1))
+    printf '  FAILED  %s\n' "$1"
+    sed 's/^/            /' <<<"$2"
+}
+
+# prove NAME COMMAND...: the command succeeds; when it does not, its last lines are shown.
+prove() {
+    local name=$1 output
+    shift
+    if output=$("$@" 2>&1 </dev/null); then
+        holds "$name"
+    else
+        broken "$name" "$(tail -n 30 <<<"$output")"
+    fi
+}
+
+finish() {
+    printf '%d passed, %d failed\n' "$passed" "$failed"
+    [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
+    exit
+}
