@@ -2,6 +2,7 @@
 # links and what those lead to. Adapters lie beside the library, in CrAdapter.
 get_filename_component(sdk_library_dir "${SONY_SDK_LIBRARY}" DIRECTORY)
 file(GLOB sdk_libraries CONFIGURE_DEPENDS "${sdk_library_dir}/*.so*" "${sdk_library_dir}/*.dylib")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${sdk_libraries})
 # Stays empty for a static library.
 file(MAKE_DIRECTORY "${bundle_contents}/Frameworks/SonySDK")
 file(COPY ${sdk_libraries} DESTINATION "${bundle_contents}/Frameworks/SonySDK" FOLLOW_SYMLINK_CHAIN)
