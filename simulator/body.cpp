@@ -1,6 +1,6 @@
 #include "simulator/body.h"
 
-#include "simulator/words.h"
+#include "simulator/text.h"
 
 namespace camera_sim {
 

@@ -3,7 +3,7 @@
 #include "simulator/journal.h"
 #include "simulator/state.h"
 #include "simulator/strictness.h"
-#include "simulator/words.h"
+#include "simulator/text.h"
 
 namespace camera_sim {
 

@@ -1,6 +1,7 @@
 // camera-sim: directs the virtual camera of a running program. With a command it sends that line;
 // without one it sends the lines of standard input, one after the other.
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <string>

@@ -1,5 +1,6 @@
 #include "simulator/control_client.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>

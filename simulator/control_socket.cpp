@@ -9,12 +9,12 @@
 #include <unistd.h>
 
 #include "simulator/delivery.h"
-#include "simulator/scene_language.h"
+#include "simulator/scene/language.h"
+#include "simulator/scene/words.h"
 #include "simulator/shots.h"
 #include "simulator/state.h"
 #include "simulator/strictness.h"
 #include "simulator/threads.h"
-#include "simulator/words.h"
 
 namespace camera_sim {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "simulator/journal.h"
 #include "simulator/state.h"
+#include "simulator/text.h"
 #include "simulator/threads.h"
-#include "simulator/words.h"
 
 namespace camera_sim {
 namespace {

@@ -11,8 +11,6 @@
 
 namespace camera_sim {
 
-class Words;
-
 struct Response {
     // Of calls.
     std::optional<CrInt32u> answers;  // the result, in place of the camera's
@@ -43,10 +41,6 @@ struct Fault {
     Response response;
     std::uint64_t times = 0;  // that it is still good for; 0: every one
 };
-
-// `next [N] SUBJECT [CODE] RESPONSE...` and `every SUBJECT [CODE] RESPONSE...`.
-void add_next_fault(Words& words) SIM_REQUIRES(g_lock);
-void add_standing_fault(Words& words) SIM_REQUIRES(g_lock);
 
 // How this one goes wrong. One-shot faults come before standing ones, in the order they were named.
 Response take_fault(const std::string& subject, std::optional<CrInt32u> code = std::nullopt)

@@ -6,7 +6,7 @@
 #include "simulator/session.h"
 #include "simulator/state.h"
 #include "simulator/strictness.h"
-#include "simulator/words.h"
+#include "simulator/text.h"
 
 namespace camera_sim {
 namespace {

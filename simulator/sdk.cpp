@@ -10,7 +10,7 @@
 #include "simulator/start.h"
 #include "simulator/state.h"
 #include "simulator/strictness.h"
-#include "simulator/words.h"
+#include "simulator/text.h"
 
 namespace camera_sim {
 namespace {
@@ -82,7 +82,8 @@ CrInt32u Connect(ICrCameraObjectInfo* camera, IDeviceCallback* callback, CrDevic
     if (call.refused()) {
         return call.answer(result::ok);
     }
-    if (!found || !state().bodies[*found].reachable()) {
+    const auto& bodies = state().bodies;  // the scene may have taken some away meanwhile
+    if (!found || *found >= bodies.size() || !bodies[*found].reachable()) {
         return call.answer(result::camera_not_there);
     }
     if (state().session.handle != 0) {

@@ -66,8 +66,8 @@ void give_answer() {
     }
 }
 
-CrDeviceHandle open_session(Hold& hold, std::size_t body, IDeviceCallback* application,
-                            CrDeviceHandle* handle) {
+void open_session(Hold& hold, std::size_t body, IDeviceCallback* application,
+                  CrDeviceHandle* handle) {
     Session& session = state().session;
     session.body = body;
     session.handle = ++state().last_handle;
@@ -100,7 +100,6 @@ CrDeviceHandle open_session(Hold& hold, std::size_t body, IDeviceCallback* appli
         case Answer::Kind::disconnected:
             answer_after(state().setup.opening);
     }
-    return *handle;
 }
 
 CrInt32u judge_handle(CrDeviceHandle handle) {

@@ -26,8 +26,8 @@ void happen(Happening what, CrInt32u code = 0) SIM_REQUIRES(g_lock);
 
 // Takes a camera into a session and has it answer as the scene says. Waits, without the lock, for
 // an answer that is to come before Connect returns.
-CrDeviceHandle open_session(Hold& hold, std::size_t body, IDeviceCallback* application,
-                            CrDeviceHandle* handle) SIM_REQUIRES(g_lock);
+void open_session(Hold& hold, std::size_t body, IDeviceCallback* application,
+                  CrDeviceHandle* handle) SIM_REQUIRES(g_lock);
 void give_answer() SIM_REQUIRES(g_lock);
 
 // 0 when the handle's session is up.

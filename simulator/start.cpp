@@ -8,7 +8,7 @@
 #include "simulator/delivery.h"
 #include "simulator/journal.h"
 #include "simulator/lending.h"
-#include "simulator/scene_language.h"
+#include "simulator/scene/language.h"
 #include "simulator/state.h"
 #include "simulator/strictness.h"
 #include "simulator/timeline.h"

@@ -1,6 +1,8 @@
 // The callbacks as they stand, their threads and their order.
 
+#include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 #include "tests/simulator/stage.h"
@@ -73,9 +75,9 @@ TEST(Callbacks, CanComeFromASecondThread) {
 }
 
 TEST(Callbacks, OfTwoThreadsRunAtTheSameTime) {
+    std::atomic<int> inside{0};
     Stage stage;
     stage.open();
-    std::atomic<int> inside{0};
     stage.recorder.meanwhile = [&inside] {
         ++inside;
         while (inside < 2) {
@@ -89,9 +91,9 @@ TEST(Callbacks, OfTwoThreadsRunAtTheSameTime) {
 }
 
 TEST(Callbacks, DoNotHoldUpTheCameraWhileTheApplicationIsSlow) {
+    std::atomic<bool> go_on{false};
     Stage stage;
     stage.open();
-    std::atomic<bool> go_on{false};
     stage.recorder.meanwhile = [&go_on] {
         while (!go_on) {
             std::this_thread::yield();
@@ -125,6 +127,20 @@ TEST(Callbacks, ComeWhileReleaseIsUnderWay) {
     EXPECT_TRUE(stage.recorder.got("OnCompleteDownload \"late.JPG\" 0xFFFFFFFF"));
     EXPECT_TRUE(stage.recorder.got("OnWarning 0x00000007"));
     EXPECT_EQ(stage.journal().back(), "Release true");
+}
+
+TEST(CallbacksDeath, MayPourInWhileTheProcessExits) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    Stage stage;
+    for (int time = 0; time < 10; ++time) {
+        EXPECT_EXIT(
+            {
+                stage.open();
+                stage.tell("storm 10000 0x0106");
+                std::exit(0);
+            },
+            testing::ExitedWithCode(0), "");
+    }
 }
 
 TEST(Callbacks, ThatAreQueuedComeBeforeReleaseReturns) {

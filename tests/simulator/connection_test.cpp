@@ -136,6 +136,17 @@ TEST(Connection, IsRefusedByACameraThatWasUnpluggedSinceItWasFound) {
     cameras->Release();
 }
 
+TEST(Connection, IsRefusedByACameraThatTheSceneTookAway) {
+    Stage stage;
+    ASSERT_TRUE(stage.init());
+    ICrEnumCameraObjectInfo* cameras = stage.find();
+    ASSERT_NE(cameras, nullptr);
+    EXPECT_EQ(stage.tell("no camera"), "");
+    EXPECT_EQ(stage.tell("dial raw"), "there is no camera");
+    EXPECT_EQ(Connect(cameras->GetCameraObjectInfo(0), &stage.recorder, &stage.handle), 0x5108U);
+    cameras->Release();
+}
+
 TEST(Connection, IsLostForGoodWhenTheCableIsPulled) {
     Stage stage;
     stage.open();

@@ -1,7 +1,11 @@
 // The control socket and the state that it prints.
 
 #include <algorithm>
+#include <cstdlib>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <sys/wait.h>
 
 #include "tests/simulator/stage.h"
 
@@ -50,10 +54,37 @@ TEST(Control, TakesLinesThatComeInOneGo) {
     auto client = ControlClient::connect((stage.folder() / "control").string());
     ASSERT_TRUE(client);
     EXPECT_TRUE(client->ask("warning 1\nwarning 2")->ok);
-    stage.wait();
+    EXPECT_TRUE(stage.recorder.got("OnWarning 0x00000002"));
     EXPECT_EQ(stage.recorder.calls(),
               (std::vector<std::string>{"OnConnected 3", "OnWarning 0x00000001",
                                         "OnWarning 0x00000002"}));
+}
+
+TEST(Control, IsWhatTheCommandSpeaks) {
+    Stage stage;
+    stage.open();
+    const auto output = stage.folder() / "output";
+    const auto run = [&](const std::string& arguments) {
+        const std::string command =
+            std::string(CAMERA_SIM_COMMAND) + " " + arguments + " >" + output.string() + " 2>&1";
+        const int status = std::system(command.c_str());
+        std::ifstream file(output);
+        return std::to_string(WEXITSTATUS(status)) + " " +
+               std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    // The variable names the socket.
+    EXPECT_EQ(run("deliver 'a \"b\".JPG' 0xFFFFFFFF"), "0 ");
+    EXPECT_TRUE(stage.recorder.got("OnCompleteDownload \"a \"b\".JPG\" 0xFFFFFFFF"));
+    EXPECT_EQ(run("'camera \"A B\" over USB, card wet'"),
+              "1 camera-sim: a card is in, out or full\n");
+    EXPECT_EQ(run("state").substr(0, 15), "0 session open\n");
+    const std::string socket = std::getenv("CAMERA_SIM_CONTROL");
+    unsetenv("CAMERA_SIM_CONTROL");
+    EXPECT_EQ(run("--socket " + socket + " <<'END'\nwarning 1\nwarning 2\nEND\n:"), "0 ");
+    EXPECT_TRUE(stage.recorder.got("OnWarning 0x00000002"));
+    EXPECT_EQ(run("--socket /nowhere state"),
+              "2 camera-sim: no virtual camera listens at /nowhere\n");
+    EXPECT_EQ(run("state").substr(0, 17), "2 usage: camera-s");
 }
 
 TEST(Control, IsGoneAfterRelease) {

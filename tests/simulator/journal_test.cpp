@@ -1,5 +1,6 @@
 // The journal: its form, and that the same scene gives the same one.
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "tests/simulator/stage.h"

@@ -1,6 +1,7 @@
 // The scene language: what is wrong with a line is said in a sentence. Each verb's work is tested
 // with its subject.
 
+#include <algorithm>
 #include <fstream>
 #include <gtest/gtest.h>
 
@@ -17,8 +18,8 @@ TEST(Scene, SaysWhatIsWrongWithALine) {
         {"camera A over USB card", "a card is in, out or full"},
         {"camera A over USB card wet", "a card is in, out or full"},
         {"camera A over USB weight 3", "\"weight\" is not understood here"},
-        {"camera A over USB", "cameras cannot be added during a session"},
-        {"no camera", "cameras cannot be removed during a session"},
+        {"camera A over USB", "cameras cannot be added or removed during a session or a shot"},
+        {"no camera", "cameras cannot be added or removed during a session or a shot"},
         {"no", "\"no\" stands before camera or focus"},
         {"no hope", "\"no\" stands before camera or focus"},
         {"version one", "VERSION is a number, not \"one\""},

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <gtest/gtest.h>
 #include <string>
+#include <unistd.h>
 
 #include "tests/simulator/stage.h"
 
@@ -240,13 +241,33 @@ TEST(Shots, TakeTheTimeThatTheirBytesNeed) {
 TEST(Shots, AreNotReportedWhenTheFolderCannotTakeThem) {
     Stage stage;
     stage.open();
-    stage.save_to(stage.folder() / "missing");
-    stage.shoot();
-    EXPECT_TRUE(stage.recorder.got("OnWarning 0x00025104"));
+    for (const char* folder : {"missing", "scene"}) {  // the scene is a file
+        stage.save_to(stage.folder() / folder);
+        stage.shoot();
+        stage.wait();
+    }
     stage.save_to(stage.shots());
     stage.shoot();
     stage.wait();
-    EXPECT_EQ(reported(stage), (Names{"OnWarning 0x00025104", whole("DSC00002.JPG")}));
+    EXPECT_EQ(reported(stage),
+              (Names{"OnWarning 0x00025104", "OnWarning 0x00025104", whole("DSC00003.JPG")}));
+    EXPECT_EQ(state_of(stage, "camera"),
+              "\"Virtual Camera SIM-1\" over USB, card in, 0 shots on it, 2 kept, next 4");
+}
+
+TEST(Shots, AreNotReportedWhenTheFolderIsReadOnly) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root may write anywhere";
+    }
+    Stage stage;
+    stage.open();
+    stage.save_to(stage.shots());
+    std::filesystem::permissions(
+        stage.shots(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+    stage.shoot();
+    EXPECT_TRUE(stage.recorder.got("OnWarning 0x00025104"));
+    std::filesystem::permissions(stage.shots(), std::filesystem::perms::owner_all);
+    EXPECT_TRUE(stage.files().empty());
 }
 
 TEST(Shots, AreGivenUpWhenTheSessionEnds) {

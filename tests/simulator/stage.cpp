@@ -19,10 +19,19 @@ std::string hex(CrInt32u number, int digits = 8) {
     return text;
 }
 
+// Names the folder of the stage around this one: the child of a death test makes its own inside its
+// parent's, which is there to remove it.
+constexpr const char* outer_folder = "SIMULATOR_TESTS_FOLDER";
+
 std::filesystem::path fresh_folder() {
-    std::string name = (std::filesystem::temp_directory_path() / "camera-sim-XXXXXX").string();
+    const char* outer = std::getenv(outer_folder);
+    const auto parent = outer != nullptr ? outer : std::filesystem::temp_directory_path();
+    std::string name = (parent / "stage-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr) {
         std::abort();
+    }
+    if (outer == nullptr) {
+        setenv(outer_folder, name.c_str(), 1);
     }
     return name;
 }
@@ -100,6 +109,9 @@ Stage::Stage(const std::string& scene) : folder_(fresh_folder()) {
 Stage::~Stage() {
     if (running_) {
         close();
+    }
+    if (std::getenv(outer_folder) == folder_) {
+        unsetenv(outer_folder);
     }
     std::filesystem::remove_all(folder_);
 }
