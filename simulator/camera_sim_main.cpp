@@ -13,7 +13,7 @@ namespace {
 constexpr const char* usage =
     "usage: camera-sim [--socket PATH] [COMMAND...]\n"
     "Sends COMMAND, or each line of standard input, to the virtual camera that listens at PATH\n"
-    "(default: $CAMERA_SIM_CONTROL). Try: camera-sim state\n";
+    "(default: $CAMERA_SIM_CONTROL). Try: camera-sim help\n";
 
 // The command as one line: what the shell unquoted is quoted again.
 std::string to_line(int count, char** words) {

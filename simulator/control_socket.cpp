@@ -39,29 +39,33 @@ void wait_until_quiet(Hold& hold, unsigned round) SIM_REQUIRES(g_lock) {
     }
 }
 
+std::string indented(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines) {
+        text += "  " + line + "\n";
+    }
+    return text;
+}
+
 std::string answer(const std::string& line, unsigned round) {
     Hold hold;
-    std::string text;
-    std::string error;
     Words words(line);
+    std::string text;
     if (!serving(round)) {
-        error = "the SDK has been released";
+        words.wrong("the SDK has been released");
     } else if (words.take("wait")) {
         if (words.finished()) {
             wait_until_quiet(hold, round);
         }
-        error = words.error();
     } else if (words.take("state")) {
-        if (words.finished()) {
-            for (const std::string& entry : state_lines()) {
-                text += "  " + entry + "\n";
-            }
-        }
-        error = words.error();
+        text = indented(state_lines());
+    } else if (words.take("help")) {
+        text = indented(help_lines());
     } else {
-        error = run_line(line);
+        words = Words("");
+        words.wrong(run_line(line));
     }
-    return text + (error.empty() ? "ok" : "error: " + error) + "\n";
+    return words.finished() ? text + "ok\n" : "error: " + words.error() + "\n";
 }
 
 bool send_all(int client, std::string_view text) {

@@ -1,7 +1,6 @@
 #include "simulator/start.h"
 
 #include <cstdlib>
-#include <utility>
 
 #include "simulator/call.h"
 #include "simulator/control_socket.h"
@@ -57,7 +56,10 @@ bool start(Hold& hold, CrInt32u log_type) {
 
 void end(Hold& hold) {
     expect_nothing_lent("Release");
-    for (const std::string& line : std::exchange(state().during_release, {})) {
+    // Without a Connect nobody is there to be called.
+    const auto lines =
+        state().application != nullptr ? state().during_release : std::vector<std::string>();
+    for (const std::string& line : lines) {
         if (const std::string error = run_line(line); !error.empty()) {
             stop("during Release " + line + ": " + error);
         }

@@ -104,17 +104,19 @@ void during_release(Words& words) SIM_REQUIRES(g_lock) {
 }  // namespace
 
 const Verb callback_verbs[] = {
-    {"connected", call_connected},
-    {"disconnected", call_with_code<callback::disconnected>},
-    {"warning", call_with_code<callback::warning>},
-    {"caution", show_caution},
-    {"error", call_with_code<callback::error>},
-    {"properties", call_properties},
-    {"deliver", call_download},
-    {"storm", storm},
-    {"second", second},
-    {"during", during_release},
-    {nullptr, nullptr},
+    {"connected", "VERSION", call_connected},
+    {"disconnected", "CODE", call_with_code<callback::disconnected>},
+    {"warning", "CODE", call_with_code<callback::warning>},
+    {"caution", "", show_caution},
+    {"error", "CODE", call_with_code<callback::error>},
+    {"properties", "CODE...", call_properties},
+    {"properties", "none", call_properties},
+    {"properties", "null N", call_properties},
+    {"deliver", "NAME NUMBER", call_download},
+    {"storm", "N CODE...", storm},
+    {"second", "LINE", second},
+    {"during", "Release LINE", during_release},
+    {nullptr, nullptr, nullptr},
 };
 
 }  // namespace camera_sim

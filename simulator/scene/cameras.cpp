@@ -126,10 +126,16 @@ void set_answer(Words& words) SIM_REQUIRES(g_lock) {
 }  // namespace
 
 const Verb camera_verbs[] = {
-    {"camera", add_camera},
-    {"no", no},
-    {"answer", set_answer},
-    {nullptr, nullptr},
+    {"camera", "MODEL over TYPE [card in|out|full] [serial TEXT]", add_camera},
+    {"camera", "missing", add_camera},
+    {"no", "camera", no},
+    {"no", "focus", no},
+    {"answer", "normal|held|never|before return", set_answer},
+    {"answer", "late T", set_answer},
+    {"answer", "error CODE", set_answer},
+    {"answer", "disconnected CODE", set_answer},
+    {"answer", "now", set_answer},
+    {nullptr, nullptr, nullptr},
 };
 
 }  // namespace camera_sim

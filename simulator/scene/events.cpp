@@ -197,20 +197,21 @@ void be_busy(Words& words) SIM_REQUIRES(g_lock) {
 }  // namespace
 
 const Verb event_verbs[] = {
-    {"card", change_card},
-    {"unplug", unplug},
-    {"plug", plug},
-    {"flap", flap},
-    {"sleep", sleep},
-    {"wake", wake},
-    {"dial", dial},
-    {"shutter", press},
-    {"counter", set_counter},
-    {"set", set_property},
-    {"unreadable", make_readable<false>},
-    {"readable", make_readable<true>},
-    {"busy", be_busy},
-    {nullptr, nullptr},
+    {"card", "in|out|full", change_card},
+    {"dial", "jpeg|raw|both|heif|VALUE", dial},
+    {"shutter", "", press},
+    {"counter", "N", set_counter},
+    {"unplug", "[reconnecting]", unplug},
+    {"plug", "", plug},
+    {"flap", "N", flap},
+    {"sleep", "", sleep},
+    {"sleep", "after T", sleep},
+    {"wake", "", wake},
+    {"busy", "T", be_busy},
+    {"set", "CODE VALUE", set_property},
+    {"unreadable", "CODE", make_readable<false>},
+    {"readable", "CODE", make_readable<true>},
+    {nullptr, nullptr, nullptr},
 };
 
 }  // namespace camera_sim

@@ -184,9 +184,11 @@ void resume(Words& words) SIM_REQUIRES(g_lock) {
 }  // namespace
 
 const Verb fault_verbs[] = {
-    {"next", add_next_fault}, {"every", add_standing_fault},
-    {"clear", clear_faults},  {"resume", resume},
-    {nullptr, nullptr},
+    {"next", "[N] SUBJECT [CODE] RESPONSE...", add_next_fault},
+    {"every", "SUBJECT [CODE] RESPONSE...", add_standing_fault},
+    {"clear", "faults", clear_faults},
+    {"resume", "", resume},
+    {nullptr, nullptr, nullptr},
 };
 
 }  // namespace camera_sim

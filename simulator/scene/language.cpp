@@ -10,9 +10,11 @@
 namespace camera_sim {
 namespace {
 
+constexpr const Verb* tables[] = {camera_verbs, setup_verbs, event_verbs, callback_verbs,
+                                  fault_verbs};
+
 const Verb* find_verb(const std::string& name) {
-    for (const Verb* table :
-         {camera_verbs, setup_verbs, event_verbs, callback_verbs, fault_verbs}) {
+    for (const Verb* table : tables) {
         for (const Verb* verb = table; verb->name != nullptr; ++verb) {
             if (name == verb->name) {
                 return verb;
@@ -36,6 +38,18 @@ std::string run_line(const std::string& line) {
     }
     verb->run(words);
     return words.error();
+}
+
+std::vector<std::string> help_lines() {
+    std::vector<std::string> lines;
+    for (const Verb* table : tables) {
+        for (const Verb* verb = table; verb->name != nullptr; ++verb) {
+            lines.push_back(std::string(verb->name) + (*verb->form == '\0' ? "" : " ") +
+                            verb->form);
+        }
+    }
+    lines.insert(lines.end(), {"wait", "state", "help"});
+    return lines;
 }
 
 bool is_verb(const std::string& word) {

@@ -15,10 +15,12 @@ enum class Card;
 
 struct Verb {
     const char* name;
+    const char* form;           // of what stands behind it
     void (*run)(Words& words);  // with the lock held
 };
 
-// The tables, one for each file of verbs, each ended by a verb without a name.
+// The tables, one for each file of verbs, each ended by a verb without a name. A verb has a row for
+// each of its forms; the first one's function reads them all.
 extern const Verb camera_verbs[];
 extern const Verb setup_verbs[];
 extern const Verb event_verbs[];
@@ -34,7 +36,8 @@ Card read_card(Words& words);  // in, out or full
 // Runs the lines of a scene file; a bad line stops the process.
 void play_scene(const char* path) SIM_REQUIRES(g_lock);
 
-// The state, as `state` prints it: "key value" lines.
+// What the control lines `state` and `help` print.
 std::vector<std::string> state_lines() SIM_REQUIRES(g_lock);
+std::vector<std::string> help_lines();
 
 }  // namespace camera_sim

@@ -117,18 +117,18 @@ void set_picture(Words& words) SIM_REQUIRES(g_lock) {
 }  // namespace
 
 const Verb setup_verbs[] = {
-    {"version", set_version},
-    {"connection", set_connection_version},
-    {"seed", set_seed},
-    {"timing", set_timing},
-    {"looking", set_time<&Setup::looking>},
-    {"opening", set_time<&Setup::opening>},
-    {"focus", set_focus},
-    {"exposure", set_time<&Setup::exposure>},
-    {"usb", set_usb_rate},
-    {"buffer", set_buffer},
-    {"picture", set_picture},
-    {nullptr, nullptr},
+    {"timing", "instant|real", set_timing},
+    {"looking", "T", set_time<&Setup::looking>},
+    {"opening", "T", set_time<&Setup::opening>},
+    {"focus", "T", set_focus},
+    {"exposure", "T", set_time<&Setup::exposure>},
+    {"usb", "RATE", set_usb_rate},
+    {"buffer", "N", set_buffer},
+    {"picture", "WIDTHxHEIGHT", set_picture},
+    {"seed", "N", set_seed},
+    {"version", "NUMBER", set_version},
+    {"connection", "version N", set_connection_version},
+    {nullptr, nullptr, nullptr},
 };
 
 }  // namespace camera_sim

@@ -291,9 +291,9 @@ TEST_F(Misuse, NullTexts) {
 TEST_F(Misuse, BadLineForRelease) {
     EXPECT_DEATH(
         {
-            stage.init();
+            stage.open();
             stage.tell("during Release warning many");
-            Release();
+            stage.close();
         },
         "camera-sim: during Release warning many: CODE is a number, not \"many\"");
 }
