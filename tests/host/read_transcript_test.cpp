@@ -172,7 +172,7 @@ TEST_F(ReadTranscript, ErrorsNameFileAndLine) {
          "a.transcript:2: @ exits wants a status, then perhaps \"within T\" and \"after T\""},
         {"# x\n@ exits 0 within\n",
          "a.transcript:2: @ exits wants a status, then perhaps \"within T\" and \"after T\""},
-        {"# x\n@ exits 0\n> a\n", "a.transcript:3: only calls can follow @ exits"},
+        {"# x\n@ exits 0\n> a\n", "a.transcript:3: only calls can follow the end of the worker"},
         {"# x\n@ include no.steps\n",
          "a.transcript:2: there is no no.steps in this folder or above it"},
         {"# x\n@ include a.transcript\n", "a.transcript:2: a.transcript includes itself"},

@@ -1,0 +1,43 @@
+// The conversation with one worker, as it goes out, comes in, is shown and is recorded.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/record.h"
+#include "host/terminal.h"
+#include "host/worker_process.h"
+
+namespace tether {
+
+class Conversation {
+  public:
+    Conversation(Terminal& terminal, Record& record) : terminal_(terminal), record_(record) {}
+
+    // False and why when the worker cannot be started.
+    bool start(const host::SpawnRequest& request, std::string& error);
+
+    void say(const std::string& line);
+
+    // What the user has typed: shown already where it was typed on a terminal.
+    void pass_on(const std::string& typed, bool shown);
+
+    // Shows and records a line that came.
+    void heard(const std::string& line, host::TimePoint at);
+
+    // No further commands: the worker carries out what it has been told and ends.
+    void close_input();
+
+    // Ends the worker; an empty text when it ended in order.
+    std::string end();
+
+    // Lines that are still to come are lost.
+    void close_output();
+
+  private:
+    Terminal& terminal_;
+    Record& record_;
+    std::unique_ptr<host::WorkerProcess> worker_;
+};
+
+}  // namespace tether

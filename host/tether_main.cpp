@@ -1,0 +1,124 @@
+// tether: a tethered shoot with the camera worker, or the terminal connected to it.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+#include <signal.h>
+#include <string>
+#include <system_error>
+
+#include "host/bundle.h"
+#include "host/events.h"
+#include "host/interactive.h"
+#include "host/shooting.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Options {
+    tether::Plan plan;
+    double every = 0;
+    double patience = 20;
+    std::string folder = "shots";
+    std::string file_type;
+    std::string worker = host::worker_beside_this_program();
+    std::string scene;
+    std::string pictures;
+    std::string record;
+    bool redact = false;
+    bool interactive = false;
+};
+
+void declare(CLI::App& app, Options& options) {
+    app.add_option("--shots", options.plan.shots, "How many shots")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    app.add_option("--every", options.every, "Seconds from one shot to the next, at least")
+        ->check(CLI::NonNegativeNumber);
+    app.add_option("--patience", options.patience, "Seconds to wait for the pictures of a shot")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    app.add_option("--folder", options.folder, "Where the pictures go")->capture_default_str();
+    app.add_option("--file-type", options.file_type, "What the camera makes of a shot")
+        ->check(CLI::IsMember({"jpeg", "raw", "both"}));
+    app.add_option("--save-dest", options.plan.save_dest, "Where the camera puts its shots")
+        ->check(CLI::IsMember({"disk", "card", "both"}))
+        ->capture_default_str();
+    app.add_option("--worker", options.worker, "The camera worker")->check(CLI::ExistingFile);
+    app.add_option("--scene", options.scene, "A scene for the virtual camera")
+        ->check(CLI::ExistingFile);
+    app.add_option("--pictures", options.pictures, "Pictures for the virtual camera to take")
+        ->check(CLI::ExistingDirectory);
+    app.add_flag("--interactive", options.interactive,
+                 "Connect the terminal to the worker instead of shooting");
+    CLI::Option* record =
+        app.add_option("--record", options.record, "Write every line with its time to a file");
+    app.add_flag("--redact", options.redact, "Keep paths and names out of the record")
+        ->needs(record);
+}
+
+int wrong(const std::string& sentence) {
+    std::fprintf(stderr, "tether: %s\n", sentence.c_str());
+    return 2;
+}
+
+host::SpawnRequest request(const Options& options) {
+    host::SpawnRequest request;
+    request.executable = options.worker;
+    if (options.interactive) {
+        request.arguments = {options.plan.folder, "-", options.plan.save_dest};
+    }
+    if (!options.scene.empty()) {
+        request.environment.emplace_back("CAMERA_SIM_SCENE", fs::absolute(options.scene));
+    }
+    if (!options.pictures.empty()) {
+        request.environment.emplace_back("CAMERA_SIM_PICTURES", fs::absolute(options.pictures));
+    }
+    return request;
+}
+
+host::Duration duration(double seconds) {
+    return std::chrono::duration_cast<host::Duration>(std::chrono::duration<double>(seconds));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    CLI::App app("A tethered shoot with the camera worker.", "tether");
+    declare(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& asked) {
+        return app.exit(asked);
+    } catch (const CLI::ParseError& error) {
+        return wrong(error.what());
+    }
+    if (!fs::exists(options.worker)) {
+        return wrong("there is no worker at " + options.worker);
+    }
+    std::error_code failure;
+    fs::create_directories(options.folder, failure);
+    options.plan.folder = fs::canonical(options.folder, failure);
+    if (failure) {
+        return wrong("cannot use the folder " + options.folder + ": " + failure.message());
+    }
+    const auto start = host::Clock::now();
+    tether::Record record(start, options.redact);
+    if (!options.record.empty() && !record.open(options.record)) {
+        return wrong("cannot write " + options.record);
+    }
+    options.plan.every = duration(options.every);
+    options.plan.patience = duration(options.patience);
+    if (!options.file_type.empty()) {
+        options.plan.file_type = options.file_type;
+    }
+
+    // A reader of the output that goes away must not cost the pictures.
+    signal(SIGPIPE, SIG_IGN);
+    tether::post_interrupts();
+    tether::Terminal terminal(start);
+    return options.interactive
+               ? tether::connect_terminal(request(options), terminal, record)
+               : tether::carry_out(options.plan, request(options), terminal, record);
+}

@@ -1,0 +1,248 @@
+// The tether command against the worker and the virtual camera.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <optional>
+#include <signal.h>
+#include <stdlib.h>
+
+#include "simulator/control_client.h"
+#include "tests/host/child.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class TetherTest : public testing::Test {
+  protected:
+    TetherTest() {
+        char pattern[] = "/tmp/tether-test-XXXXXX";
+        folder_ = fs::canonical(mkdtemp(pattern));
+        write("scene", "timing instant\ncamera \"MODEL-A\" over USB, card in\n");
+        // What the virtual camera shoots need not be pictures; drawing them would only take time.
+        write("own/a.jpg", "first picture");
+        write("own/b.jpg", "the second one");
+    }
+    ~TetherTest() override {
+        tether_.reset();
+        fs::remove_all(folder_);
+    }
+
+    void write(const std::string& name, const std::string& text) {
+        fs::create_directories((folder_ / name).parent_path());
+        std::ofstream(folder_ / name) << text;
+    }
+
+    std::string read(const std::string& name) {
+        std::ifstream stream(folder_ / name);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    void start_tether(std::vector<std::string> arguments) {
+        const std::vector<std::string> usual{"--folder",        folder_ / "shots", "--scene",
+                                             folder_ / "scene", "--pictures",      folder_ / "own"};
+        arguments.insert(arguments.begin(), usual.begin(), usual.end());
+        tether_ = start({TETHER_COMMAND,
+                         arguments,
+                         {{"CAMERA_SIM_CONTROL", folder_ / "control"},
+                          {"CAMERA_SIM_JOURNAL", folder_ / "journal"}},
+                         folder_ / "stderr"});
+    }
+
+    // Reads on to a line that holds the text.
+    void read_to(const std::string& text) {
+        while (const auto line = tether_->next_line(host::after(patience))) {
+            output_ += line->text + "\n";
+            if (line->text.find(text) != std::string::npos) {
+                return;
+            }
+        }
+        ADD_FAILURE() << "\"" << text << "\" did not come:\n" << output_ << read("stderr");
+    }
+
+    std::string status() {
+        while (const auto line = tether_->next_line(host::after(patience))) {
+            output_ += line->text + "\n";
+        }
+        const auto exit = tether_->await_exit(host::after(patience));
+        return exit ? describe(*exit) : "still running";
+    }
+
+    void tell_camera(const std::string& line) {
+        auto control = camera_sim::ControlClient::connect(folder_ / "control");
+        ASSERT_TRUE(control);
+        const auto reply = control->ask(line);
+        ASSERT_TRUE(reply && reply->ok) << line << ": " << (reply ? reply->error : "no answer");
+    }
+
+    bool printed(const std::string& text) {
+        return output_.find(text) != std::string::npos;
+    }
+
+    fs::path folder_;
+    Child tether_;
+    std::string output_;
+};
+
+TEST_F(TetherTest, ShotsArriveAndAreSummedUp) {
+    start_tether({"--shots", "3"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed(" > CONNECT|disk\n"));
+    EXPECT_TRUE(printed(" < CONNECTED|MODEL-A\n"));
+    EXPECT_TRUE(printed("         · shot 2 of 3 on its way\n"));
+    EXPECT_TRUE(printed(" < DOWNLOADED|" + (folder_ / "shots/DSC00003.JPG").string() + "\n"));
+    EXPECT_TRUE(printed("\n  DSC00002.JPG       14 B  ")) << output_;
+    EXPECT_TRUE(printed("\n3 shots, 3 files, 40 B in " + (folder_ / "shots").string() +
+                        "; nothing lost.\nFrom shutter to file 0."))
+        << output_;
+    EXPECT_EQ(read("shots/DSC00001.JPG"), "first picture");
+    EXPECT_EQ(read("shots/DSC00002.JPG"), "the second one");
+    EXPECT_EQ(output_.find('\x1b'), std::string::npos) << "colours belong on a terminal only";
+}
+
+TEST_F(TetherTest, ARawPairIsAwaitedWhole) {
+    start_tether({"--shots", "1", "--file-type", "both", "--save-dest", "both"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("\n1 shot, 2 files, ")) << output_;
+    EXPECT_TRUE(fs::exists(folder_ / "shots/DSC00001.ARW"));
+    EXPECT_TRUE(fs::exists(folder_ / "shots/DSC00001.JPG"));
+}
+
+TEST_F(TetherTest, ShotsForTheCardStayThere) {
+    start_tether({"--shots", "2", "--save-dest", "card"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("\n2 shots, 0 files, 0 B in ")) << output_;
+}
+
+TEST_F(TetherTest, AShotThatBringsNoPictureIsSaidSo) {
+    write("scene", "timing instant\nevery SendCommand answers 0x8402\n");
+    start_tether({"--shots", "1", "--patience", "1"});
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("1 shot, 0 files, 0 B in " + (folder_ / "shots").string() +
+                        "; 1 shot lost.\n! shot 1 of 1 brought no picture in time\n"))
+        << output_;
+}
+
+TEST_F(TetherTest, AFileOutsideOfTheFolderIsNotAccepted) {
+    write("elsewhere.JPG", "private");
+    start_tether({"--shots", "2", "--every", "3"});
+    read_to("DOWNLOADED|");
+    tell_camera("deliver \"" + (folder_ / "elsewhere.JPG").string() + "\" 0xFFFFFFFF");
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("2 shots, 2 files, ")) << output_;
+    EXPECT_TRUE(printed("! not accepted: " + (folder_ / "elsewhere.JPG").string() +
+                        " (it lies outside of the folder)\n"))
+        << output_;
+}
+
+TEST_F(TetherTest, ALostCameraIsConnectedAgain) {
+    start_tether({"--shots", "2", "--every", "4"});
+    read_to("DOWNLOADED|");
+    tell_camera("unplug");
+    read_to("no camera; trying again");
+    tell_camera("plug");
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("2 shots, 2 files, ")) << output_;
+    EXPECT_TRUE(printed("\nThe camera went away once.\n")) << output_;
+}
+
+TEST_F(TetherTest, AWorkerThatDiesIsSaidSo) {
+    write("dying", "#!/bin/sh\necho 'READY|OK'\nread line\nkill -9 $$\n");
+    fs::permissions(folder_ / "dying", fs::perms::owner_all);
+    start_tether({"--worker", folder_ / "dying"});
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("! the worker went away\n! the worker ended with signal 9\n")) << output_;
+}
+
+TEST_F(TetherTest, AnInterruptEndsTheWorkerInOrder) {
+    start_tether({"--shots", "100"});
+    read_to("DOWNLOADED|");
+    tether_->signal(SIGINT);
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("! interrupted\n")) << output_;
+    EXPECT_NE(read("journal").find("\tRelease\ttrue\n"), std::string::npos);
+}
+
+TEST_F(TetherTest, TheTerminalIsConnectedToTheWorker) {
+    start_tether({"--interactive"});
+    read_to("READY|OK");
+    tether_->send("CONNECT");
+    read_to("FILE_TYPE|");
+    tether_->send("CAPTURE");
+    read_to("DOWNLOADED|" + (folder_ / "shots/DSC00001.JPG").string());
+    tether_->send("QUIT");
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed(" > CAPTURE\n"));
+    EXPECT_NE(read("journal").find("\tRelease\ttrue\n"), std::string::npos);
+}
+
+TEST_F(TetherTest, TheEndOfTypingLetsTheWorkerFinish) {
+    start_tether({"--interactive"});
+    tether_->send_bytes("PRIME\nno line feed");
+    tether_->close_input();
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed(" < PRIME_DONE|OK\n")) << output_;
+    EXPECT_TRUE(printed(" < ERROR|Unknown command: no line feed\n")) << output_;
+}
+
+TEST_F(TetherTest, AnInterruptEndsTheTerminalsConnection) {
+    start_tether({"--interactive"});
+    read_to("READY|OK");
+    tether_->signal(SIGINT);
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_NE(read("journal").find("\tRelease\ttrue\n"), std::string::npos);
+}
+
+TEST_F(TetherTest, TheRecordHoldsBothDirections) {
+    start_tether({"--shots", "1", "--record", folder_ / "record"});
+    EXPECT_EQ(status(), "status 0");
+    const std::string record = read("record");
+    EXPECT_NE(record.find(" > CAPTURE\n"), std::string::npos) << record;
+    EXPECT_NE(record.find(" < DOWNLOADED|" + (folder_ / "shots/DSC00001.JPG").string() + "\n"),
+              std::string::npos)
+        << record;
+}
+
+TEST_F(TetherTest, ARedactedRecordHoldsNoPathsAndNames) {
+    start_tether({"--shots", "1", "--record", folder_ / "record", "--redact"});
+    EXPECT_EQ(status(), "status 0");
+    const std::string record = read("record");
+    EXPECT_NE(record.find(" < DOWNLOADED|<folder>/<file 1>.JPG\n"), std::string::npos) << record;
+    for (const char* name : {"/tmp", "MODEL-A", "DSC00001"}) {
+        EXPECT_EQ(record.find(name), std::string::npos) << record;
+        EXPECT_TRUE(printed(name)) << "the screen shows everything";
+    }
+}
+
+TEST_F(TetherTest, WrongArgumentsGetOneSentence) {
+    write("file", "");
+    const std::vector<std::vector<std::string>> wrong{
+        {"--worker", "/no/such/worker"},
+        {"--shots", "0"},
+        {"--shots", "few"},
+        {"--every", "-1"},
+        {"--patience", "0"},
+        {"--file-type", "heif"},
+        {"--save-dest", "cloud"},
+        {"--scene", "/no/such/scene"},
+        {"--pictures", folder_ / "file"},
+        {"--folder", folder_ / "file/inside"},
+        {"--record", folder_ / "no/such/record"},
+        {"--redact"},
+        {"surplus"},
+    };
+    for (const auto& arguments : wrong) {
+        const fs::path errors = folder_ / "errors";
+        fs::remove(errors);
+        const auto command = start({TETHER_COMMAND, arguments, {}, errors});
+        EXPECT_EQ(next_text(*command), "(end of output)") << arguments.front();
+        EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2")
+            << arguments.front();
+        const std::string sentence = read("errors");
+        EXPECT_EQ(sentence.substr(0, 8), "tether: ") << arguments.front();
+        EXPECT_EQ(sentence.find('\n'), sentence.size() - 1) << sentence;
+    }
+}
+
+}  // namespace
