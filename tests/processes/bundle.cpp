@@ -1,0 +1,133 @@
+// The worker finds its SDK and its adapters from wherever its bundle stands.
+
+#include "host/bundle.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <string>
+
+#include "tests/processes/live_worker.h"
+#include "tests/processes/pace.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A copy of the bundle in a folder of this name; goes with this object.
+class Copy {
+  public:
+    explicit Copy(const std::string& name) {
+        char pattern[] = "/tmp/processes-XXXXXX";
+        top_ = mkdtemp(pattern);
+        fs::create_directories(folder() / name);
+        contents_ = folder() / name / "Contents";
+        const fs::path original = host::worker_beside_this_program().parent_path().parent_path();
+        fs::copy(original, contents_, fs::copy_options::recursive);
+    }
+    ~Copy() {
+        fs::remove_all(top_);
+    }
+    Copy(const Copy&) = delete;
+    Copy& operator=(const Copy&) = delete;
+
+    fs::path folder() const {
+        return fs::canonical(top_);
+    }
+    fs::path contents() const {
+        return contents_;
+    }
+    fs::path worker() const {
+        return contents_ / "MacOS/sony-worker";
+    }
+
+  private:
+    fs::path top_;
+    fs::path contents_;
+};
+
+Plan with(const fs::path& worker) {
+    Plan plan;
+    plan.worker = worker;
+    return plan;
+}
+
+void expect_adapters_line(LiveWorker& worker, const std::string& line) {
+    EXPECT_EQ(worker.next(), "CPP_WORKER|START sony-1.0");
+    EXPECT_EQ(worker.next(), "LOG|[SONY] USB transport adapters " + line);
+    EXPECT_TRUE(worker.await_line("READY|OK"));
+    worker.expect_prompt_end([&] { worker.send("QUIT"); });
+}
+
+TEST(Bundle, MayStandInAFolderOfAnyName) {
+    for (const char* name : {"a folder", "Größe 写真", "100% | $ORIGIN 'quoted' \"twice\"",
+                             "\xFF\xFE", "-n", "a\tb;c&d*"}) {
+        const Copy copy(name);
+        LiveWorker worker(with(copy.worker()));
+        expect_adapters_line(
+            worker, "found: " + (copy.contents() / "MacOS").string() + "/../Frameworks/CrAdapter");
+    }
+}
+
+TEST(Bundle, AMissingAdapterIsReportedAndNothingElse) {
+    const Copy copy("Bundle");
+    fs::remove(copy.contents() / "Frameworks/CrAdapter/libCr_PTP_USB.dylib");
+    LiveWorker worker(with(copy.worker()));
+    expect_adapters_line(worker,
+                         "are MISSING from " + (copy.contents() / "MacOS").string() +
+                             "/../Frameworks/CrAdapter — the SDK will not see any camera (0x8703)");
+}
+
+TEST(Bundle, IsFoundThroughSymbolicLinks) {
+#if defined(__APPLE__)
+    GTEST_SKIP() << "here the worker is found where it was started, link or not";
+#endif
+    const Copy copy("Bundle");
+    const std::string found =
+        "found: " + (copy.contents() / "MacOS").string() + "/../Frameworks/CrAdapter";
+
+    const fs::path to_the_worker = copy.folder() / "link to the worker";
+    fs::create_symlink(copy.worker(), to_the_worker);
+    LiveWorker through_a_link(with(to_the_worker));
+    expect_adapters_line(through_a_link, found);
+
+    const fs::path to_the_bundle = copy.folder() / "link to the bundle";
+    fs::create_directory_symlink("Bundle", to_the_bundle);
+    LiveWorker inside_a_link(with(to_the_bundle / "Contents/MacOS/sony-worker"));
+    expect_adapters_line(inside_a_link, found);
+}
+
+TEST(Bundle, MayBeStartedByARelativePath) {
+    const Copy copy("Bundle");
+    Plan plan = with(copy.worker());
+    plan.shell = "cd \"${1%/*}/..\" && exec MacOS/sony-worker";
+    LiveWorker worker(plan);
+    EXPECT_EQ(worker.next(), "CPP_WORKER|START sony-1.0");
+    EXPECT_EQ(worker.next().rfind("LOG|[SONY] USB transport adapters found: ", 0), 0U);
+}
+
+TEST(Bundle, APathThatIsTooLongIsNotChecked) {
+    if (!fs::exists("/proc/self/exe")) {
+        GTEST_SKIP() << "this system cannot start a program from so far down";
+    }
+    if (sanitized) {
+        GTEST_SKIP() << "a sanitizer complains that it cannot read such a path";
+    }
+    Plan plan;
+    // The dynamic linker cannot tell where the worker stands either.
+    plan.environment = {{"LD_LIBRARY_PATH", host::worker_beside_this_program().parent_path() /
+                                                "../Frameworks/SonySDK"}};
+    plan.shell =
+        "cd \"${CAMERA_SIM_SCENE%/*}\" && name=$(printf %0250d 1)\n"
+        "for level in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17; do mkdir $name && cd -P $name; "
+        "done\n"
+        "cp \"$1\" . && exec ./sony-worker";
+    LiveWorker worker(plan);
+    EXPECT_EQ(worker.next(), "CPP_WORKER|START sony-1.0");
+    EXPECT_EQ(worker.next(), "LOG|[SONY] Camera Remote SDK 1.0.0");
+    EXPECT_EQ(worker.next(), "READY|OK");
+    worker.expect_prompt_end([&] { worker.send("QUIT"); });
+}
+
+}  // namespace
