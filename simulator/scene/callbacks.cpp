@@ -69,7 +69,7 @@ void call_download(Words& words) SIM_REQUIRES(g_lock) {
 }
 
 void storm(Words& words) SIM_REQUIRES(g_lock) {
-    const CrInt32u notices = words.code("N");
+    const CrInt32u notices = words.count("N");
     const std::vector<CrInt32u> codes = read_codes(words);
     for (CrInt32u notice = 0; an_application(words) && notice < notices; ++notice) {
         const DeliveringThread from(static_cast<int>(notice % 2));

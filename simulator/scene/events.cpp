@@ -71,7 +71,7 @@ void plug(Words& words) SIM_REQUIRES(g_lock) {
 }
 
 void flap(Words& words) SIM_REQUIRES(g_lock) {
-    const CrInt32u times = words.code("N");
+    const CrInt32u times = words.count("N");
     if (!a_body(words)) {
         return;
     }

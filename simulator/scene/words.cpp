@@ -139,6 +139,14 @@ std::uint32_t Words::code(const char* what) {
     return static_cast<std::uint32_t>(value);
 }
 
+std::uint32_t Words::count(const char* what) {
+    const std::uint64_t value = number(what);
+    if (value > 1'000'000) {
+        wrong(std::string(what) + " is at most a million");
+    }
+    return static_cast<std::uint32_t>(value);
+}
+
 Duration Words::duration(const char* what) {
     const std::string text = word(what);
     const bool in_milliseconds = text.size() > 2 && text.compare(text.size() - 2, 2, "ms") == 0;

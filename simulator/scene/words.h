@@ -29,7 +29,8 @@ class Words {
     std::string text(const char* what);  // a bare word or a quoted text
     std::optional<std::string> text_or_null(const char* what);
     std::uint64_t number(const char* what);
-    std::uint32_t code(const char* what);  // a number of at most 32 bits
+    std::uint32_t code(const char* what);   // a number of at most 32 bits
+    std::uint32_t count(const char* what);  // a number of at most a million
     Duration duration(const char* what);
     std::string rest();  // the line from the next word on, as written
 

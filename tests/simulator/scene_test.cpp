@@ -54,6 +54,8 @@ TEST(Scene, SaysWhatIsWrongWithALine) {
         {"set 1", "VALUE is missing"},
         {"set 1 18446744073709551616", "VALUE is a number, not \"18446744073709551616\""},
         {"storm 5", "CODE is missing"},
+        {"storm 1000001 1", "N is at most a million"},
+        {"flap 1000001", "N is at most a million"},
         {"second", "\"second\" stands before another command"},
         {"second rate", "\"rate\" is no word of the scene language"},
         {"during Init warning 1", "during Release LINE"},
