@@ -1,6 +1,7 @@
 // The ladder that ends a worker, step by step.
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/wait.h>
 
 #include "tests/host/child.h"
 
@@ -57,6 +58,9 @@ TEST(Ending, KillsWhatHearsNothing) {
 TEST(Ending, AStoppedWorkerIsKilled) {
     const auto child = start_script("exec cat");
     child->signal(SIGSTOP);
+    // A SIGTERM that reaches it before it has stopped would still end it.
+    siginfo_t stopped;
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child->process()), &stopped, WSTOPPED), 0);
     EXPECT_EQ(child->end({soon, soon, soon}).by, EndedBy::sigkill);
 }
 
