@@ -132,11 +132,11 @@ TEST(Callbacks, ComeWhileReleaseIsUnderWay) {
 TEST(CallbacksDeath, MayPourInWhileTheProcessExits) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     Stage stage;
-    for (int time = 0; time < 10; ++time) {
+    for (int time = 0; time < 5; ++time) {
         EXPECT_EXIT(
             {
                 stage.open();
-                stage.tell("storm 10000 0x0106");
+                stage.tell("storm 2000 0x0106");
                 std::exit(0);
             },
             testing::ExitedWithCode(0), "");

@@ -82,7 +82,7 @@ std::vector<std::thread::id> Recorder::threads() {
 
 bool Recorder::got(const std::string& call) {
     std::unique_lock lock(mutex_);
-    return recorded_.wait_for(lock, std::chrono::seconds(10), [&] {
+    return recorded_.wait_for(lock, std::chrono::seconds(60), [&] {
         return std::find(calls_.begin(), calls_.end(), call) != calls_.end();
     });
 }

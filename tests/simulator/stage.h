@@ -32,7 +32,7 @@ class Recorder final : public SCRSDK::IDeviceCallback {
 
     std::vector<std::string> calls();
     std::vector<std::thread::id> threads();  // of the calls, in order
-    // Whether that call comes within ten seconds, if it has not come already.
+    // Whether that call comes within a minute, if it has not come already.
     bool got(const std::string& call);
 
   private:
