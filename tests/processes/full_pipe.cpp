@@ -52,7 +52,9 @@ TEST(FullPipe, ASignalIsHandledOnceTheHostReads) {
     EXPECT_TRUE(worker.exit().clean());
 }
 
-// The SDK's thread waits in the middle of a line, and Release waits for the SDK's thread.
+// The SDK's thread waits in the middle of a line, and Release waits for the SDK's thread. Not with
+// the thread sanitizer: its _exit flushes stdout, and waits for that line too.
+#if !defined(__SANITIZE_THREAD__)
 TEST(FullPipe, AnSdkThreadThatCannotWriteHoldsUpQuitForThreeSeconds) {
     OutputPipe output;
     LiveWorker worker(output.plan());
@@ -62,5 +64,6 @@ TEST(FullPipe, AnSdkThreadThatCannotWriteHoldsUpQuitForThreeSeconds) {
     worker.tell_camera("deliver \"a.JPG\" 0xFFFFFFFF");
     worker.expect_end([&] { worker.send("QUIT"); }, exit_deadline, exit_deadline_passed);
 }
+#endif
 
 }  // namespace

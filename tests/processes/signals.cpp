@@ -14,6 +14,10 @@ std::string log_of(int signal) {
            " — closing the camera session before exit";
 }
 
+// More than a pipe and the reader's buffer hold: once it is written, the reader has queued all that
+// was sent before it.
+const std::string empty_lines(80'000, '\n');
+
 class Signal : public testing::TestWithParam<int> {};
 
 TEST_P(Signal, EndsAnIdleWorker) {
@@ -31,7 +35,7 @@ TEST_P(Signal, EndsAnIdleWorker) {
 TEST_P(Signal, LetsACaptureAndWhatIsQueuedFinish) {
     LiveWorker worker;
     worker.bring_session_up();
-    worker.send_bytes("CAPTURE\nPRIME\n");
+    worker.send_bytes("CAPTURE\nPRIME\n" + empty_lines);
     EXPECT_TRUE(worker.await_call("SetDeviceProperty 0x0001 2"));
     worker.signal(GetParam());
     EXPECT_EQ(worker.next(), log_of(GetParam()));

@@ -10,12 +10,13 @@ namespace {
 
 constexpr std::uint32_t arrived = 0xFFFFFFFF;
 
-std::string reported(const std::string& folder, std::string name, std::uint32_t type)
+// What the worker writes when the SDK reports the file with this name, or null, and this type.
+std::string reported(const std::string& folder, char* name, std::uint32_t type)
     REQUIRES(main_thread) {
     SonyWorker worker;
     worker.download_dir.publish(folder);
     testing::internal::CaptureStdout();
-    worker.OnCompleteDownload(name.data(), static_cast<sdk::DownloadType>(type));
+    worker.OnCompleteDownload(name, static_cast<sdk::DownloadType>(type));
     return testing::internal::GetCapturedStdout();
 }
 
@@ -45,25 +46,25 @@ TEST(OnCompleteDownload, NamesTheFileAndItsWholePath) {
         {"/d", "\xFF\x80", "/d/\xFF\x80"},
     };
     for (const File& row : table) {
-        EXPECT_EQ(reported(row.folder, row.name, arrived),
+        std::string name = row.name;
+        EXPECT_EQ(reported(row.folder, name.data(), arrived),
                   "LOG|[SONY] landed " + row.name + "\nDOWNLOADED|" + row.path + "\n");
     }
 }
 
 TEST(OnCompleteDownload, IsSilentForEveryOtherType) {
     main_thread.assume();
+    char name[] = "a.JPG";
     for (const std::uint32_t type : {0U, 1U, 2U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFEU}) {
-        EXPECT_EQ(reported("/d", "a.JPG", type), "") << type;
+        EXPECT_EQ(reported("/d", name, type), "") << type;
     }
 }
 
 TEST(OnCompleteDownload, IsSilentWithoutAName) {
     main_thread.assume();
-    EXPECT_EQ(reported("/d", "", arrived), "");
-    SonyWorker worker;
-    testing::internal::CaptureStdout();
-    worker.OnCompleteDownload(nullptr, static_cast<sdk::DownloadType>(arrived));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    char empty[] = "";
+    EXPECT_EQ(reported("/d", empty, arrived), "");
+    EXPECT_EQ(reported("/d", nullptr, arrived), "");
 }
 
 }  // namespace
