@@ -34,7 +34,7 @@ int main(int argc, char** argv) {
         worker.save_destination = argv[3];
     }
     if (!worker.init()) {
-        leave(1);
+        give_up();
     }
     emit("READY|OK");
 
