@@ -14,3 +14,9 @@ function(left_out what package)
     endif()
     message(STATUS "${what} left out: ${package} is not installed")
 endfunction()
+
+# For a main file that reads its arguments with CLI11: optimising or sanitizing those templates takes the compiler a
+# minute, and they run once.
+function(compile_plainly file)
+    set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS "-O0;-fno-sanitize=all")
+endfunction()
