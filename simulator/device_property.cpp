@@ -6,7 +6,7 @@ namespace SCRSDK {
 
 CrDeviceProperty::CrDeviceProperty()
     : code_(0), value_type_(CrDataType_Undefined), value_(0), readable_(false) {}
-CrDeviceProperty::~CrDeviceProperty() = default;
+CrDeviceProperty::~CrDeviceProperty() {}
 CrDeviceProperty::CrDeviceProperty(const CrDeviceProperty&) = default;
 CrDeviceProperty& CrDeviceProperty::operator=(const CrDeviceProperty&) = default;
 

@@ -16,7 +16,7 @@ Response take_fault(const std::string& subject, std::optional<CrInt32u> code) {
         if (fault == faults.end()) {
             continue;
         }
-        const Response response = fault->response;
+        Response response = fault->response;
         if (!standing && --fault->times == 0) {
             faults.erase(fault);
         }

@@ -21,6 +21,19 @@ const char* variable(const char* name) {
     return value != nullptr && *value != '\0' ? value : nullptr;
 }
 
+// Without a Connect nobody is there to be called.
+void run_lines_of_release() SIM_REQUIRES(g_lock) {
+    if (state().application == nullptr) {
+        return;
+    }
+    const std::vector<std::string> lines = state().during_release;  // a line may add to them
+    for (const std::string& line : lines) {
+        if (const std::string error = run_line(line); !error.empty()) {
+            stop(std::string("during Release ").append(line).append(": ").append(error));
+        }
+    }
+}
+
 }  // namespace
 
 bool start(Hold& hold, CrInt32u log_type) {
@@ -56,14 +69,7 @@ bool start(Hold& hold, CrInt32u log_type) {
 
 void end(Hold& hold) {
     expect_nothing_lent("Release");
-    // Without a Connect nobody is there to be called.
-    const auto lines =
-        state().application != nullptr ? state().during_release : std::vector<std::string>();
-    for (const std::string& line : lines) {
-        if (const std::string error = run_line(line); !error.empty()) {
-            stop("during Release " + line + ": " + error);
-        }
-    }
+    run_lines_of_release();
     state().ending = true;
     end_timeline(hold);
     end_transfer(hold);

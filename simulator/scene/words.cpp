@@ -173,7 +173,7 @@ Duration Words::duration(const char* what) {
 }
 
 std::string Words::rest() {
-    const std::string rest = left() ? line_.substr(words_[next_].begin) : "";
+    std::string rest = left() ? line_.substr(words_[next_].begin) : "";
     next_ = words_.size();
     return rest;
 }
