@@ -12,11 +12,11 @@
 // threads and one thread runs the watchdog; everything else runs on the main thread. Every
 // operation reports its own outcome as lines.
 //
-//                                                  device_handle   connected   watchdog_armed
-//   Idle: no camera                                0               false       0
-//   Opening: Connect accepted, not yet answered    not 0           false       the attempt, until
-//   it is answered Session up                                     not 0           true        0
-//   Camera gone: the SDK may reconnect it          not 0           false       0
+//                                             device_handle  connected  watchdog_armed
+//   Idle: no camera                           0              false      0
+//   Opening: Connect waits for its answer     not 0          false      the attempt, 0 at an error
+//   Session up                                not 0          true       0
+//   Camera gone: the SDK may reconnect it     not 0          false      0
 //
 // An OnConnected that crosses a time-out leaves connected true with handle 0; every operation bears
 // that.

@@ -88,13 +88,18 @@ CrInt32u lend_properties(Call& call, CrDeviceHandle handle, const std::vector<Cr
         return call.answer(result::ok, "null");
     }
     LentArray array{handle, std::make_unique<CrDeviceProperty[]>(codes.size()), 0};
-    std::string values = fault.gives_nothing ? "nothing" : "";
-    for (std::size_t index = 0; index < codes.size() && !fault.gives_nothing; ++index) {
+    std::string values;
+    for (std::size_t index = 0; index < codes.size(); ++index) {
         CrDeviceProperty& property = array.properties[index] = read(codes[index], fault);
         values += (index == 0 ? "" : " ") + (property.IsGetEnableCurrentValue()
                                                  ? std::to_string(property.GetCurrentValue())
                                                  : "unreadable");
         ++array.count;
+    }
+    if (fault.gives_nothing) {
+        // The values stay in place: an application that ignores the count reads them.
+        array.count = 0;
+        values = "nothing";
     }
     *properties = array.properties.get();
     *count = array.count;
