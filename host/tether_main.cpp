@@ -29,14 +29,26 @@ struct Options {
     bool interactive = false;
 };
 
+// CLI11's own check answers with the largest number there is.
+CLI::Validator number(const std::string& wanted, bool may_be_zero) {
+    return CLI::Validator(
+        [wanted, may_be_zero](std::string& text) {
+            double value = -1;
+            const bool read = CLI::detail::lexical_cast(text, value);
+            const bool good = read && (value > 0 || (may_be_zero && value == 0));
+            return good ? std::string() : "needs " + wanted + ", not " + text;
+        },
+        "NUMBER");
+}
+
 void declare(CLI::App& app, Options& options) {
     app.add_option("--shots", options.plan.shots, "How many shots")
-        ->check(CLI::PositiveNumber)
+        ->check(number("a number above 0", false))
         ->capture_default_str();
     app.add_option("--every", options.every, "Seconds from one shot to the next, at least")
-        ->check(CLI::NonNegativeNumber);
+        ->check(number("0 or a number above it", true));
     app.add_option("--patience", options.patience, "Seconds to wait for the pictures of a shot")
-        ->check(CLI::PositiveNumber)
+        ->check(number("a number above 0", false))
         ->capture_default_str();
     app.add_option("--folder", options.folder, "Where the pictures go")->capture_default_str();
     app.add_option("--file-type", options.file_type, "What the camera makes of a shot")
