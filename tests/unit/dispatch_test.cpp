@@ -147,6 +147,8 @@ TEST(Dispatch, StoresTheSaveDestinationAsItStands) {
         {"SAVE_DEST|di%7Csk", "di%7Csk"},
         {"SAVE_DEST|card|disk", "card"},
         {"SAVE_DEST", "both"},
+        {"SET_SAVE_DEST", "both"},
+        {"SET_SAVE_DESTINATION", "both"},
     };
     for (const Row& row : table) {
         SonyWorker worker;
