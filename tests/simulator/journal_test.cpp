@@ -21,7 +21,11 @@ std::vector<std::string> journal_of_a_day() {
     stage.set(0x0106, 3);
     stage.set(0x0106, 3);
     stage.wait();
-    stage.shoot();
+    stage.set(0x0001, 2);
+    SendCommand(stage.handle, 0, 1);
+    stage.wait();  // the file comes from another thread than the button's notices
+    SendCommand(stage.handle, 0, 0);
+    stage.set(0x0001, 1);
     stage.wait();
     stage.tell("flap 2");
     stage.wait();
@@ -62,8 +66,8 @@ TEST(Journal, HoldsEveryCallAndCallbackInOrder) {
         "main SendCommand 0 0 0x00000000",
         "main SetDeviceProperty 0x0001 1 0x00000000",
         "sdk-1 OnPropertyChangedCodes 0x0001 -",
-        "sdk-1 OnPropertyChangedCodes 0x0001 -",
         "sdk-1 OnCompleteDownload \"DSC00001.JPG\" 0xFFFFFFFF -",
+        "sdk-1 OnPropertyChangedCodes 0x0001 -",
         "sdk-1 OnWarning 0x00020002 -",
         "sdk-1 OnConnected 3 -",
         "sdk-1 OnWarning 0x00020002 -",
