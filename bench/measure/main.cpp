@@ -1,0 +1,71 @@
+// measure [--quick] RESULTS: measures the worker beside the yardsticks of bench/limit, shows each
+// figure as it comes, and writes them all to a file. Status 1 when a figure misses its bound by a
+// factor of three.
+
+#include <cstdio>
+#include <signal.h>
+#include <string>
+#include <unistd.h>
+
+#include "bench/measure/bench.h"
+#include "bench/measure/cores.h"
+#include "bench/measure/subject.h"
+#include "host/bundle.h"
+
+namespace {
+
+// A child that no longer answers must not hold the bench for ever.
+constexpr unsigned most_seconds = 300;
+
+void measure_all(Bench& bench) {
+    for (const int count : {1, 2}) {
+        if (!keep_to_cores(count)) {
+            bench.results.skipped("Figures" + on_cores(count),
+                                  "this system cannot keep a process to its cores, or has too few");
+            continue;
+        }
+        measure_round_trip(bench, count);
+        measure_burst(bench, count);
+        measure_start_and_end(bench, count);
+        measure_download(bench, count);
+    }
+    keep_to_cores(cores());
+    measure_memory(bench);
+    measure_idle(bench);
+    measure_capture(bench);
+    measure_lines_of_threads(bench);
+    measure_size(bench);
+    if (!bench.quick) {
+        measure_queue(bench);
+        measure_storm(bench);
+        measure_side_by_side(bench);
+        measure_shutter_to_file(bench);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const bool quick = argc == 3 && std::string(argv[1]) == "--quick";
+    if (argc != 2 && !quick) {
+        std::fputs("usage: measure [--quick] RESULTS\n", stderr);
+        return 2;
+    }
+    signal(SIGPIPE, SIG_IGN);
+    alarm(most_seconds);
+    // <build>/Contents/MacOS/sony-worker
+    const auto worker = host::worker_beside_this_program();
+    Bench bench{worker.parent_path().parent_path().parent_path(), quick, {}};
+    measure_all(bench);
+    bench.results.write(argv[argc - 1]);
+
+    int passed = 0;
+    int failed = 0;
+    for (const Figure& figure : bench.results.figures()) {
+        if (figure.bound) {
+            ++(figure.far_missed() ? failed : passed);
+        }
+    }
+    std::printf("%d passed, %d failed\n", passed, failed);
+    return failed == 0 && passed > 0 ? 0 : 1;
+}

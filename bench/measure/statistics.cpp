@@ -1,0 +1,19 @@
+#include "bench/measure/statistics.h"
+
+#include <algorithm>
+#include <cstddef>
+
+double quantile(Samples samples, double share) {
+    const auto last = static_cast<double>(samples.size() - 1);
+    const auto place = samples.begin() + static_cast<std::ptrdiff_t>(share * last + 0.5);
+    std::nth_element(samples.begin(), place, samples.end());
+    return *place;
+}
+
+double median_ratio(const Samples& rounds, const Samples& yardstick_rounds) {
+    Samples ratios;
+    for (std::size_t round = 0; round < rounds.size(); ++round) {
+        ratios.push_back(rounds[round] / yardstick_rounds[round]);
+    }
+    return median(ratios);
+}
