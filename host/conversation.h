@@ -2,7 +2,9 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "host/record.h"
 #include "host/terminal.h"
@@ -28,16 +30,26 @@ class Conversation {
     // No further commands: the worker carries out what it has been told and ends.
     void close_input();
 
-    // Ends the worker; an empty text when it ended in order.
-    std::string end();
+    // The user wants to stop.
+    void interrupted(host::TimePoint at);
+
+    // Ends the worker, which may say something while it ends.
+    void end();
+
+    // Everything has been heard. What was wrong with the ending and the record, each a sentence.
+    std::vector<std::string> conclude();
 
     // Lines that are still to come are lost.
     void close_output();
 
   private:
+    void exchanged(char direction, const std::string& line, host::TimePoint at, bool shown);
+
     Terminal& terminal_;
     Record& record_;
     std::unique_ptr<host::WorkerProcess> worker_;
+    bool input_open_ = true;
+    std::optional<host::Ending> ending_;
 };
 
 }  // namespace tether

@@ -28,14 +28,15 @@ int connect_terminal(const host::SpawnRequest& worker, Terminal& terminal, Recor
                 conversation.close_input();
                 break;
             case Event::Kind::interrupted:
+                conversation.interrupted(event->at);
                 conversation.end();
                 break;
             case Event::Kind::worker_ended: {
-                const std::string trouble = conversation.end();
-                if (!trouble.empty()) {
+                const auto troubles = conversation.conclude();
+                for (const std::string& trouble : troubles) {
                     terminal.show_text("tether: " + trouble + "\n");
                 }
-                return trouble.empty() ? 0 : 1;
+                return troubles.empty() ? 0 : 1;
             }
         }
     }

@@ -11,7 +11,8 @@ namespace tether {
 
 class Redaction {
   public:
-    std::string redact(std::string_view line);
+    // '>' to the worker, '<' from it.
+    std::string redact(char direction, std::string_view line);
 
   private:
     std::string file(std::string_view path);

@@ -23,6 +23,7 @@ void handle(const Event& event, Shoot& shoot, Conversation& conversation) {
             shoot.stop("the worker went away");
             break;
         case Event::Kind::interrupted:
+            conversation.interrupted(event.at);
             shoot.stop("interrupted");
             break;
         case Event::Kind::typed:
@@ -74,12 +75,12 @@ int carry_out(const Plan& plan, const host::SpawnRequest& worker, Terminal& term
         }
     }
     terminal.show_progress({}, Clock::now());
-    const std::string ending = conversation.end();
+    conversation.end();
     if (!worker_ended) {
         hear_the_rest(shoot, conversation);
     }
-    if (!ending.empty()) {
-        shoot.stop(ending);
+    for (const std::string& trouble : conversation.conclude()) {
+        shoot.stop(trouble);
     }
     terminal.show_text(summary(shoot.report(), plan.folder));
     return shoot.report().troubles.empty() ? 0 : 1;

@@ -7,43 +7,88 @@ namespace {
 
 using tether::Redaction;
 
+// The first byte of each line is its direction.
+struct Case {
+    const char* line;
+    const char* redacted;
+};
+
+std::string redact(Redaction& redaction, const char* line) {
+    return line[0] + redaction.redact(line[0], line + 1);
+}
+
 TEST(RedactionTest, PathsAndNamesAreReplaced) {
-    struct Case {
-        const char* line;
-        const char* redacted;
-    };
     const Case cases[] = {
-        {"DOWNLOADED|/home/kim/shots/KIM00001.ARW", "DOWNLOADED|<folder>/<file 1>.ARW"},
-        {"DOWNLOADED|/home/kim/shots/KIM00001.JPG", "DOWNLOADED|<folder>/<file 1>.JPG"},
-        {"LOG|[SONY] landed KIM00002.JPG", "LOG|[SONY] landed <file 2>.JPG"},
-        {"DOWNLOADED|/home/kim/no extension", "DOWNLOADED|<folder>/<file 3>"},
-        {"SET_DOWNLOAD_DIR|/home/kim%7C/shots", "SET_DOWNLOAD_DIR|<folder>"},
-        {"DOWNLOAD_DIR|/home/kim%7C/shots", "DOWNLOAD_DIR|<folder>"},
-        {"DOWNLOAD_DIR|", "DOWNLOAD_DIR|"},
-        {"LOG|[SONY] camera \"Kim's \"A\"\" over USB", "LOG|[SONY] camera \"<camera 1>\" over USB"},
-        {"CONNECTED|Kim's \"A\"", "CONNECTED|<camera 1>"},
-        {"CONNECTED|another", "CONNECTED|<camera 2>"},
-        {"LOG|[SONY] USB transport adapters found: /Users/kim/x y/CrAdapter",
-         "LOG|[SONY] USB transport adapters found: <path>"},
-        {"LOG|[SONY] USB transport adapters are MISSING from /Users/kim/x — the SDK will not see "
+        {"<DOWNLOADED|/home/kim/shots/KIM00001.ARW", "<DOWNLOADED|<folder>/<file 1>.ARW"},
+        {"<DOWNLOADED|/home/kim/shots/KIM00001.JPG", "<DOWNLOADED|<folder>/<file 1>.JPG"},
+        {"<LOG|[SONY] landed KIM00002.JPG", "<LOG|[SONY] landed <file 2>.JPG"},
+        {"<LOG|[SONY] landed /home/kim/KIM00002.JPG", "<LOG|[SONY] landed <folder>/<file 2>.JPG"},
+        {"<DOWNLOADED|/home/kim/no extension", "<DOWNLOADED|<folder>/<file 3>"},
+        {"<DOWNLOADED|/home/kim/1.Kim's own", "<DOWNLOADED|<folder>/<file 4>"},
+        {"<LOG|[SONY] landed 100%|a.JPG", "<LOG|[SONY] landed <file 5>.JPG"},
+        {"<DOWNLOADED|/home/kim/100%25%7Ca.JPG", "<DOWNLOADED|<folder>/<file 5>.JPG"},
+        {">SET_DOWNLOAD_DIR|/home/kim%7C/shots", ">SET_DOWNLOAD_DIR|<folder>"},
+        {">set_download_dir|Kim's shots", ">set_download_dir|<folder>"},
+        {"<DOWNLOAD_DIR|/home/kim%7C/shots", "<DOWNLOAD_DIR|<folder>"},
+        {"<DOWNLOAD_DIR|", "<DOWNLOAD_DIR|"},
+        {"<LOG|[SONY] camera \"Kim's \"A\"\" over USB",
+         "<LOG|[SONY] camera \"<camera 1>\" over USB"},
+        {"<CONNECTED|Kim's \"A\"", "<CONNECTED|<camera 1>"},
+        {"<CONNECTED|100%25 Kim", "<CONNECTED|<camera 2>"},
+        {"<LOG|[SONY] USB transport adapters found: /Users/kim/x y/CrAdapter",
+         "<LOG|[SONY] USB transport adapters found: <path>"},
+        {"<LOG|[SONY] USB transport adapters are MISSING from /Users/kim/x — the SDK will not see "
          "any camera (0x8703)",
-         "LOG|[SONY] USB transport adapters are MISSING from <path> — the SDK will not see any "
+         "<LOG|[SONY] USB transport adapters are MISSING from <path> — the SDK will not see any "
          "camera (0x8703)"},
-        {"set_download_dir|/home/kim", "set_download_dir|<path>"},
     };
     Redaction redaction;
     for (const Case& one : cases) {
-        EXPECT_EQ(redaction.redact(one.line), one.redacted);
+        EXPECT_EQ(redact(redaction, one.line), one.redacted);
     }
+}
+
+TEST(RedactionTest, KnownNamesAreFoundInFreeText) {
+    Redaction redaction;
+    redact(redaction, "<CONNECTED|100%25 Kim");
+    redact(redaction, "<DOWNLOADED|/home/kim/KIM00001.JPG");
+    redact(redaction, "<DOWNLOADED|/home/kim/on.JPG");
+    const Case cases[] = {
+        {"<STATUS|KIM00001.JPG is late", "<STATUS|<file 1>.JPG is late"},
+        {"<LOG|[SONY] 100% Kim: KIM00001, KIM000012",
+         "<LOG|[SONY] <camera 1>: <file 1>, KIM000012"},
+        {">DELETE|100%25 Kim|KIM00001", ">DELETE|<camera 1>|<file 1>"},
+        {">DELETE|shots of/Kim", ">DELETE|shots <path>"},
+        {"<ERROR|Unknown command: DELETE|/home/kim", "<ERROR|Unknown command: DELETE|<path>"},
+        {"<ERROR|Unknown command: set_download_dirs|Kim's",
+         "<ERROR|Unknown command: set_download_dirs|Kim's"},
+        {"<ERROR|Unknown file type: shots/KIM00001", "<ERROR|Unknown file type: <path>"},
+        {"<STATUS|on the way", "<STATUS|on the way"},
+    };
+    for (const Case& one : cases) {
+        EXPECT_EQ(redact(redaction, one.line), one.redacted);
+    }
+}
+
+TEST(RedactionTest, WhatIsNoMessageIsLeftOut) {
+    // The rest of a file name with a line break in it, and what somebody typed by mistake.
+    Redaction redaction;
+    for (const char* line : {"<Kim.JPG", "<Kim", "<b|c d.JPG|", "<2|b", "<|", "<LOG|of Kim", ">|",
+                             ">Kim was here", ">/home/kim|"}) {
+        EXPECT_EQ(redact(redaction, line), line[0] + std::string("<text>"));
+    }
+    EXPECT_EQ(redact(redaction, "<ERROR|Unknown command: Kim was here"),
+              "<ERROR|Unknown command: <text>");
 }
 
 TEST(RedactionTest, EverythingElseStaysAsItIs) {
     Redaction redaction;
     for (const char* line :
-         {"QUIT", "CONNECT|card", "CONNECTED|already", "READY|OK", "", "|", "FILE_TYPE|raw",
-          "LOG|[SONY] could not set the save destination (0x00008402) — the camera keeps its own "
+         {">QUIT", ">CONNECT|card", ">capture", "<CONNECTED|already", "<READY|OK", "<", ">",
+          "<FILE_TYPE|raw",
+          "<LOG|[SONY] could not set the save destination (0x00008402) — the camera keeps its own "
           "setting"}) {
-        EXPECT_EQ(redaction.redact(line), line);
+        EXPECT_EQ(redact(redaction, line), line);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include "simulator/control_client.h"
 #include "tests/host/child.h"
@@ -40,6 +41,7 @@ class TetherTest : public testing::Test {
     }
 
     void start_tether(std::vector<std::string> arguments) {
+        output_.clear();
         const std::vector<std::string> usual{"--folder",        folder_ / "shots", "--scene",
                                              folder_ / "scene", "--pictures",      folder_ / "own"};
         arguments.insert(arguments.begin(), usual.begin(), usual.end());
@@ -74,6 +76,16 @@ class TetherTest : public testing::Test {
         ASSERT_TRUE(control);
         const auto reply = control->ask(line);
         ASSERT_TRUE(reply && reply->ok) << line << ": " << (reply ? reply->error : "no answer");
+    }
+
+    static void expect_in_order(const std::string& text, const std::vector<std::string>& parts) {
+        std::size_t at = 0;
+        for (const std::string& part : parts) {
+            const std::size_t found = text.find(part, at);
+            EXPECT_NE(found, std::string::npos) << "\"" << part << "\" does not follow in\n"
+                                                << text;
+            at = found == std::string::npos ? at : found + part.size();
+        }
     }
 
     bool printed(const std::string& text) {
@@ -198,14 +210,76 @@ TEST_F(TetherTest, AnInterruptEndsTheTerminalsConnection) {
     EXPECT_NE(read("journal").find("\tRelease\ttrue\n"), std::string::npos);
 }
 
-TEST_F(TetherTest, TheRecordHoldsBothDirections) {
+TEST_F(TetherTest, TheRecordHoldsBothDirectionsToTheEnd) {
     start_tether({"--shots", "1", "--record", folder_ / "record"});
     EXPECT_EQ(status(), "status 0");
+    expect_in_order(read("record"),
+                    {" # 20", " < CPP_WORKER|START sony-1.0\n", " > CONNECT|disk\n", " > CAPTURE\n",
+                     " < DOWNLOADED|" + (folder_ / "shots/DSC00001.JPG").string() + "\n",
+                     " > QUIT\n", " # the worker ended in order\n"});
+    EXPECT_TRUE(printed(" > QUIT\n")) << output_;
+}
+
+TEST_F(TetherTest, TheTerminalsConversationIsRecordedToo) {
+    start_tether({"--interactive", "--record", folder_ / "record", "--redact"});
+    tether_->send("CONNECT");
+    tether_->send("set_download_dir|" + (folder_ / "own").string());
+    tether_->send("QUIT");
+    EXPECT_EQ(status(), "status 0");
     const std::string record = read("record");
-    EXPECT_NE(record.find(" > CAPTURE\n"), std::string::npos) << record;
-    EXPECT_NE(record.find(" < DOWNLOADED|" + (folder_ / "shots/DSC00001.JPG").string() + "\n"),
-              std::string::npos)
-        << record;
+    expect_in_order(record, {" > CONNECT\n", " > set_download_dir|<folder>\n", " > QUIT\n",
+                             " # the worker ended in order\n"});
+    EXPECT_EQ(record.find(folder_), std::string::npos) << record;
+    EXPECT_EQ(record.find(" > QUIT\n"), record.rfind(" > QUIT\n")) << record;
+}
+
+TEST_F(TetherTest, AnInterruptIsRecorded) {
+    for (const char* mode : {"--interactive", "--redact"}) {
+        start_tether({mode, "--shots", "100", "--record", folder_ / "record"});
+        read_to("READY|OK");
+        tether_->signal(SIGINT);
+        status();
+        expect_in_order(read("record"), {" < READY|OK\n", " # interrupted\n", " > QUIT\n",
+                                         " # the worker ended in order\n"});
+    }
+}
+
+TEST_F(TetherTest, TheRecordTellsHowAWorkerDied) {
+    write("dying", "#!/bin/sh\necho 'READY|OK'\nread line\necho 'STATUS|last words'\nkill -9 $$\n");
+    fs::permissions(folder_ / "dying", fs::perms::owner_all);
+    for (const char* mode : {"--interactive", "--redact"}) {
+        start_tether({mode, "--worker", folder_ / "dying", "--record", folder_ / "record"});
+        read_to("READY|OK");
+        tether_->send("CONNECT");
+        EXPECT_EQ(status(), "status 1");
+        const std::string record = read("record");
+        expect_in_order(record, {" < STATUS|last words\n", " # the worker ended with signal 9\n"});
+        EXPECT_EQ(record.find("QUIT"), std::string::npos) << record;
+    }
+}
+
+TEST_F(TetherTest, EachLineIsRecordedAtOnce) {
+    write("silent", "#!/bin/sh\necho 'READY|OK'\nwhile read line; do :; done\n");
+    fs::permissions(folder_ / "silent", fs::perms::owner_all);
+    ASSERT_EQ(mkfifo((folder_ / "record").c_str(), 0600), 0);
+    start_tether({"--worker", folder_ / "silent", "--record", folder_ / "record"});
+    std::ifstream record(folder_ / "record");
+    std::string line;
+    for (const char* expected :
+         {" # 20", " < READY|OK", " > SET_DOWNLOAD_DIR|", " > CONNECT|disk"}) {
+        ASSERT_TRUE(std::getline(record, line));
+        EXPECT_NE(line.find(expected), std::string::npos) << line;
+    }
+}
+
+TEST_F(TetherTest, ARecordThatEndsEarlyIsSaidSoAndCostsNoPicture) {
+    ASSERT_EQ(mkfifo((folder_ / "record").c_str(), 0600), 0);
+    start_tether({"--shots", "2", "--record", folder_ / "record"});
+    std::ifstream(folder_ / "record").get();
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("tether: the record ends here: Broken pipe\n")) << output_;
+    EXPECT_TRUE(printed("2 shots, 2 files, ")) << output_;
+    EXPECT_TRUE(printed("\n! the record is not complete: Broken pipe\n")) << output_;
 }
 
 TEST_F(TetherTest, ARedactedRecordHoldsNoPathsAndNames) {
@@ -234,6 +308,9 @@ TEST_F(TetherTest, WrongArgumentsGetOneSentence) {
         {"--folder", folder_ / "file/inside"},
         {"--record", folder_ / "no/such/record"},
         {"--redact"},
+        {"--record", folder_},
+        {"doctor", "/no/such/bundle"},
+        {"doctor", "--shots"},
         {"surplus"},
     };
     for (const auto& arguments : wrong) {
