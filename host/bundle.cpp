@@ -26,7 +26,11 @@ std::filesystem::path this_program() {
 }  // namespace
 
 std::filesystem::path worker_beside_this_program() {
-    return this_program().parent_path().parent_path() / "Contents/MacOS/sony-worker";
+    return bundle_beside_this_program() / "Contents/MacOS/sony-worker";
+}
+
+std::filesystem::path bundle_beside_this_program() {
+    return this_program().parent_path().parent_path();
 }
 
 }  // namespace host

@@ -1,12 +1,15 @@
-// tether: a tethered shoot with the camera worker, or the terminal connected to it.
+// tether: a tethered shoot with the camera worker, or the terminal connected to it, or a look at
+// what both need.
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <signal.h>
 #include <string>
 #include <system_error>
 
 #include "host/bundle.h"
+#include "host/doctor/examination.h"
 #include "host/events.h"
 #include "host/interactive.h"
 #include "host/shooting.h"
@@ -27,6 +30,12 @@ struct Options {
     std::string record;
     bool redact = false;
     bool interactive = false;
+};
+
+// What the doctor is to look at.
+struct Patient {
+    std::string bundle = host::bundle_beside_this_program();
+    std::optional<std::string> folder;
 };
 
 // CLI11's own check answers with the largest number there is.
@@ -69,6 +78,16 @@ void declare(CLI::App& app, Options& options) {
         ->needs(record);
 }
 
+CLI::App& declare_doctor(CLI::App& app, Patient& patient) {
+    CLI::App& doctor =
+        *app.add_subcommand("doctor", "Check that a worker has all it needs, and can start");
+    doctor.add_option("bundle", patient.bundle, "X.app, its Contents, or a build tree")
+        ->check(CLI::ExistingPath)
+        ->capture_default_str();
+    doctor.add_option("--folder", patient.folder, "Also check a folder for pictures");
+    return doctor;
+}
+
 int wrong(const std::string& sentence) {
     std::fprintf(stderr, "tether: %s\n", sentence.c_str());
     return 2;
@@ -97,14 +116,19 @@ host::Duration duration(double seconds) {
 
 int main(int argc, char** argv) {
     Options options;
+    Patient patient;
     CLI::App app("A tethered shoot with the camera worker.", "tether");
     declare(app, options);
+    const CLI::App& doctor = declare_doctor(app, patient);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) {
         return app.exit(asked);
     } catch (const CLI::ParseError& error) {
         return wrong(error.what());
+    }
+    if (doctor.parsed()) {
+        return doctor::examine_aloud(patient.bundle, patient.folder);
     }
     if (!fs::exists(options.worker)) {
         return wrong("there is no worker at " + options.worker);
@@ -118,7 +142,7 @@ int main(int argc, char** argv) {
     const auto start = host::Clock::now();
     tether::Record record(start, options.redact);
     if (!options.record.empty() && !record.open(options.record)) {
-        return wrong("cannot write " + options.record);
+        return wrong("cannot write " + options.record + ": " + record.trouble());
     }
     options.plan.every = duration(options.every);
     options.plan.patience = duration(options.patience);
