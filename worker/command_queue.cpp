@@ -49,7 +49,7 @@ std::optional<std::string> next_command() {
         }
         g_cmd_mutex.wait(g_cmd_cv);
     }
-    std::string line = std::move(g_cmds.front());
+    std::optional<std::string> line = std::move(g_cmds.front());
     g_cmds.pop_front();
     return line;
 }

@@ -144,9 +144,10 @@ bool dispatch(SonyWorker& worker, const std::string& line) {
 }
 
 void run_main_loop(SonyWorker& worker) {
-    std::optional<std::string> line = next_command();
-    while (line && dispatch(worker, *line)) {
-        line = next_command();
+    while (const std::optional<std::string> line = next_command()) {
+        if (!dispatch(worker, *line)) {
+            break;
+        }
     }
     close_commands();
 }
