@@ -64,7 +64,7 @@ TEST_F(RecordTest, NamesAreLeftOutOnRequest) {
 }
 
 TEST_F(RecordTest, AnOlderRecordIsReplaced) {
-    std::ofstream(folder_ / "record") << "an older record\nof two lines\n";
+    std::ofstream(folder_ / "record") << std::string(200, 'x') + "\nof two lines\n";
     Record record(start_, false);
     ASSERT_TRUE(record.open(folder_ / "record"));
     EXPECT_EQ(lines().size(), 1u);

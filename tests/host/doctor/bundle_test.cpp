@@ -132,6 +132,15 @@ TEST_F(Bundle, TheSdkIsForAnotherSystem) {
                                  " is for macOS on processor 7, the worker for " + worker_is_for);
 }
 
+TEST_F(Bundle, TheSdkIsForTheSameProcessorOfAnotherSystem) {
+    write(sdk, std::string("\xCF\xFA\xED\xFE\x07\x00\x00\x01", 8) + std::string(24, '\0'));
+    const ProgramFile program{ProgramFile::Format::elf,
+                              {{"x86_64", {sdk.filename()}, {"$ORIGIN/../Frameworks/SonySDK"}}}};
+    EXPECT_EQ(said(doctor::sdk_is_there(bundle(), program)),
+              "FAIL SDK library: " + sdk_name() +
+                  " is for macOS on x86_64, the worker for Linux on x86_64");
+}
+
 TEST_F(Bundle, TheSdkLiesElsewhere) {
     take_for_the_makers();
     const fs::path elsewhere = folder / "elsewhere.dylib";

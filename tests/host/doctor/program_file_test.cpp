@@ -145,6 +145,14 @@ TEST(ProgramFile, EverythingElseIsNone) {
     EXPECT_FALSE(doctor::read_program_file("/tmp"));
 }
 
+TEST(ProgramFile, BillionsOfCommandsWithoutASizeAreNone) {
+    std::string bytes = mach_o(arm, {number(0x19, 8)});
+    bytes.replace(16, 4, "\xFF\xFF\xFF\xFF");
+    const auto program = read_program(bytes);
+    ASSERT_TRUE(program);
+    EXPECT_TRUE(program->images[0].libraries.empty());
+}
+
 // A sanitizer build sees whether any of these reads what is not there.
 TEST(ProgramFile, BrokenFilesAreReadAsFarAsTheyGo) {
     for (const std::string& whole :
