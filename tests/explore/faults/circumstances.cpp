@@ -1,0 +1,77 @@
+#include "tests/explore/faults/circumstances.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+
+namespace explore {
+
+Circumstances circumstances;
+
+namespace {
+
+constexpr char pulled[] = "pulled-at/";
+
+std::vector<int> g_strikes;
+bool g_on = false;
+
+}  // namespace
+
+void begin_circumstances() {
+    g_strikes.assign(circumstances.faults.size(), 0);
+    g_on = false;
+}
+
+void switch_faults_on() {
+    g_on = true;
+}
+
+bool all_faults_struck() {
+    return std::find(g_strikes.begin(), g_strikes.end(), 0) == g_strikes.end();
+}
+
+Answer answer_with_faults(const Asked& asked) {
+    Answer answer;
+    for (std::size_t i = 0; g_on && i < circumstances.faults.size(); ++i) {
+        const Fault& fault = *circumstances.faults[i];
+        if (!fault.concerns(asked) || (g_strikes[i] > 0 && !fault.lasting)) {
+            continue;
+        }
+        ++g_strikes[i];
+        const Answer& more = fault.trouble.answer;
+        answer.late += more.late;
+        answer.result = answer.result != 0 ? answer.result : more.result;
+        answer.odd = answer.odd != Odd::no ? answer.odd : more.odd;
+    }
+    return answer;
+}
+
+std::string text_of_circumstances() {
+    std::string text;
+    for (const Fault* fault : circumstances.faults) {
+        text += to_text(*fault) + " ";
+    }
+    if (circumstances.cable_pulled_at != 0) {
+        text += pulled + std::to_string(circumstances.cable_pulled_at) + " ";
+    }
+    return text;
+}
+
+std::string take_circumstances(const std::string& text) {
+    circumstances = Circumstances{};
+    std::istringstream words(text);
+    std::string rest;
+    for (std::string word; words >> word;) {
+        if (const Fault* const fault = fault_named(word)) {
+            circumstances.faults.push_back(fault);
+        } else if (word.starts_with(pulled)) {
+            circumstances.cable_pulled_at = static_cast<std::uint32_t>(
+                std::strtoul(word.c_str() + sizeof pulled - 1, nullptr, 10));
+        } else {
+            rest += word + " ";
+        }
+    }
+    return rest;
+}
+
+}  // namespace explore
