@@ -1,5 +1,7 @@
 // The list of cameras that the SDK lends.
 
+#include "tests/explore/calls/sdk_cameras.h"
+
 #pragma GCC visibility push(default)
 #include <CRSDK/CameraRemote_SDK.h>
 #pragma GCC visibility pop
@@ -7,7 +9,6 @@
 #include <string>
 
 #include "tests/explore/calls/sdk_call.h"
-#include "tests/explore/calls/sdk_cameras.h"
 #include "tests/explore/scheduler.h"
 
 namespace explore {
