@@ -1,0 +1,28 @@
+# Builds for macOS on Linux with Zig's compiler, for one processor at a time: CMAKE_SYSTEM_PROCESSOR, aarch64 or x86_64.
+# tools/macos-build does it for both and merges them.
+set(CMAKE_SYSTEM_NAME Darwin)
+if(NOT CMAKE_SYSTEM_PROCESSOR)
+    set(CMAKE_SYSTEM_PROCESSOR aarch64)
+endif()
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES CMAKE_SYSTEM_PROCESSOR)
+# The target names processor and system; Xcode's ways of doing so stay out.
+set(CMAKE_OSX_DEPLOYMENT_TARGET "" CACHE STRING "")
+set(CMAKE_OSX_ARCHITECTURES "" CACHE STRING "")
+set(CMAKE_OSX_SYSROOT "" CACHE STRING "")
+
+set(CMAKE_CXX_COMPILER "${CMAKE_CURRENT_LIST_DIR}/../tools/macos-toolchain/c++"
+    -target ${CMAKE_SYSTEM_PROCESSOR}-macos.12.1)
+foreach(tool IN ITEMS AR RANLIB STRIP INSTALL_NAME_TOOL)
+    string(TOLOWER ${tool} name)
+    string(REPLACE "_" "-" name "llvm-${name}")
+    find_program(CMAKE_${tool} NAMES ${name} ${name}-14 REQUIRED)
+endforeach()
+
+# Zig's library lies inside the program, so its headers do not say since which system a feature is there. They must: the
+# same sources are built with the library of the system.
+set(CMAKE_CXX_FLAGS_INIT "-U_LIBCPP_HAS_NO_VENDOR_AVAILABILITY_ANNOTATIONS -Werror=unguarded-availability")
+
+set(CMAKE_USER_MAKE_RULES_OVERRIDE "${CMAKE_CURRENT_LIST_DIR}/macos-cross-rules.cmake")
+
+# Nothing of this machine's own is meant.
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE NEVER)
