@@ -2,6 +2,12 @@
 # adapters laid into the build tree where the worker's run path and adapter check look for them.
 add_library(camera_sdk INTERFACE)
 
+# What another SDK, or the simulated one, has left in this build tree must not get into a bundle.
+if(SONY_SDK_ROOT OR STAGED_SDK_ROOT)
+    file(REMOVE_RECURSE "${bundle_contents}/Frameworks")
+endif()
+set(STAGED_SDK_ROOT "${SONY_SDK_ROOT}" CACHE INTERNAL "The SDK whose libraries lie in the build tree")
+
 if(SONY_SDK_ROOT)
     find_path(SONY_SDK_INCLUDE_DIR CRSDK/CameraRemote_SDK.h
         PATHS "${SONY_SDK_ROOT}" PATH_SUFFIXES . include app
