@@ -2,6 +2,7 @@
 """draw.py RESULTS FUNCTIONS FOLDER: writes the report from what the two programs measured."""
 
 import json
+import math
 import sys
 from pathlib import Path
 
@@ -38,13 +39,14 @@ class Results:
         return [name for name in names if self.curves(name)]
 
 
-def number(value):
+def number(value, like=None):
+    """As people write it; with the decimals of another number where the two are compared."""
     size = abs(value)
     if size >= 1000:
         return f"{value:,.0f}"
-    if size >= 1:
-        return f"{value:.3g}"
-    return f"{value:.3f}" if size else "0"
+    if like is not None and value != int(value):
+        return f"{value:.{max(2, len(f'{like:g}'.partition('.')[2]))}f}"
+    return f"{value:.4g}"
 
 
 def canvas(title, subtitle, panels=1, height=3.6, width=9, **options):
@@ -77,15 +79,15 @@ def draw_bounds(results, folder):
     for row, entry in enumerate(reversed(bounded)):
         value, bound = entry["value"], entry["bound"]
         share = value / bound if entry["sense"] == "at most" else bound / value
-        share = max(0, min(share, 1.5))
+        share = max(0, min(share, 1.25))
         color = COLOR["worker"] if entry["met"] else MISSED
         axes.plot([0, share], [row, row], color=color, linewidth=2, alpha=0.35)
         axes.plot([share], [row], "o", color=color, markersize=6.5)
         axes.text(-0.02, row, entry["name"], ha="right", va="center", fontsize=9.5)
         unit = "" if entry["unit"].startswith("of ") else " " + entry["unit"]
-        axes.text(1.54, row, f"{number(value)}{unit}", ha="right", va="center", fontsize=9.5,
+        axes.text(1.52, row, f"{number(value, bound)}{unit}", ha="right", va="center", fontsize=9.5,
                   color=color, fontweight="bold")
-        axes.text(1.57, row, f"{entry['sense']} {number(bound)}", va="center", fontsize=9, color=QUIET)
+        axes.text(1.55, row, f"{entry['sense']} {number(bound)}", va="center", fontsize=9, color=QUIET)
     axes.axvline(1, color=INK, linewidth=1.2)
     axes.set(xlim=(0, 1.52), ylim=(-0.7, len(bounded) - 0.3), yticks=[],
              xticks=[0, 0.25, 0.5, 0.75, 1])
@@ -122,10 +124,11 @@ def draw_latency(results, folder):
             median, p99 = points[500, 0], points[990, 0]
             axes.plot([median, median], [row, row + 0.78], color=color, linewidth=1.2)
             axes.plot([p99], [row], "|", color=color, markersize=12, markeredgewidth=2)
-            axes.annotate(number(median), (median, row + 0.8), ha="center", va="bottom",
+            axes.annotate(f"{median:.1f}", (median, row + 0.8), ha="center", va="bottom",
                           fontsize=9.5, fontweight="bold", color=color)
-            axes.annotate(f"p99  {number(p99)}", (p99, row + 0.14), ha="left", va="bottom", fontsize=8.5,
-                          color=color)
+            far_right = math.log(p99 / low) > 0.75 * math.log(high / low)
+            axes.annotate(f"p99  {p99:.3g}", (p99, row + 0.16), ha="right" if far_right else "left",
+                          va="bottom", fontsize=8.5, color=color)
             axes.text(-0.02, row + 0.12, name, transform=axes.get_yaxis_transform(), ha="right",
                       color=color, fontweight="bold")
         axes.set_xscale("log")
@@ -162,12 +165,14 @@ def draw_burst(results, folder):
 
 def draw_memory(results, folder):
     figure, (axes,) = canvas("Memory over a million commands", "Resident megabytes")
+    highest = 0
     for name, points in results.curves("memory"):
         axes.plot(points[:, 0] / 1e3, points[:, 1] / 1e6, color=COLOR[name])
-        label(axes, points[-1, 0] / 1e3, points[-1, 1] / 1e6, f"{name}\n{points[-1, 1] / 1e6:.2f} MB",
+        label(axes, points[-1, 0] / 1e3, points[-1, 1] / 1e6, f"{name}, {points[-1, 1] / 1e6:.2f} MB",
               COLOR[name])
-    axes.set(xlim=(0, None), ylim=(0, None), xlabel="thousand commands")
-    save(figure, folder, "memory", left=0.05, right=0.88)
+        highest = max(highest, points[:, 1].max() / 1e6)
+    axes.set(xlim=(0, points[-1, 0] / 1e3), ylim=(0, highest * 1.25), xlabel="thousand commands")
+    save(figure, folder, "memory", left=0.05, right=0.84)
 
 
 def draw_shutter(results, folder):
@@ -194,11 +199,13 @@ def draw_growth(results, folder):
         queue.plot(points[:, 0] / 1e3, points[:, 1] / 1e6, color=color)
         label(queue, points[-1, 0] / 1e3, points[-1, 1] / 1e6, name, color)
     queue.set(xlim=(0, 100), ylim=(0, None), xlabel="thousand commands", ylabel="MB")
+    highest = 0
     for name, points in results.curves("side by side"):
         side.plot(points[:, 0], points[:, 1], "o-", color=COLOR[name], markersize=5)
+        highest = max(highest, points[:, 1].max())
         label(side, points[-1, 0], points[-1, 1], name, COLOR[name],
               xytext=(8, 6 if name == "worker" else -6))
-    side.set(xlim=(0.5, 10.2), ylim=(0, None), xticks=[1, 2, 4, 6, 8, 10], xlabel="workers at once",
+    side.set(xlim=(0.5, 10.2), ylim=(0, highest * 1.25), xticks=[1, 2, 4, 6, 8, 10], xlabel="workers at once",
              ylabel="µs a worker")
     save(figure, folder, "growth", wspace=0.42, left=0.06, right=0.92)
 
@@ -209,8 +216,8 @@ def table(rows):
     return "\n".join(lines + ["| " + " | ".join(row) + " |" for row in body])
 
 
-def with_unit(value, unit):
-    return f"{number(value)} {unit}".strip()
+def with_unit(value, unit, like=None):
+    return f"{number(value, like)} {unit}".strip()
 
 
 def write_text(results, functions, folder):
@@ -226,7 +233,7 @@ def write_text(results, functions, folder):
         f"**{met} of {len(bounded)} figures met.**",
         "![What is allowed, and what is used of it](bounds.svg)",
         table([("Figure", "Measured", "Bound", "", "In numbers")] + [
-            (figure["name"], with_unit(figure["value"], figure["unit"]),
+            (figure["name"], with_unit(figure["value"], figure["unit"], figure["bound"]),
              f"{figure['sense']} {number(figure['bound'])}", "met" if figure["met"] else "**missed**",
              figure["measured"]) for figure in bounded]),
     ]
@@ -246,7 +253,7 @@ def write_text(results, functions, folder):
             "## The functions one by one",
             table([("Function", "Time")] + [
                 (entry["name"].replace("_line", "").replace("_", " ").replace("/", ": "),
-                 f"{number(entry['real_time'])} {entry['time_unit']}") for entry in functions]),
+                 f"{number(entry['cpu_time'])} {entry['time_unit']}") for entry in functions]),
         ]
     (folder / "README.md").write_text("\n\n".join(parts) + "\n")
 
@@ -267,4 +274,5 @@ def main():
     write_text(results, timed, folder)
 
 
-main()
+if __name__ == "__main__":
+    main()

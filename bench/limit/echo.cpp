@@ -1,8 +1,9 @@
 // The yardstick for the worker: its threads, its queue and its way of reading and writing lines,
 // with no camera and nothing to do. Whatever the worker takes beyond this is its own.
 //
-// Each line is answered by its first field in upper case; STAMP by the nanosecond at which the main
-// thread had it, so that the way in and the way out can be told apart; QUIT ends it.
+// PRELOAD gets the worker's answer, so that both read and write the same bytes; STAMP the
+// nanosecond at which the main thread had it, so that the way in and the way out can be told apart;
+// QUIT ends it; any other line gets its first field back, in upper case.
 
 #include <cctype>
 #include <chrono>
@@ -17,16 +18,21 @@
 #include <utility>
 #include <vector>
 
+#if defined(__linux__)
+#include <stdio_ext.h>
+#endif
+
 namespace {
 
 constexpr std::chrono::milliseconds idle_period{250};
 
-std::mutex g_lines_mutex;
-std::condition_variable g_lines_changed;
-std::deque<std::string> g_lines;
+// Never destroyed: the reader still runs when the process ends.
+std::mutex& g_lines_mutex = *new std::mutex;
+std::condition_variable& g_lines_changed = *new std::condition_variable;
+std::deque<std::string>& g_lines = *new std::deque<std::string>;
 bool g_input_open = true;
 
-std::mutex g_output_mutex;
+std::mutex& g_output_mutex = *new std::mutex;
 
 void write_line(const std::string& line) {
     const std::lock_guard lock(g_output_mutex);
@@ -93,6 +99,10 @@ std::string upper_case(std::string name) {
 }  // namespace
 
 int main() {
+#if defined(__linux__)
+    // Newer C libraries take every stream's lock in exit, and the reader sleeps with stdin's.
+    __fsetlocking(stdin, FSETLOCKING_BYCALLER);
+#endif
     write_line("READY|OK");
     std::thread(read_lines).detach();
     std::thread(idle).detach();
@@ -100,14 +110,13 @@ int main() {
         const std::vector<std::string> fields = split(next_line());
         const std::string name = upper_case(fields.front());
         if (name == "QUIT") {
-            // The reader is asleep inside fgets, where exit may wait for it; all is written.
-            std::_Exit(0);
+            std::exit(0);
         }
         if (name == "STAMP") {
             const auto now = std::chrono::steady_clock::now().time_since_epoch();
             write_line(std::to_string(std::chrono::nanoseconds(now).count()));
         } else {
-            write_line(name);
+            write_line(name == "PRELOAD" ? "PRELOADED|OK" : name);
         }
     }
 }

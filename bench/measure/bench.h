@@ -4,6 +4,7 @@
 #include <string>
 
 #include "bench/measure/results.h"
+#include "bench/measure/statistics.h"
 
 // What is measured with, and how thoroughly.
 struct Bench {
@@ -19,6 +20,11 @@ struct Bench {
     }
     int rounds(int thorough, int quickly) const {
         return quick ? quickly : thorough;
+    }
+    // Of times: the smaller the better.
+    double ratio(const Samples& rounds, const Samples& yardstick_rounds) const {
+        return quick ? best_ratio(rounds, yardstick_rounds)
+                     : median_ratio(rounds, yardstick_rounds);
     }
 };
 

@@ -50,8 +50,8 @@ void measure_burst(Bench& bench, int cores) {
     for (long line = 0; line < lines; ++line) {
         bytes += "PRELOAD\n";
     }
-    Samples worker_rates;
-    Samples echo_rates;
+    Samples worker_times;
+    Samples echo_times;
     Samples worker_peaks;
     Samples echo_peaks;
     const auto count = static_cast<double>(lines);
@@ -59,21 +59,21 @@ void measure_burst(Bench& bench, int cores) {
     for (int round = 0; round < rounds; ++round) {
         const Burst worker = burst(bench.worker(), bytes, lines);
         const Burst echo = burst(bench.program("bench_echo"), bytes, lines);
-        worker_rates.push_back(count / worker.seconds);
-        echo_rates.push_back(count / echo.seconds);
+        worker_times.push_back(worker.seconds);
+        echo_times.push_back(echo.seconds);
         worker_peaks.push_back(worker.peak);
         echo_peaks.push_back(echo.peak);
         const std::string picture = cores == 1 ? "burst, one core" : "burst, two cores";
         bench.results.curve(thinned("worker", picture, worker));
         bench.results.curve(thinned("echo", picture, echo));
     }
-    bench.results.at_least(
-        0.95, "Burst of " + std::to_string(lines) + " lines" + on_cores(cores),
-        median_ratio(worker_rates, echo_rates), "of the echo's pace",
-        brief(median(worker_rates)) + " lines a second; echo " + brief(median(echo_rates)));
+    bench.results.at_least(0.95, "Burst of " + grouped(lines) + " lines" + on_cores(cores),
+                           bench.ratio(echo_times, worker_times), "of the echo's pace",
+                           brief(count / median(worker_times)) + " lines a second; echo " +
+                               brief(count / median(echo_times)));
     if (worker_peaks.front() > 0) {
         bench.results.at_most(1.2, "Peak memory of the burst" + on_cores(cores),
-                              median_ratio(worker_peaks, echo_peaks), "of the echo",
+                              bench.ratio(worker_peaks, echo_peaks), "of the echo",
                               brief(median(worker_peaks) / megabyte) + " MB; echo " +
                                   brief(median(echo_peaks) / megabyte));
     }

@@ -89,12 +89,12 @@ void measure_capture(Bench& bench) {
     }
     constexpr double millisecond = 1e3;
     bench.results.at_most(1.002, "CAPTURE to REMOTE_CAPTURED",
-                          median_ratio(all.sequences, all.pauses), "of its two pauses",
+                          bench.ratio(all.sequences, all.pauses), "of its two pauses",
                           brief(median(all.sequences) / millisecond) + " ms, " +
                               brief(median(all.sequences) - median(all.pauses)) +
                               " µs more than the bare pauses");
     bench.results.at_most(
-        1.5, "CAPTURE to the half-press, median", median_ratio(all.to_half_press, all.ways_in),
+        1.5, "CAPTURE to the half-press, median", bench.ratio(all.to_half_press, all.ways_in),
         "of the echo's one way",
         brief(median(all.to_half_press)) + " µs; echo " + brief(median(all.ways_in)));
 }

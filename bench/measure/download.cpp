@@ -44,7 +44,7 @@ void measure_download(Bench& bench, int cores) {
         times.push_back(readable[file] - called[file]);
     }
     bench.results.at_most(2, "Callback to DOWNLOADED" + on_cores(cores),
-                          median_ratio(times, ways_in), "of the echo's one way",
+                          bench.ratio(times, ways_in), "of the echo's one way",
                           brief(median(times)) + " µs; echo " + brief(median(ways_in)) + " in, " +
                               brief(median(ways_out)) + " out");
 }

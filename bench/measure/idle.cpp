@@ -71,6 +71,6 @@ void measure_idle(Bench& bench) {
     bench.results.at_most(4.05, "Idle wake-ups", median(worker.wake_ups), "a second",
                           "echo " + brief(median(echo.wake_ups)));
     bench.results.at_most(
-        1.2, "Idle processor time", median_ratio(worker.processor, echo.processor), "of the echo",
+        1.2, "Idle processor time", bench.ratio(worker.processor, echo.processor), "of the echo",
         brief(median(worker.processor)) + " µs a second; echo " + brief(median(echo.processor)));
 }

@@ -30,7 +30,7 @@ bool is_next(std::string_view line, std::array<long, threads>& next_of_thread) {
 }
 
 struct Outpour {
-    double rate;  // lines a second
+    double seconds;
     long torn;
 };
 
@@ -43,7 +43,7 @@ Outpour outpour(const std::string& program, const std::string& way, long lines) 
     for (long line = 0; line < lines * threads; ++line) {
         result.torn += is_next(writers.hear(), next_of_thread) ? 0 : 1;
     }
-    result.rate = static_cast<double>(lines * threads) / seconds(Clock::now() - start);
+    result.seconds = seconds(Clock::now() - start);
     return result;
 }
 
@@ -55,16 +55,17 @@ void measure_lines_of_threads(Bench& bench) {
     Samples emitted;
     Samples written;
     long torn = 0;
+    const auto count = static_cast<double>(lines * threads);
     for (int round = 0; round < rounds; ++round) {
         const Outpour worker = outpour(bench.program("bench_writers"), "emit", lines);
-        emitted.push_back(worker.rate);
+        emitted.push_back(worker.seconds);
         torn += worker.torn;
-        written.push_back(outpour(bench.program("bench_writers"), "write", lines).rate);
+        written.push_back(outpour(bench.program("bench_writers"), "write", lines).seconds);
     }
     bench.results.at_least(
-        0.9, "Lines from eight threads at once", median_ratio(emitted, written),
+        0.9, "Lines from eight threads at once", bench.ratio(written, emitted),
         "of a mutex around one write",
-        brief(median(emitted)) + " lines a second; bare " + brief(median(written)));
+        brief(count / median(emitted)) + " lines a second; bare " + brief(count / median(written)));
     bench.results.at_most(0, "Torn lines", static_cast<double>(torn),
-                          "of " + std::to_string(lines * threads * rounds));
+                          "of " + grouped(lines * threads * rounds));
 }

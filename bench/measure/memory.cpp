@@ -2,6 +2,7 @@
 // and retries.
 
 #include <algorithm>
+#include <thread>
 
 #include "bench/measure/bench.h"
 #include "bench/measure/kernel.h"
@@ -19,6 +20,9 @@ constexpr std::string_view commands =
     "PUMP_IDLE\nSET_FILE_TYPE|raw\nnot a command\nDISCONNECT\nPUMP_STOP\n";
 constexpr long commands_at_once = 10;
 
+// By then every thread has run once, and the pages of its code are in.
+constexpr std::chrono::milliseconds first_tick{300};
+
 // Bytes resident after so many commands, in steps.
 std::vector<std::pair<double, double>> growth(const std::string& program, long step, long last) {
     Subject subject(program);
@@ -30,6 +34,9 @@ std::vector<std::pair<double, double>> growth(const std::string& program, long s
             for (long line = 0; line < commands_at_once; ++line) {
                 subject.hear();
             }
+        }
+        if (points.empty()) {
+            std::this_thread::sleep_for(first_tick);
         }
         points.emplace_back(count, *resident_bytes(subject.process()));
     }
@@ -63,7 +70,7 @@ void measure_memory(Bench& bench) {
     const Curve worker{"memory", "worker", growth(bench.worker(), first, last)};
     const Curve echo{"memory", "echo", growth(bench.program("bench_echo"), first, last)};
     bench.results.at_most(
-        64, "Growth from command 1,000 to " + std::to_string(last),
+        64, "Growth from command 1,000 to " + grouped(last),
         (worker.points.back().second - worker.points.front().second) / kibibyte, "KiB",
         "echo " + brief((echo.points.back().second - echo.points.front().second) / kibibyte));
     bench.results.curve(worker);

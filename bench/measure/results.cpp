@@ -1,6 +1,7 @@
 #include "bench/measure/results.h"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -92,9 +93,22 @@ void Results::write(const std::string& path) const {
 }
 
 std::string brief(double value) {
-    char text[40];
+    constexpr double grouped_from = 1000;
     const double size = std::abs(value);
+    if (size >= grouped_from) {
+        return grouped(std::lround(value));
+    }
+    char text[40];
     const int decimals = size >= 100 ? 0 : size >= 10 ? 1 : 3;
     std::snprintf(text, sizeof text, "%.*f", decimals, value);
+    return text;
+}
+
+std::string grouped(long value) {
+    std::string text = std::to_string(value);
+    for (auto place = static_cast<std::ptrdiff_t>(text.size()) - 3; place > (value < 0 ? 1 : 0);
+         place -= 3) {
+        text.insert(static_cast<std::size_t>(place), ",");
+    }
     return text;
 }

@@ -56,5 +56,6 @@ class Results {
     std::vector<Curve> curves_;
 };
 
-// A number as people write it.
+// Numbers as people write them.
 std::string brief(double value);
+std::string grouped(long value);

@@ -73,10 +73,10 @@ void measure_round_trip(Bench& bench, int cores) {
     }
     const bool alone = cores == 1;
     bench.results.at_most(alone ? 1.05 : 1.10, "Round trip" + on_cores(cores) + ", median",
-                          median_ratio(worker.medians, echo.medians), "of the echo",
+                          bench.ratio(worker.medians, echo.medians), "of the echo",
                           beside(worker.medians, echo.medians, pipes.medians));
     const std::string name = "Round trip" + on_cores(cores) + ", p99";
-    const double ratio = median_ratio(worker.tails, echo.tails);
+    const double ratio = bench.ratio(worker.tails, echo.tails);
     const std::string measured = beside(worker.tails, echo.tails, pipes.tails);
     if (alone) {
         bench.results.at_most(1.25, name, ratio, "of the echo", measured);

@@ -41,9 +41,9 @@ void measure_start_and_end(Bench& bench, int cores) {
         echo.live(bench.program("bench_echo"));
     }
     bench.results.at_most(1.3, "Start to READY" + on_cores(cores),
-                          median_ratio(worker.starts, echo.starts), "of the echo",
+                          bench.ratio(worker.starts, echo.starts), "of the echo",
                           beside(worker.starts, echo.starts));
     bench.results.at_most(1.3, "QUIT to gone" + on_cores(cores),
-                          median_ratio(worker.ends, echo.ends), "of the echo",
+                          bench.ratio(worker.ends, echo.ends), "of the echo",
                           beside(worker.ends, echo.ends));
 }

@@ -16,3 +16,6 @@ inline double median(const Samples& samples) {
 // Rounds stand side by side, so that what disturbed both sides of a round cancels out: the median
 // of the ratios, not the ratio of the medians.
 double median_ratio(const Samples& rounds, const Samples& yardstick_rounds);
+
+// The ratio of the best rounds: what little is left to measure when the machine is busy.
+double best_ratio(const Samples& rounds, const Samples& yardstick_rounds);

@@ -60,8 +60,8 @@ void measure_storm(Bench& bench) {
         for (int round = 0; round < 5; ++round) {
             notices.push_back(notices_a_second(session, count));
         }
-        bench.results.plain("Notices of the camera, a storm of " + std::to_string(count),
-                            median(notices), "a second");
+        bench.results.plain("Notices of the camera, a storm of " + grouped(count), median(notices),
+                            "a second");
     }
     for (int round = 0; round < 5; ++round) {
         files.push_back(files_a_second(session, 5'000));
