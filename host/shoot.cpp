@@ -28,7 +28,14 @@ void Shoot::enter(State state, TimePoint deadline) {
 
 void Shoot::stop(const std::string& trouble) {
     report_.troubles.push_back(trouble);
+    shot_cut_off_ = shot_cut_off_ || state_ == State::shooting;
     enter(State::over, TimePoint::max());
+}
+
+void Shoot::conclude() {
+    if (shot_cut_off_ && has_too_few_pictures(report_.shots.back())) {
+        lose_shot("was cut off");
+    }
 }
 
 void Shoot::hear(std::string_view line, TimePoint at) {

@@ -46,6 +46,7 @@ class Shoot {
     void hear(std::string_view line, host::TimePoint at);
     void pass(host::TimePoint now);  // the deadline has passed
     void stop(const std::string& trouble);
+    void conclude();  // nothing more will be heard
 
     host::TimePoint deadline() const {
         return deadline_;
@@ -92,6 +93,7 @@ class Shoot {
     void take_picture(const std::filesystem::path& file, host::TimePoint at);
     void add_picture(Shot& shot, const Picture& picture, host::TimePoint at);
     void give_pictures_up(host::TimePoint now);
+    bool has_too_few_pictures(const Shot& shot) const;
     void lose_shot(const std::string& how);
     bool may_be_alone() const;
     bool has_all_pictures(const Shot& shot) const;
@@ -103,8 +105,9 @@ class Shoot {
     host::TimePoint deadline_;
     unsigned failed_connects_ = 0;
     unsigned disconnects_to_come_ = 0;  // answers to our own DISCONNECT
-    bool handle_held_ = false;  // the worker must give its handle back before the next CONNECT
-    std::string save_dest_;     // in force, as the worker reported it
+    bool handle_held_ = false;   // the worker must give its handle back before the next CONNECT
+    bool shot_cut_off_ = false;  // stopped while its pictures were on their way
+    std::string save_dest_;      // in force, as the worker reported it
     std::string file_type_;
     Report report_;
 };

@@ -51,7 +51,8 @@ void Shoot::take_picture(const std::filesystem::path& file, TimePoint at) {
             return add_picture(shot, {file, *bytes, at - shot.fired}, at);
         }
     }
-    if (state_ == State::shooting) {
+    const bool late = shot_cut_off_ && report_.shots.back().pictures.empty();
+    if (state_ == State::shooting || late) {
         Shot& shot = report_.shots.back();
         return add_picture(shot, {file, *bytes, at - shot.fired}, at);
     }
@@ -71,12 +72,17 @@ void Shoot::add_picture(Shot& shot, const Picture& picture, TimePoint at) {
 }
 
 void Shoot::give_pictures_up(TimePoint now) {
-    const bool none = report_.shots.back().pictures.empty();
-    if (none || !may_be_alone()) {
-        lose_shot(std::string(none ? "brought no picture" : "brought only half of its pair") +
+    const Shot& shot = report_.shots.back();
+    if (has_too_few_pictures(shot)) {
+        lose_shot(std::string(shot.pictures.empty() ? "brought no picture"
+                                                    : "brought only half of its pair") +
                   " in time");
     }
     go_on(now);
+}
+
+bool Shoot::has_too_few_pictures(const Shot& shot) const {
+    return !has_all_pictures(shot) && (shot.pictures.empty() || !may_be_alone());
 }
 
 void Shoot::lose_shot(const std::string& why) {

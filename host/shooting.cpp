@@ -79,6 +79,7 @@ int carry_out(const Plan& plan, const host::SpawnRequest& worker, Terminal& term
     if (!worker_ended) {
         hear_the_rest(shoot, conversation);
     }
+    shoot.conclude();
     for (const std::string& trouble : conversation.conclude()) {
         shoot.stop(trouble);
     }

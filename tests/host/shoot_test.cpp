@@ -129,6 +129,37 @@ TEST_F(ShootTest, AShotWithoutAPictureIsGivenUp) {
     EXPECT_EQ(said(), Lines{"CAPTURE"});
 }
 
+TEST_F(ShootTest, AShotThatIsCutOffIsLost) {
+    begin_with_camera();
+    shoot_->stop("interrupted");
+    shoot_->stop("the worker had to be killed");
+    shoot_->conclude();
+    EXPECT_EQ(report().troubles,
+              (Lines{"interrupted", "the worker had to be killed", "shot 1 of 2 was cut off"}));
+    EXPECT_EQ(report().without_picture, 1u);
+}
+
+TEST_F(ShootTest, APictureThatComesAfterTheCutIsItsShots) {
+    begin_with_camera();
+    shoot_->stop("interrupted");
+    land("DSC00001.JPG");
+    land("DSC00002.JPG");
+    shoot_->conclude();
+    EXPECT_EQ(report().troubles, Lines{"interrupted"});
+    EXPECT_EQ(report().without_picture, 0u);
+    EXPECT_EQ(report().shots[0].pictures.size(), 1u);
+    EXPECT_EQ(report().unasked.size(), 1u);
+}
+
+TEST_F(ShootTest, BetweenShotsThereIsNothingToCutOff) {
+    plan_.every = seconds(5);
+    begin_with_camera();
+    land("DSC00001.JPG");
+    shoot_->stop("interrupted");
+    shoot_->conclude();
+    EXPECT_EQ(report().troubles, Lines{"interrupted"});
+}
+
 TEST_F(ShootTest, ARawPairNeedsBothHalves) {
     type_ = "both";
     begin_with_camera();
