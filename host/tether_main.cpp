@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "host/bundle.h"
+#include "host/doctor/checks.h"
 #include "host/doctor/examination.h"
 #include "host/events.h"
 #include "host/interactive.h"
@@ -138,6 +139,10 @@ int main(int argc, char** argv) {
     options.plan.folder = fs::canonical(options.folder, failure);
     if (failure) {
         return wrong("cannot use the folder " + options.folder + ": " + failure.message());
+    }
+    const doctor::Finding folder = doctor::folder_takes_pictures(options.plan.folder);
+    if (folder.verdict == doctor::Verdict::failure) {
+        return wrong(folder.text);
     }
     const auto start = host::Clock::now();
     tether::Record record(start, options.redact);

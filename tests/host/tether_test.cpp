@@ -306,6 +306,7 @@ TEST_F(TetherTest, WrongArgumentsGetOneSentence) {
         {"--scene", "/no/such/scene"},
         {"--pictures", folder_ / "file"},
         {"--folder", folder_ / "file/inside"},
+        {"--folder", folder_ / "file"},
         {"--record", folder_ / "no/such/record"},
         {"--redact"},
         {"--record", folder_},
