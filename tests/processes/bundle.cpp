@@ -3,49 +3,16 @@
 #include "host/bundle.h"
 
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <string>
 
+#include "tests/processes/bundle_copy.h"
 #include "tests/processes/live_worker.h"
 #include "tests/processes/pace.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// A copy of the bundle in a folder of this name; goes with this object.
-class Copy {
-  public:
-    explicit Copy(const std::string& name) {
-        char pattern[] = "/tmp/processes-XXXXXX";
-        top_ = mkdtemp(pattern);
-        fs::create_directories(folder() / name);
-        contents_ = folder() / name / "Contents";
-        const fs::path original = host::worker_beside_this_program().parent_path().parent_path();
-        fs::copy(original, contents_, fs::copy_options::recursive);
-    }
-    ~Copy() {
-        fs::remove_all(top_);
-    }
-    Copy(const Copy&) = delete;
-    Copy& operator=(const Copy&) = delete;
-
-    fs::path folder() const {
-        return fs::canonical(top_);
-    }
-    fs::path contents() const {
-        return contents_;
-    }
-    fs::path worker() const {
-        return contents_ / "MacOS/sony-worker";
-    }
-
-  private:
-    fs::path top_;
-    fs::path contents_;
-};
 
 Plan with(const fs::path& worker) {
     Plan plan;
@@ -63,7 +30,7 @@ void expect_adapters_line(LiveWorker& worker, const std::string& line) {
 TEST(Bundle, MayStandInAFolderOfAnyName) {
     for (const char* name : {"a folder", "Größe 写真", "100% | $ORIGIN 'quoted' \"twice\"",
                              "\xFF\xFE", "-n", "a\tb;c&d*"}) {
-        const Copy copy(name);
+        const BundleCopy copy(name);
         LiveWorker worker(with(copy.worker()));
         expect_adapters_line(
             worker, "found: " + (copy.contents() / "MacOS").string() + "/../Frameworks/CrAdapter");
@@ -71,7 +38,7 @@ TEST(Bundle, MayStandInAFolderOfAnyName) {
 }
 
 TEST(Bundle, AMissingAdapterIsReportedAndNothingElse) {
-    const Copy copy("Bundle");
+    const BundleCopy copy("Bundle");
     fs::remove(copy.contents() / "Frameworks/CrAdapter/libCr_PTP_USB.dylib");
     LiveWorker worker(with(copy.worker()));
     expect_adapters_line(worker,
@@ -83,7 +50,7 @@ TEST(Bundle, IsFoundThroughSymbolicLinks) {
 #if defined(__APPLE__)
     GTEST_SKIP() << "here the worker is found where it was started, link or not";
 #endif
-    const Copy copy("Bundle");
+    const BundleCopy copy("Bundle");
     const std::string found =
         "found: " + (copy.contents() / "MacOS").string() + "/../Frameworks/CrAdapter";
 
@@ -99,7 +66,7 @@ TEST(Bundle, IsFoundThroughSymbolicLinks) {
 }
 
 TEST(Bundle, MayBeStartedByARelativePath) {
-    const Copy copy("Bundle");
+    const BundleCopy copy("Bundle");
     Plan plan = with(copy.worker());
     plan.shell = "cd \"${1%/*}/..\" && exec MacOS/sony-worker";
     LiveWorker worker(plan);

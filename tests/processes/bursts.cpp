@@ -25,4 +25,25 @@ TEST(Bursts, AMillionLinesAtOnceAreAnsweredInOrder) {
     EXPECT_TRUE(worker.exit().clean());
 }
 
+// The loop hangs in the SDK while they come, so that all of them wait in the queue.
+TEST(Bursts, AHundredThousandLinesWaitForABusyLoop) {
+    constexpr int lines = 100'000;
+    std::string bytes;
+    for (int line = 1; line <= lines; ++line) {
+        bytes += "line " + std::to_string(line) + "\n";
+    }
+    LiveWorker worker({"next SendCommand hangs"});
+    worker.bring_session_up();
+    worker.send("CAPTURE");
+    EXPECT_TRUE(worker.await_call("SendCommand 0 1"));
+    // More than the pipe and the reader's buffer hold.
+    EXPECT_TRUE(worker.send_bytes(bytes));
+    worker.tell_camera("resume");
+    EXPECT_EQ(worker.next(), "REMOTE_CAPTURED|OK");
+    for (int line = 1; line <= lines; ++line) {
+        ASSERT_EQ(worker.next(), "ERROR|Unknown command: line " + std::to_string(line));
+    }
+    worker.expect_prompt_end([&] { worker.send("QUIT"); });
+}
+
 }  // namespace

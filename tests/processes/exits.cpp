@@ -81,19 +81,25 @@ TEST(Exits, AnSdkThatCannotBeStartedGivesStatus1) {
 // Three seconds are counted from the end of the loop, wherever the SDK hangs. The workers run at
 // the same time.
 TEST(Exits, ASdkThatHangsIsLeftAfterThreeSeconds) {
-    const std::vector<std::string> hanging{"Disconnect 1", "ReleaseDevice 1", "Release"};
+    constexpr std::size_t shutdowns = 20;
+    const std::string hanging[] = {"Disconnect 1", "ReleaseDevice 1", "Release"};
+    const auto call = [&hanging](std::size_t number) {
+        return hanging[number % 3];
+    };
     std::vector<std::unique_ptr<LiveWorker>> workers;
-    std::vector<host::TimePoint> asked;
-    for (const std::string& call : hanging) {
-        const std::string function = call.substr(0, call.find(' '));
+    for (std::size_t number = 0; number < shutdowns; ++number) {
+        const std::string function = call(number).substr(0, call(number).find(' '));
         workers.push_back(std::make_unique<LiveWorker>(Plan{"next " + function + " hangs"}));
         workers.back()->bring_session_up();
-        asked.push_back(host::Clock::now());
-        workers.back()->send("QUIT");
     }
-    for (std::size_t number = 0; number < workers.size(); ++number) {
-        SCOPED_TRACE(hanging[number]);
-        EXPECT_TRUE(workers[number]->await_call(hanging[number]));
+    std::vector<host::TimePoint> asked;
+    for (const auto& worker : workers) {
+        asked.push_back(host::Clock::now());
+        worker->send("QUIT");
+    }
+    for (std::size_t number = 0; number < shutdowns; ++number) {
+        SCOPED_TRACE(call(number));
+        EXPECT_TRUE(workers[number]->await_call(call(number)));
         const host::Exit exit = workers[number]->exit();
         EXPECT_EQ(describe(exit), "status 0");
         EXPECT_GE(exit.at - asked[number], exit_deadline);

@@ -3,34 +3,13 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "tests/processes/commands_in.h"
 #include "tests/processes/live_worker.h"
 #include "tests/processes/pace.h"
 
 namespace {
-
-// The commands that these bytes are: pieces of at most 4095 bytes that end at a line feed, each
-// without what stands behind a zero byte and without its trailing line ends; empty ones are none.
-std::vector<std::string> commands_in(std::string_view bytes) {
-    constexpr std::size_t longest = 4095;
-    std::vector<std::string> commands;
-    while (!bytes.empty()) {
-        const std::size_t feed = bytes.find('\n');
-        const std::size_t line = feed == std::string_view::npos ? bytes.size() : feed + 1;
-        std::string command(bytes.substr(0, std::min(line, longest)));
-        bytes.remove_prefix(command.size());
-        command.resize(std::min(command.size(), command.find('\0')));
-        while (!command.empty() && (command.back() == '\n' || command.back() == '\r')) {
-            command.pop_back();
-        }
-        if (!command.empty()) {
-            commands.push_back(command);
-        }
-    }
-    return commands;
-}
 
 // All of the commands must be ones that the worker does not know.
 void expect_commands(const std::string& bytes, const std::vector<std::string>& commands) {
@@ -103,6 +82,35 @@ TEST(Framing, ALineMayArriveByteByByte) {
     }
     EXPECT_EQ(worker.next(), "ERROR|Unknown command: slow");
     EXPECT_EQ(worker.next(), "PRIME_DONE|OK");
+    worker.expect_prompt_end([&] { worker.send("QUIT"); });
+}
+
+// Around the reader's buffer once and twice, in one write and in two, cut where a line or a piece
+// of one ends.
+TEST(Framing, EveryLengthAroundTheBufferHasItsCommandsHoweverItIsCut) {
+    const std::string endings[] = {"\n", "\r\n", "\r", "\n\r\n", std::string("\0\n", 2), ""};
+    LiveWorker worker;
+    worker.expect_opening();
+    const auto expect_after_two_writes = [&worker](const std::string& bytes, std::size_t cut) {
+        EXPECT_TRUE(worker.send_bytes(bytes.substr(0, cut)));
+        EXPECT_TRUE(worker.send_bytes(bytes.substr(cut)));
+        for (const std::string& command : commands_in(bytes)) {
+            EXPECT_EQ(worker.next(), "ERROR|Unknown command: " + command) << bytes.size() << cut;
+        }
+    };
+    for (const std::size_t middle : {4095U, 8190U}) {
+        for (std::size_t length = middle - 5; length <= middle + 5; ++length) {
+            for (const std::string& ending : endings) {
+                // Behind a line without an end comes its end, and always a line that is whole.
+                const std::string bytes = std::string(length, 'x') + ending + "y\nafter\n";
+                for (const std::size_t cut :
+                     {std::size_t{0}, std::size_t{1}, length - 1, length, length + 1,
+                      bytes.size() - 7, std::size_t{4094}, std::size_t{4095}, std::size_t{4096}}) {
+                    expect_after_two_writes(bytes, cut);
+                }
+            }
+        }
+    }
     worker.expect_prompt_end([&] { worker.send("QUIT"); });
 }
 

@@ -1,13 +1,21 @@
-// What escaping and decoding promise for every text, tried on every short one.
+// What escaping and decoding promise for every text, tried on every short one. In sanitized builds
+// only on some of them: there are thirty million.
 
 #include <cstddef>
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "protocol/fields.h"
 
 namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool sanitized = true;
+#else
+constexpr bool sanitized = false;
+#endif
 
 std::string all_bytes() {
     std::string bytes;
@@ -15,52 +23,6 @@ std::string all_bytes() {
         bytes += static_cast<char>(byte);
     }
     return bytes;
-}
-
-// Every byte that the codec looks at, neighbours of each, and bytes at the ends of the range.
-std::string reduced_alphabet() {
-    using namespace std::string_literals;
-    return "\0\x01\t\n\v\f\r $%&'01234567:9@ABCDEZ`abcdez{|}~\x7F\x80\xFF"s;
-}
-
-constexpr std::string_view special_bytes = "%|\n\r257Cc0AaDd";
-
-// Calls `check` with every text of exactly `length` bytes of the alphabet; ends at the first one
-// that it refuses.
-template <typename Check>
-void for_every_text(std::string_view alphabet, std::size_t length, const Check& check) {
-    std::string text(length, alphabet.front());
-    std::string places(length, '\0');
-    for (;;) {
-        ASSERT_TRUE(check(text)) << testing::PrintToString(text);
-        std::size_t position = 0;
-        while (position < length) {
-            const auto next =
-                static_cast<std::size_t>(static_cast<unsigned char>(places[position])) + 1;
-            if (next < alphabet.size()) {
-                places[position] = static_cast<char>(next);
-                text[position] = alphabet[next];
-                break;
-            }
-            places[position] = '\0';
-            text[position] = alphabet.front();
-            ++position;
-        }
-        if (position == length) {
-            return;
-        }
-    }
-}
-
-template <typename Check>
-void for_every_short_text(const Check& check) {
-    for (std::size_t length = 0; length <= 2; ++length) {
-        for_every_text(all_bytes(), length, check);
-    }
-    for_every_text(reduced_alphabet(), 3, check);
-    for (std::size_t length = 3; length <= 6; ++length) {
-        for_every_text(special_bytes, length, check);
-    }
 }
 
 // The codec said in another way: at each place, the first of these that fits.
@@ -76,7 +38,7 @@ std::string decoded_by_table(std::string_view field) {
         char byte = field.front();
         std::size_t length = 1;
         for (const Escape& row : escapes) {
-            if (field.substr(0, row.escape.size()) == row.escape) {
+            if (byte == '%' && field.substr(0, row.escape.size()) == row.escape) {
                 byte = row.byte;
                 length = row.escape.size();
             }
@@ -87,27 +49,62 @@ std::string decoded_by_table(std::string_view field) {
     return text;
 }
 
-TEST(Codec, LosesNothing) {
-    for_every_short_text(
-        [](const std::string& text) { return decode_field(escape_field(text)) == text; });
+// The promise that is broken for this text; nothing when all are kept.
+std::string_view broken_promise(const std::string& text) {
+    const std::string field = escape_field(text);
+    if (decode_field(field) != text) {
+        return "an escaped text is decoded to itself";
+    }
+    if (field.find_first_of("|\n\r") != std::string::npos) {
+        return "an escaped text is one field of one line";
+    }
+    const std::string decoded = decode_field(text);
+    if (decoded.size() > text.size() || decoded.empty() != text.empty()) {
+        return "decoding never lengthens and never empties";
+    }
+    if (decoded != (text.find('%') == std::string::npos ? text : decoded_by_table(text))) {
+        return "any text is decoded as the table says";
+    }
+    return {};
 }
 
-TEST(Codec, AnEscapedFieldIsOneFieldOfOneLine) {
-    for_every_short_text([](const std::string& text) {
-        return escape_field(text).find_first_of("|\n\r") == std::string::npos;
-    });
+// Counts to the next text of the same length, with the bytes of the alphabet as digits; false at
+// the end. `digits` are the places of the text's bytes in the alphabet.
+bool advance(std::string& text, std::vector<std::size_t>& digits, std::string_view alphabet) {
+    for (std::size_t position = 0; position < text.size(); ++position) {
+        digits[position] = (digits[position] + 1) % alphabet.size();
+        text[position] = alphabet[digits[position]];
+        if (digits[position] != 0) {
+            return true;
+        }
+    }
+    return false;
 }
 
-TEST(Codec, DecodesAnyTextAsTheTableSays) {
-    for_every_short_text(
-        [](const std::string& text) { return decode_field(text) == decoded_by_table(text); });
+// Tries every text of at most `longest` bytes of the alphabet.
+void try_every_text(std::string_view alphabet, std::size_t longest) {
+    for (std::size_t length = 0; length <= longest; ++length) {
+        std::string text(length, alphabet.front());
+        std::vector<std::size_t> digits(length);
+        do {
+            const std::string_view broken = broken_promise(text);
+            if (!broken.empty()) {
+                FAIL() << broken << ": " << testing::PrintToString(text);
+            }
+        } while (advance(text, digits, alphabet));
+    }
 }
 
-TEST(Codec, DecodingNeverLengthensAndNeverEmpties) {
-    for_every_short_text([](const std::string& text) {
-        const std::string decoded = decode_field(text);
-        return decoded.size() <= text.size() && decoded.empty() == text.empty();
-    });
+TEST(Codec, KeepsItsPromisesForAllBytes) {
+    try_every_text(all_bytes(), sanitized ? 1 : 3);
+}
+
+TEST(Codec, KeepsItsPromisesForTheBytesOfTwoEscapesAndASeparator) {
+    try_every_text("%257C0A|", sanitized ? 5 : 8);
+}
+
+TEST(Codec, KeepsItsPromisesForEveryByteThatItLooksAt) {
+    try_every_text("%|\n\r257Cc0AaDd", sanitized ? 3 : 5);
 }
 
 }  // namespace

@@ -1,0 +1,273 @@
+// The worker's reader, main loop and callbacks on the virtual camera: any bytes from the host, any
+// happenings at the camera, hostile names and numbers.
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <stdlib.h>
+#include <string>
+
+#include "session/sony_worker.h"
+#include "simulator/delivery.h"
+#include "simulator/develop.h"
+#include "simulator/scene/language.h"
+#include "simulator/shots.h"
+#include "simulator/state.h"
+#include "tests/fuzz/bytes.h"
+#include "tests/fuzz/given_input.h"
+#include "tests/fuzz/instant.h"
+#include "tests/fuzz/taken_output.h"
+#include "worker/command_queue.h"
+#include "worker/dispatch.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The one place where files may be made; goes when the process does not die.
+class Folder {
+  public:
+    Folder() {
+        char pattern[] = "/tmp/fuzz-XXXXXX";
+        path_ = mkdtemp(pattern);
+    }
+    ~Folder() {
+        fs::remove_all(path_);
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    const std::string& path() const {
+        return path_;
+    }
+
+  private:
+    std::string path_;
+};
+const Folder g_folder;
+
+// What follows a name stands in for a number, a text or nothing: # and $ are drawn.
+constexpr const char* scene_lines[] = {"card in",
+                                       "card out",
+                                       "card full",
+                                       "dial jpeg",
+                                       "dial raw",
+                                       "dial both",
+                                       "dial heif",
+                                       "dial #",
+                                       "shutter",
+                                       "counter 9999",
+                                       "unplug",
+                                       "unplug reconnecting",
+                                       "plug",
+                                       "flap 2",
+                                       "sleep",
+                                       "wake",
+                                       "busy 900ms",
+                                       "busy 30s",
+                                       "set # #",
+                                       "unreadable #",
+                                       "readable #",
+                                       "connected #",
+                                       "disconnected #",
+                                       "warning #",
+                                       "caution",
+                                       "error #",
+                                       "properties # #",
+                                       "properties none",
+                                       "properties null #",
+                                       "deliver $ 0xFFFFFFFF",
+                                       "deliver $ #",
+                                       "deliver null 0xFFFFFFFF",
+                                       "storm 20 # #",
+                                       "answer normal",
+                                       "answer held",
+                                       "answer never",
+                                       "answer before return",
+                                       "answer error #",
+                                       "answer disconnected #",
+                                       "answer now",
+                                       "no camera",
+                                       "camera missing",
+                                       "camera $ over USB",
+                                       "camera $ over $, card out",
+                                       "camera null over null",
+                                       "camera \"MODEL-A\" over USB",
+                                       "no focus",
+                                       "buffer 1",
+                                       "clear faults",
+                                       "during Release deliver $ 0xFFFFFFFF",
+                                       "during Release storm 20 #",
+                                       "during Release connected #",
+                                       "during Release second disconnected #",
+                                       "next EnumCameraObjects answers #",
+                                       "next EnumCameraObjects answers # with list",
+                                       "next EnumCameraObjects gives null",
+                                       "next EnumCameraObjects gives nothing",
+                                       "next EnumCameraObjects gives 40",
+                                       "next Connect answers #",
+                                       "next Disconnect answers #",
+                                       "next ReleaseDevice answers #",
+                                       "next SetSaveInfo answers #",
+                                       "next SendCommand answers #",
+                                       "next 3 SetDeviceProperty answers 0x8402",
+                                       "every SetDeviceProperty answers #",
+                                       "next SetDeviceProperty # answers #",
+                                       "next 2 GetSelectDeviceProperties answers #",
+                                       "next GetSelectDeviceProperties answers # with array",
+                                       "next 2 GetSelectDeviceProperties gives null",
+                                       "next GetSelectDeviceProperties gives nothing",
+                                       "next GetSelectDeviceProperties gives unreadable",
+                                       "every GetSelectDeviceProperties # gives #",
+                                       "next file truncated",
+                                       "next file missing",
+                                       "next file twice",
+                                       "next file absolute",
+                                       "next file named $",
+                                       "next file named null",
+                                       "next file number #",
+                                       "every pair reversed",
+                                       "every pair half"};
+
+constexpr const char* host_lines[] = {"CONNECT\n",
+                                      "CONNECT|card\n",
+                                      "DISCONNECT\n",
+                                      "SET_DOWNLOAD_DIR|$\n",
+                                      "SET_DOWNLOAD_DIR|\n",
+                                      "SET_SAVE_DEST|disk\n",
+                                      "SET_SAVE_DEST|card\n",
+                                      "SET_SAVE_DEST|both\n",
+                                      "CAPTURE\n",
+                                      "SET_FILE_TYPE|jpeg\n",
+                                      "SET_FILE_TYPE|raw\n",
+                                      "SET_FILE_TYPE|both\n",
+                                      "PRIME\n",
+                                      "__CARD_CHECK\n",
+                                      "__FILETYPE_CHECK\n",
+                                      "__APPLY_SETTINGS\n",
+                                      "__CONNECT_TIMEOUT|1\n"};
+
+std::string quoted(const std::string& text) {
+    constexpr const char* digits = "0123456789ABCDEF";
+    std::string word = "\"";
+    for (const char byte : text) {
+        const auto value = static_cast<unsigned char>(byte);
+        word += {'\\', 'x', digits[value >> 4], digits[value & 15]};
+    }
+    return word + '"';
+}
+
+std::string scene_line(Bytes& bytes) {
+    std::string line = bytes.number(3) == 3 ? "second " : "";
+    for (const char* form = bytes.one_of(scene_lines); *form != '\0'; ++form) {
+        if (*form == '#') {
+            line += std::to_string(bytes.code());
+        } else if (*form == '$') {
+            line += quoted(bytes.text(16));
+        } else {
+            line += *form;
+        }
+    }
+    return line;
+}
+
+std::string host_bytes(Bytes& bytes) {
+    if (bytes.number(7) == 7) {
+        return bytes.text(60) + "\n";
+    }
+    const std::string line = bytes.one_of(host_lines);
+    const std::size_t folder = line.find('$');
+    return folder == std::string::npos ? line : line.substr(0, folder) + g_folder.path() + "\n";
+}
+
+// A line that the camera cannot do now, for want of a session or a camera, changes nothing.
+void tell_camera(const std::string& line) {
+    camera_sim::Hold hold;
+    camera_sim::run_line(line);
+}
+
+// Until every callback has come back and every file has been sent.
+void let_the_camera_finish() {
+    camera_sim::Hold hold;
+    while (!camera_sim::all_delivered() || camera_sim::shots_under_way()) {
+        hold.wait(camera_sim::g_changed);
+    }
+}
+
+void let_the_watchdog_look(SonyWorker& worker) {
+    allow_sleeps(1);
+    try {
+        worker.connect_watchdog_thread();
+    } catch (const Interrupted&) {}
+    allow_all_sleeps();
+}
+
+}  // namespace
+
+// In place of the camera's darkroom: a file of no size, and only in our own folder.
+namespace camera_sim {
+
+const char* ending(PictureKind kind) {
+    return kind == PictureKind::jpeg ? ".JPG" : kind == PictureKind::raw ? ".ARW" : ".HIF";
+}
+
+int make_picture(const Picture&, PictureKind, const std::string& path) {
+    if (path.rfind(g_folder.path() + "/", 0) != 0) {
+        return EACCES;
+    }
+    return std::ofstream(path).good() ? 0 : EIO;
+}
+
+}  // namespace camera_sim
+
+// Every Init says that no real camera is driven.
+extern "C" void
+__wrap__ZN10camera_sim4tellERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE() {}
+
+// The queue is closed for good when the main loop ends; here another run follows.
+extern "C" void __wrap__Z14close_commandsv() {}
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    take_output();
+    end_input();  // so that an empty queue is the end of a run
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    main_thread.assume();
+    Bytes bytes(data, size);
+    SonyWorker worker;
+    worker.init();
+    tell_camera("timing instant");
+    while (bytes.left()) {
+        switch (bytes.number(7)) {
+            case 0:
+            case 1:
+            case 2:
+                tell_camera(scene_line(bytes));
+                break;
+            case 3:
+                put_clock_forward(std::chrono::seconds(bytes.number(21)));
+                let_the_watchdog_look(worker);
+                break;
+            case 4:
+                let_the_camera_finish();
+                break;
+            default: {
+                const std::size_t piece = bytes.number(63) + std::size_t{1};
+                read_as_input(host_bytes(bytes), piece);
+                run_main_loop(worker);
+                taken_lines();
+            }
+        }
+    }
+    let_the_camera_finish();
+    run_main_loop(worker);
+    worker.disconnect(true);
+    sdk::release();
+    taken_lines();
+    while (next_command()) {}
+    return 0;
+}
