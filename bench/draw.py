@@ -127,12 +127,14 @@ def draw_latency(results, folder):
             axes.annotate(f"{median:.1f}", (median, row + 0.8), ha="center", va="bottom",
                           fontsize=9.5, fontweight="bold", color=color)
             far_right = math.log(p99 / low) > 0.75 * math.log(high / low)
-            axes.annotate(f"p99  {p99:.3g}", (p99, row + 0.16), ha="right" if far_right else "left",
+            axes.annotate(f"p99  {p99:,.{1 if p99 < 100 else 0}f}", (p99, row + 0.16), ha="right" if far_right else "left",
                           va="bottom", fontsize=8.5, color=color)
             axes.text(-0.02, row + 0.12, name, transform=axes.get_yaxis_transform(), ha="right",
                       color=color, fontweight="bold")
         axes.set_xscale("log")
-        ticks = [tick for tick in (1, 2, 5, 10, 20, 50, 100, 200, 500, 1000) if low <= tick <= high]
+        near = (1, 2, 3, 4, 5, 6, 8, 10, 12, 15, 20, 30, 40, 50)
+        far = (1, 2, 5, 10, 20, 50, 100, 200, 500, 1000)
+        ticks = [tick for tick in (near if high < 15 * low else far) if low <= tick <= high]
         axes.set_xticks(ticks, [f"{tick}" for tick in ticks])
         axes.minorticks_off()
         axes.set(ylim=(-0.05, len(curves) + 0.05), yticks=[], xlim=(low, high), xlabel="µs")
