@@ -1,20 +1,14 @@
 #include "tests/explore/races.h"
 
-#include <cstdio>
 #include <cstring>
-#include <dlfcn.h>
-#include <string>
 
+#include "tests/explore/race_reports.h"
 #include "tests/explore/scheduler.h"
 #include "tests/explore/worker_memory.h"
 
 namespace explore {
 
 namespace {
-
-// Marks in the shadow, in the place of a fiber's number.
-constexpr int freed = 14;
-constexpr int several_readers = 15;
 
 // The readers of a byte that several fibers have read without order between them.
 struct Readers {
@@ -25,63 +19,8 @@ constexpr std::uint32_t most_readers = 1U << 16;
 Readers g_readers[most_readers];
 std::uint32_t g_readers_used = 0;
 
-const void* g_watched = nullptr;
-
 constexpr std::size_t block = 8;
 constexpr std::size_t nowhere = ~std::size_t{0};
-
-std::string place_of(const void* address) {
-    const char* const byte = static_cast<const char*>(address);
-    char text[96];
-    if (byte >= worker_memory.data && byte < worker_memory.data + worker_memory.data_size) {
-        Dl_info symbol{};
-        dladdr(address, &symbol);
-        std::snprintf(text, sizeof text, "global %s+%td",
-                      symbol.dli_sname != nullptr ? symbol.dli_sname : "data",
-                      symbol.dli_sname != nullptr ? byte - static_cast<char*>(symbol.dli_saddr)
-                                                  : byte - worker_memory.data);
-    } else if (byte < worker_memory.region + heap_size) {
-        std::snprintf(text, sizeof text, "heap+%td", byte - worker_memory.region);
-    } else {
-        const auto fiber =
-            static_cast<std::size_t>(byte - worker_memory.region - heap_size) / stack_size;
-        std::snprintf(text, sizeof text, "stack of %s, %td below its top", run.fibers[fiber].name,
-                      stack_of(static_cast<int>(fiber) + 1) - byte);
-    }
-    return text;
-}
-
-std::string code_at(const void* code) {
-    Dl_info symbol{};
-    if (dladdr(code, &symbol) == 0) {
-        return "unknown code";
-    }
-    char text[512];
-    std::snprintf(text, sizeof text, "%s (library+0x%tx)",
-                  symbol.dli_sname != nullptr ? symbol.dli_sname : "a local function",
-                  static_cast<const char*>(code) - static_cast<char*>(symbol.dli_fbase));
-    return text;
-}
-
-[[noreturn]] void tell_race(const void* address, Epoch other, const char* what, const void* code) {
-    const std::string place = place_of(address);
-    const std::string where = code_at(code);
-    if (fiber_of(other) == freed) {
-        complain("%s touches freed memory: %s, %s", run.self->name, place.c_str(), where.c_str());
-    }
-    const char* const whose =
-        fiber_of(other) < most_fibers ? run.fibers[fiber_of(other)].name : "several threads";
-    complain("data race: %s %s %s without order, in %s", run.self->name, what,
-             (place + " touched by " + whose).c_str(), where.c_str());
-}
-
-void tell_access(const void* address, std::size_t size, const char* what, const void* code) {
-    const char* const byte = static_cast<const char*>(address);
-    if (g_watched != nullptr && g_watched >= byte && g_watched < byte + size) {
-        std::fprintf(stderr, "  %s %s %zu bytes in %s\n", run.self->name, what, size,
-                     code_at(code).c_str());
-    }
-}
 
 // The place of a byte in the shadow; nowhere when it needs no check.
 inline std::size_t shadow_of(const void* address, const void* code) {
@@ -226,14 +165,10 @@ inline bool write_alike(std::size_t place, Epoch moment) {
     return true;
 }
 
-// True when the access is told, or needs no check.
-inline bool unchecked(const void* address, std::size_t size, const char* what, const void* code,
-                      std::size_t& place) {
+// Otherwise `place` is where its shadow begins.
+inline bool unchecked(const void* address, const void* code, std::size_t& place) {
     if (run.self == nullptr) {
         return true;
-    }
-    if (__builtin_expect(g_watched != nullptr, 0)) {
-        tell_access(address, size, what, code);
     }
     place = shadow_of(address, code);
     return place == nowhere;
@@ -247,7 +182,7 @@ inline Epoch current_moment() {
 
 void reads(const void* address, std::size_t size, const void* code) {
     std::size_t place = 0;
-    if (size == 0 || unchecked(address, size, "reads", code, place)) {
+    if (size == 0 || unchecked(address, code, place)) {
         return;
     }
     const Epoch moment = current_moment();
@@ -264,7 +199,7 @@ void reads(const void* address, std::size_t size, const void* code) {
 
 void writes(const void* address, std::size_t size, const void* code) {
     std::size_t place = 0;
-    if (size == 0 || unchecked(address, size, "writes", code, place)) {
+    if (size == 0 || unchecked(address, code, place)) {
         return;
     }
     const Epoch moment = current_moment();
@@ -282,7 +217,7 @@ void writes(const void* address, std::size_t size, const void* code) {
 template <std::size_t size>
 void reads(const void* address, const void* code) {
     std::size_t place = 0;
-    if (unchecked(address, size, "reads", code, place)) {
+    if (unchecked(address, code, place)) {
         return;
     }
     const Epoch moment = current_moment();
@@ -299,7 +234,7 @@ void reads(const void* address, const void* code) {
 template <std::size_t size>
 void writes(const void* address, const void* code) {
     std::size_t place = 0;
-    if (unchecked(address, size, "writes", code, place)) {
+    if (unchecked(address, code, place)) {
         return;
     }
     const Epoch moment = current_moment();
@@ -346,10 +281,6 @@ void forbid(const void* address, std::size_t size, const void* code) {
     for (std::size_t i = 0; place != nowhere && i < size; ++i) {
         worker_memory.written[place + i] = epoch(freed, run.first_tick + 1);
     }
-}
-
-void watch(const void* address) {
-    g_watched = address;
 }
 
 std::uint32_t marks_used() {

@@ -23,9 +23,6 @@ void reads(const void* address, const void* code);
 template <std::size_t size>
 void writes(const void* address, const void* code);
 
-// Tells about every access to this byte on standard error, to explain a race that is known.
-void watch(const void* address);
-
 // How many marks this run has used; the next run's ticks begin above them.
 std::uint32_t marks_used();
 void forget_marks();
