@@ -63,23 +63,26 @@ std::string right_run_path(ProgramFile::Format format) {
                                               : "@executable_path/../Frameworks/SonySDK";
 }
 
-std::optional<fs::path> sdk_library(const Bundle& bundle, const Image& worker) {
+std::optional<std::string> sdk_library_name(const Image& worker) {
+    for (const std::string& library : worker.libraries) {
+        if (fs::path(library).filename().string().find(sdk_name) != std::string::npos) {
+            return library;
+        }
+    }
+    return std::nullopt;
+}
+
+fs::path sdk_library(const Bundle& bundle, const Image& worker, const std::string& name) {
     std::error_code failure;
     // The loader counts from where the program really is.
     const fs::path folder = fs::weakly_canonical(bundle.worker, failure).parent_path();
-    for (const std::string& library : worker.libraries) {
-        if (fs::path(library).filename().string().find(sdk_name) == std::string::npos) {
-            continue;
+    const auto candidates = places(name, worker, folder);
+    for (const fs::path& candidate : candidates) {
+        if (fs::exists(candidate, failure)) {
+            return candidate.lexically_normal();
         }
-        const auto candidates = places(library, worker, folder);
-        for (const fs::path& candidate : candidates) {
-            if (fs::exists(candidate, failure)) {
-                return candidate.lexically_normal();
-            }
-        }
-        return candidates.empty() ? fs::path(library) : candidates.front().lexically_normal();
     }
-    return std::nullopt;
+    return candidates.empty() ? fs::path(name) : candidates.front().lexically_normal();
 }
 
 bool is_simulated(const fs::path& library) {

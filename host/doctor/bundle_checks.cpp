@@ -42,29 +42,35 @@ const Image* image_for(const ProgramFile& program, const std::string& processor)
 
 // One for each processor, mostly the same for all.
 Finding sdk_of_image(const Bundle& bundle, const ProgramFile& worker, const Image& image) {
-    const auto library = sdk_library(bundle, image);
-    if (!library) {
+    const auto called = sdk_library_name(image);
+    if (!called) {
         return warning("SDK library: the worker names none",
                        "Either the SDK is linked into the worker, or it was built without one.");
     }
-    const std::string name = name_in(bundle, *library);
-    if (const std::string why = why_missing(*library); !why.empty()) {
+    const fs::path library = sdk_library(bundle, image, *called);
+    const std::string name = name_in(bundle, library);
+    if (const std::string why = why_missing(library); !why.empty()) {
         return failure("SDK library: " + name + " " + why, copy_the_sdk);
     }
-    const auto program = read_program_file(*library);
+    const auto program = read_program_file(library);
     if (!program || program->format != worker.format || !image_for(*program, image.processor)) {
         return failure("SDK library: " + name + " is " +
                            (program ? "for " + describe(*program) : "no library") +
                            ", the worker for " + describe(worker),
                        "Take the SDK for the system and processor of the worker.");
     }
-    if (is_simulated(*library)) {
+    if (fs::path(*called).is_absolute()) {
+        return warning("SDK library: " + *called + ", wherever the bundle is",
+                       "It will be missing elsewhere. The library must call itself by its mere "
+                       "name, on a Mac @rpath/libCr_Core.dylib.");
+    }
+    if (is_simulated(library)) {
         const std::string text = "SDK library: " + name + ", simulated: the virtual camera";
         return lies_in_an_application(bundle)
                    ? warning(text, "No real camera will ever be found. Build with SONY_SDK_ROOT.")
                    : ok(text);
     }
-    if (name == library->string()) {
+    if (name == library.string()) {
         return warning("SDK library: " + name + ", the maker's, outside of the bundle",
                        "It will be missing elsewhere. " + copy_the_sdk);
     }

@@ -14,8 +14,9 @@ bool is_for(const ProgramFile& program, const System& system) {
 }
 
 bool drives_the_virtual_camera(const Bundle& bundle, const ProgramFile& worker) {
-    const auto library = sdk_library(bundle, worker.images.front());
-    return library && is_simulated(*library);
+    const Image& image = worker.images.front();
+    const auto name = sdk_library_name(image);
+    return name && is_simulated(sdk_library(bundle, image, *name));
 }
 
 void print(const Finding& finding) {

@@ -154,6 +154,13 @@ TEST_F(Bundle, TheSdkLiesElsewhere) {
                   ", the maker's, outside of the bundle");
 }
 
+TEST_F(Bundle, TheSdkIsCalledByItsWholePath) {
+    auto program = *doctor::read_program_file(worker);
+    program.images.front().libraries = {sdk};
+    EXPECT_EQ(said(doctor::sdk_is_there(bundle(), program)),
+              "warn SDK library: " + sdk.string() + ", wherever the bundle is");
+}
+
 TEST_F(Bundle, TheLoaderIsFollowed) {
     struct Case {
         std::string library;
@@ -170,10 +177,9 @@ TEST_F(Bundle, TheLoaderIsFollowed) {
         {"/usr/lib/libCr_Core.dylib", "/opt", "/usr/lib/libCr_Core.dylib"},
     };
     for (const Case& one : cases) {
-        EXPECT_EQ(doctor::sdk_library(bundle(), {"arm64", {"libc", one.library}, {one.run_path}}),
+        EXPECT_EQ(doctor::sdk_library(bundle(), {"arm64", {}, {one.run_path}}, one.library),
                   one.found);
     }
-    EXPECT_EQ(doctor::sdk_library(bundle(), {"arm64", {"libc"}, {"/opt"}}), std::nullopt);
 }
 
 TEST_F(Bundle, TheWorkerNamesNoSdk) {
