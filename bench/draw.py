@@ -35,8 +35,10 @@ class Results:
         return [(curve["name"], np.array(curve["points"]))
                 for curve in self.all["curves"] if curve["picture"] == picture]
 
-    def pictures(self, *names):
-        return [name for name in names if self.curves(name)]
+    def pictures(self, subject):
+        """Those of one subject, for each choice of cores that it was measured on."""
+        return [picture for picture in dict.fromkeys(curve["picture"] for curve in self.all["curves"])
+                if picture.startswith(subject + ", ")]
 
 
 def number(value, like=None):
@@ -101,7 +103,7 @@ def draw_bounds(results, folder):
 
 def draw_latency(results, folder):
     """Distributions one above the other, with the median and the 99th percentile."""
-    pictures = results.pictures("latency, one core", "latency, two cores")
+    pictures = results.pictures("latency")
     figure, panels = canvas("One line there, one line back",
                             "Round trips of PRELOAD: distribution, median and 99th percentile, in microseconds",
                             len(pictures), height=4.2)
@@ -145,7 +147,7 @@ def draw_latency(results, folder):
 
 
 def draw_burst(results, folder):
-    pictures = results.pictures("burst, one core", "burst, two cores")
+    pictures = results.pictures("burst")
     figure, panels = canvas("A hundred thousand lines at once",
                             "Lines answered since the first was written, in thousands; each thin line is a round",
                             len(pictures), sharey=True)
@@ -265,9 +267,8 @@ def main():
     folder.mkdir(exist_ok=True)
     timed = json.loads(functions.read_text())["benchmarks"] if functions.exists() else []
     draw_bounds(results, folder)
-    if results.pictures("latency, one core", "latency, two cores"):
-        draw_latency(results, folder)
-        draw_burst(results, folder)
+    draw_latency(results, folder)
+    draw_burst(results, folder)
     if results.curves("memory"):
         draw_memory(results, folder)
     if results.curves("queue"):

@@ -21,9 +21,12 @@ struct Bench {
     int rounds(int thorough, int quickly) const {
         return quick ? quickly : thorough;
     }
-    // Of times: the smaller the better.
+    // Of times: in a few rounds on a busy machine only the best one says something.
+    double typical(const Samples& rounds) const {
+        return quick ? best(rounds) : median(rounds);
+    }
     double ratio(const Samples& rounds, const Samples& yardstick_rounds) const {
-        return quick ? best_ratio(rounds, yardstick_rounds)
+        return quick ? best(rounds) / best(yardstick_rounds)
                      : median_ratio(rounds, yardstick_rounds);
     }
 };
@@ -44,6 +47,9 @@ void measure_storm(Bench& bench);
 void measure_side_by_side(Bench& bench);
 void measure_shutter_to_file(Bench& bench);
 
+// Where processes cannot be kept to their cores.
+constexpr int any_core = 0;
+
 inline std::string on_cores(int cores) {
-    return cores == 1 ? ", one core" : ", two cores";
+    return cores == any_core ? ", any core" : cores == 1 ? ", one core" : ", two cores";
 }

@@ -63,18 +63,18 @@ void measure_burst(Bench& bench, int cores) {
         echo_times.push_back(echo.seconds);
         worker_peaks.push_back(worker.peak);
         echo_peaks.push_back(echo.peak);
-        const std::string picture = cores == 1 ? "burst, one core" : "burst, two cores";
+        const std::string picture = "burst" + on_cores(cores);
         bench.results.curve(thinned("worker", picture, worker));
         bench.results.curve(thinned("echo", picture, echo));
     }
     bench.results.at_least(0.95, "Burst of " + grouped(lines) + " lines" + on_cores(cores),
                            bench.ratio(echo_times, worker_times), "of the echo's pace",
-                           brief(count / median(worker_times)) + " lines a second; echo " +
-                               brief(count / median(echo_times)));
+                           brief(count / bench.typical(worker_times)) + " lines a second; echo " +
+                               brief(count / bench.typical(echo_times)));
     if (worker_peaks.front() > 0) {
         bench.results.at_most(1.2, "Peak memory of the burst" + on_cores(cores),
                               bench.ratio(worker_peaks, echo_peaks), "of the echo",
-                              brief(median(worker_peaks) / megabyte) + " MB; echo " +
-                                  brief(median(echo_peaks) / megabyte));
+                              brief(bench.typical(worker_peaks) / megabyte) + " MB; echo " +
+                                  brief(bench.typical(echo_peaks) / megabyte));
     }
 }

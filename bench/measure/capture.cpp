@@ -90,11 +90,11 @@ void measure_capture(Bench& bench) {
     constexpr double millisecond = 1e3;
     bench.results.at_most(1.002, "CAPTURE to REMOTE_CAPTURED",
                           bench.ratio(all.sequences, all.pauses), "of its two pauses",
-                          brief(median(all.sequences) / millisecond) + " ms, " +
-                              brief(median(all.sequences) - median(all.pauses)) +
+                          brief(bench.typical(all.sequences) / millisecond) + " ms, " +
+                              brief(bench.typical(all.sequences) - bench.typical(all.pauses)) +
                               " µs more than the bare pauses");
     bench.results.at_most(
         1.5, "CAPTURE to the half-press, median", bench.ratio(all.to_half_press, all.ways_in),
         "of the echo's one way",
-        brief(median(all.to_half_press)) + " µs; echo " + brief(median(all.ways_in)));
+        brief(bench.typical(all.to_half_press)) + " µs; echo " + brief(bench.typical(all.ways_in)));
 }

@@ -45,6 +45,7 @@ void measure_download(Bench& bench, int cores) {
     }
     bench.results.at_most(2, "Callback to DOWNLOADED" + on_cores(cores),
                           bench.ratio(times, ways_in), "of the echo's one way",
-                          brief(median(times)) + " µs; echo " + brief(median(ways_in)) + " in, " +
-                              brief(median(ways_out)) + " out");
+                          brief(bench.typical(times)) + " µs; echo " +
+                              brief(bench.typical(ways_in)) + " in, " +
+                              brief(bench.typical(ways_out)) + " out");
 }

@@ -70,7 +70,8 @@ void measure_idle(Bench& bench) {
     const Cost echo = cost(echoes, seconds(duration));
     bench.results.at_most(4.05, "Idle wake-ups", median(worker.wake_ups), "a second",
                           "echo " + brief(median(echo.wake_ups)));
-    bench.results.at_most(
-        1.2, "Idle processor time", bench.ratio(worker.processor, echo.processor), "of the echo",
-        brief(median(worker.processor)) + " µs a second; echo " + brief(median(echo.processor)));
+    bench.results.at_most(1.2, "Idle processor time", bench.ratio(worker.processor, echo.processor),
+                          "of the echo",
+                          brief(bench.typical(worker.processor)) + " µs a second; echo " +
+                              brief(bench.typical(echo.processor)));
 }

@@ -62,10 +62,10 @@ void measure_lines_of_threads(Bench& bench) {
         torn += worker.torn;
         written.push_back(outpour(bench.program("bench_writers"), "write", lines).seconds);
     }
-    bench.results.at_least(
-        0.9, "Lines from eight threads at once", bench.ratio(written, emitted),
-        "of a mutex around one write",
-        brief(count / median(emitted)) + " lines a second; bare " + brief(count / median(written)));
+    bench.results.at_least(0.9, "Lines from eight threads at once", bench.ratio(written, emitted),
+                           "of a mutex around one write",
+                           brief(count / bench.typical(emitted)) + " lines a second; bare " +
+                               brief(count / bench.typical(written)));
     bench.results.at_most(0, "Torn lines", static_cast<double>(torn),
                           "of " + grouped(lines * threads * rounds));
 }

@@ -46,9 +46,10 @@ Curve distribution(const std::string& name, const std::string& picture, const Sa
     return curve;
 }
 
-std::string beside(const Samples& worker, const Samples& echo, const Samples& pipes) {
-    return brief(median(worker)) + " µs; echo " + brief(median(echo)) + ", bare pipes " +
-           brief(median(pipes));
+std::string beside(const Bench& bench, const Samples& worker, const Samples& echo,
+                   const Samples& pipes) {
+    return brief(bench.typical(worker)) + " µs; echo " + brief(bench.typical(echo)) +
+           ", bare pipes " + brief(bench.typical(pipes));
 }
 
 }  // namespace
@@ -74,16 +75,16 @@ void measure_round_trip(Bench& bench, int cores) {
     const bool alone = cores == 1;
     bench.results.at_most(alone ? 1.05 : 1.10, "Round trip" + on_cores(cores) + ", median",
                           bench.ratio(worker.medians, echo.medians), "of the echo",
-                          beside(worker.medians, echo.medians, pipes.medians));
+                          beside(bench, worker.medians, echo.medians, pipes.medians));
     const std::string name = "Round trip" + on_cores(cores) + ", p99";
     const double ratio = bench.ratio(worker.tails, echo.tails);
-    const std::string measured = beside(worker.tails, echo.tails, pipes.tails);
+    const std::string measured = beside(bench, worker.tails, echo.tails, pipes.tails);
     if (alone) {
         bench.results.at_most(1.25, name, ratio, "of the echo", measured);
     } else {
         bench.results.plain(name, ratio, "of the echo", measured);
     }
-    const std::string picture = alone ? "latency, one core" : "latency, two cores";
+    const std::string picture = "latency" + on_cores(cores);
     bench.results.curve(distribution("worker", picture, worker.all));
     bench.results.curve(distribution("echo", picture, echo.all));
     bench.results.curve(distribution("bare pipes", picture, pipes.all));

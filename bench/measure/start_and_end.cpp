@@ -26,8 +26,8 @@ struct Life {
     }
 };
 
-std::string beside(const Samples& worker, const Samples& echo) {
-    return brief(median(worker)) + " µs; echo " + brief(median(echo));
+std::string beside(const Bench& bench, const Samples& worker, const Samples& echo) {
+    return brief(bench.typical(worker)) + " µs; echo " + brief(bench.typical(echo));
 }
 
 }  // namespace
@@ -42,8 +42,8 @@ void measure_start_and_end(Bench& bench, int cores) {
     }
     bench.results.at_most(1.3, "Start to READY" + on_cores(cores),
                           bench.ratio(worker.starts, echo.starts), "of the echo",
-                          beside(worker.starts, echo.starts));
+                          beside(bench, worker.starts, echo.starts));
     bench.results.at_most(1.3, "QUIT to gone" + on_cores(cores),
                           bench.ratio(worker.ends, echo.ends), "of the echo",
-                          beside(worker.ends, echo.ends));
+                          beside(bench, worker.ends, echo.ends));
 }

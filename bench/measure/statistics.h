@@ -17,5 +17,5 @@ inline double median(const Samples& samples) {
 // of the ratios, not the ratio of the medians.
 double median_ratio(const Samples& rounds, const Samples& yardstick_rounds);
 
-// The ratio of the best rounds: what little is left to measure when the machine is busy.
-double best_ratio(const Samples& rounds, const Samples& yardstick_rounds);
+// Of times, the round that the machine disturbed least.
+double best(const Samples& rounds);
