@@ -2,6 +2,7 @@
 // and retries.
 
 #include <algorithm>
+#include <string>
 #include <thread>
 
 #include "bench/measure/bench.h"
@@ -43,6 +44,21 @@ std::vector<std::pair<double, double>> growth(const std::string& program, long s
     return points;
 }
 
+// What a folder that was never named before leaves behind: texts that the SDK's threads may still
+// read are kept.
+double bytes_of_a_folder_name(const std::string& program) {
+    constexpr int names = 20'000;
+    Subject subject(program);
+    subject.hear_until("READY|OK");
+    std::this_thread::sleep_for(first_tick);
+    const double before = *resident_bytes(subject.process());
+    for (int name = 0; name < names; ++name) {
+        subject.say("SET_DOWNLOAD_DIR|/Users/me/Pictures/Shots/" + std::to_string(name) + "\n");
+        subject.hear();
+    }
+    return (*resident_bytes(subject.process()) - before) / names;
+}
+
 }  // namespace
 
 void measure_memory(Bench& bench) {
@@ -73,6 +89,10 @@ void measure_memory(Bench& bench) {
         64, "Growth from command 1,000 to " + grouped(last),
         (worker.points.back().second - worker.points.front().second) / kibibyte, "KiB",
         "echo " + brief((echo.points.back().second - echo.points.front().second) / kibibyte));
+    if (!bench.quick) {
+        bench.results.plain("Memory of another download folder's name",
+                            bytes_of_a_folder_name(bench.worker()), "bytes");
+    }
     bench.results.curve(worker);
     bench.results.curve(echo);
 }

@@ -1,16 +1,14 @@
-#!/usr/bin/env python3
-"""draw.py RESULTS FUNCTIONS FOLDER: writes the report from what the two programs measured."""
+"""The pictures of the report: one colour for each program, labels where the lines are."""
 
-import json
 import math
-import sys
-from pathlib import Path
 
 import matplotlib
 
 matplotlib.use("svg")
 import matplotlib.pyplot as plt
 import numpy as np
+
+from results import number
 
 INK, QUIET, FAINT = "#1d2733", "#6b7683", "#e3e7eb"
 COLOR = {"worker": "#0a66c2", "echo": "#e07b00", "bare pipes": "#8b96a3"}
@@ -25,30 +23,6 @@ plt.rcParams.update({
     "grid.color": FAINT, "grid.linewidth": 0.8, "lines.linewidth": 2, "lines.solid_capstyle": "round",
     "figure.facecolor": "white",
 })
-
-
-class Results:
-    def __init__(self, path):
-        self.all = json.loads(Path(path).read_text())
-
-    def curves(self, picture):
-        return [(curve["name"], np.array(curve["points"]))
-                for curve in self.all["curves"] if curve["picture"] == picture]
-
-    def pictures(self, subject):
-        """Those of one subject, for each choice of cores that it was measured on."""
-        return [picture for picture in dict.fromkeys(curve["picture"] for curve in self.all["curves"])
-                if picture.startswith(subject + ", ")]
-
-
-def number(value, like=None):
-    """As people write it; with the decimals of another number where the two are compared."""
-    size = abs(value)
-    if size >= 1000:
-        return f"{value:,.0f}"
-    if like is not None and value != int(value):
-        return f"{value:.{max(2, len(f'{like:g}'.partition('.')[2]))}f}"
-    return f"{value:.4g}"
 
 
 def canvas(title, subtitle, panels=1, height=3.6, width=9, **options):
@@ -214,58 +188,7 @@ def draw_growth(results, folder):
     save(figure, folder, "growth", wspace=0.42, left=0.06, right=0.92)
 
 
-def table(rows):
-    head, *body = rows
-    lines = ["| " + " | ".join(head) + " |", "|" + "---|" * len(head)]
-    return "\n".join(lines + ["| " + " | ".join(row) + " |" for row in body])
-
-
-def with_unit(value, unit, like=None):
-    return f"{number(value, like)} {unit}".strip()
-
-
-def write_text(results, functions, folder):
-    everything = results.all
-    bounded = [figure for figure in everything["figures"] if "bound" in figure]
-    plain = [figure for figure in everything["figures"] if "bound" not in figure]
-    met = sum(figure["met"] for figure in bounded)
-    parts = [
-        "# How fast the worker is",
-        "Written by `bench/run`; [what each figure means](../README.md). " +
-        ", ".join(value if key in ("Processor",) else f"{key.lower()} {value}"
-                  for key, value in everything["machine"]) + ".",
-        f"**{met} of {len(bounded)} figures met.**",
-        "![What is allowed, and what is used of it](bounds.svg)",
-        table([("Figure", "Measured", "Bound", "", "In numbers")] + [
-            (figure["name"], with_unit(figure["value"], figure["unit"], figure["bound"]),
-             f"{figure['sense']} {number(figure['bound'])}", "met" if figure["met"] else "**missed**",
-             figure["measured"]) for figure in bounded]),
-    ]
-    if everything["skipped"]:
-        parts.append("Not measured here:\n\n" +
-                     "\n".join(f"- {what}: {why}" for what, why in everything["skipped"]))
-    parts += [
-        "![One line there, one line back](latency.svg)", "![A hundred thousand lines at once](burst.svg)",
-        "![Memory over a million commands](memory.svg)", "![From CAPTURE to the file](shutter.svg)",
-        "## How cost grows", "Nothing is promised of these.", "![How cost grows](growth.svg)",
-        table([("", "Measured", "In numbers")] + [
-            (figure["name"], with_unit(figure["value"], figure["unit"]), figure["measured"])
-            for figure in plain]),
-    ]
-    if functions:
-        parts += [
-            "## The functions one by one",
-            table([("Function", "Time")] + [
-                (entry["name"].replace("_line", "").replace("_", " ").replace("/", ": "),
-                 f"{number(entry['cpu_time'])} {entry['time_unit']}") for entry in functions]),
-        ]
-    (folder / "README.md").write_text("\n\n".join(parts) + "\n")
-
-
-def main():
-    results, functions, folder = Results(sys.argv[1]), Path(sys.argv[2]), Path(sys.argv[3])
-    folder.mkdir(exist_ok=True)
-    timed = json.loads(functions.read_text())["benchmarks"] if functions.exists() else []
+def draw(results, folder):
     draw_bounds(results, folder)
     draw_latency(results, folder)
     draw_burst(results, folder)
@@ -274,8 +197,3 @@ def main():
     if results.curves("queue"):
         draw_growth(results, folder)
     draw_shutter(results, folder)
-    write_text(results, timed, folder)
-
-
-if __name__ == "__main__":
-    main()
