@@ -21,8 +21,8 @@ std::string place_of(const void* address) {
     } else if (byte < worker_memory.region + heap_size) {
         std::snprintf(text, sizeof text, "heap+%td", byte - worker_memory.region);
     } else {
-        const auto fiber =
-            static_cast<std::size_t>(byte - worker_memory.region - heap_size) / stack_size;
+        const char* const stacks = worker_memory.region + heap_size;
+        const std::size_t fiber = static_cast<std::size_t>(byte - stacks) / stack_size;
         std::snprintf(text, sizeof text, "stack of %s, %td below its top", run.fibers[fiber].name,
                       stack_of(static_cast<int>(fiber) + 1) - byte);
     }

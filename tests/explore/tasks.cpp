@@ -101,9 +101,11 @@ int explore_faults(const Wishes& wishes) {
     const WorkerLibrary worker = load(wishes.worker);
     const Scenes tours = chosen(fault_tours(), wishes.scenes);
     const Scenes cables = wishes.scenes.empty() ? cable_scenes() : Scenes{};
-    Report report("Every fault of every SDK function alone and one in " +
-                  std::to_string(wishes.one_pair_in) +
-                  " of their pairs, and the cable pulled at every turn of a shot.");
+    const std::string pairs = wishes.one_pair_in == 1
+                                  ? "all pairs"
+                                  : "one in " + std::to_string(wishes.one_pair_in) + " pairs";
+    Report report("Every fault of every SDK function alone and " + pairs +
+                  " of them, and the cable pulled at every turn of a shot.");
     in_processes(
         tours.size() + cables.size(), wishes.jobs,
         [&](std::size_t i, Findings& findings) {

@@ -58,35 +58,36 @@ WORKER_CALL int __wrap___cxa_atexit(void (*function)(void*), void* argument, voi
     return 0;
 }
 
-WORKER_CALL [[noreturn]] void __wrap_exit(int status) {
+WORKER_CALL __attribute__((noreturn)) void __wrap_exit(int status) {
     exit_process(status);
 }
 
-WORKER_CALL [[noreturn]] void __wrap__exit(int status) {
+WORKER_CALL __attribute__((noreturn)) void __wrap__exit(int status) {
     offer();
     record({.kind = Kind::exits_at_once, .number = static_cast<std::uint64_t>(status)});
     end_run(Ending::cut);
 }
 
 // std::terminate and what libstdc++ throws when a container is misused.
-WORKER_CALL [[noreturn]] void __wrap__ZSt9terminatev() {
+WORKER_CALL __attribute__((noreturn)) void __wrap__ZSt9terminatev() {
     complain("%s terminates the process", run.self->name);
 }
-WORKER_CALL [[noreturn]] void __wrap__ZSt20__throw_length_errorPKc(const char* what) {
+WORKER_CALL __attribute__((noreturn)) void __wrap__ZSt20__throw_length_errorPKc(const char* what) {
     complain("%s throws a length error: %s", run.self->name, what);
 }
-WORKER_CALL [[noreturn]] void __wrap__ZSt19__throw_logic_errorPKc(const char* what) {
+WORKER_CALL __attribute__((noreturn)) void __wrap__ZSt19__throw_logic_errorPKc(const char* what) {
     complain("%s throws a logic error: %s", run.self->name, what);
 }
-WORKER_CALL [[noreturn]] void __wrap__ZSt24__throw_out_of_range_fmtPKcz(const char* what, ...) {
+WORKER_CALL __attribute__((noreturn)) void __wrap__ZSt24__throw_out_of_range_fmtPKcz(
+    const char* what, ...) {
     complain("%s goes out of range: %s", run.self->name, what);
 }
-WORKER_CALL [[noreturn]] void __wrap__ZSt20__throw_system_errori(int code) {
+WORKER_CALL __attribute__((noreturn)) void __wrap__ZSt20__throw_system_errori(int code) {
     complain("%s throws system error %d", run.self->name, code);
 }
-WORKER_CALL [[noreturn]] void __wrap__ZSt17__throw_bad_allocv() {
+WORKER_CALL __attribute__((noreturn)) void __wrap__ZSt17__throw_bad_allocv() {
     complain("%s is out of memory", run.self->name);
 }
-WORKER_CALL [[noreturn]] void __wrap__ZSt28__throw_bad_array_new_lengthv() {
+WORKER_CALL __attribute__((noreturn)) void __wrap__ZSt28__throw_bad_array_new_lengthv() {
     complain("%s is out of memory", run.self->name);
 }
