@@ -152,12 +152,21 @@ TEST_F(ShootTest, APictureThatComesAfterTheCutIsItsShots) {
 }
 
 TEST_F(ShootTest, BetweenShotsThereIsNothingToCutOff) {
-    plan_.every = seconds(5);
+    plan_.every = seconds(30);
     begin_with_camera();
-    land("DSC00001.JPG");
+    pass(seconds(20));
+    shoot_->stop("interrupted");
+    shoot_->conclude();
+    EXPECT_EQ(report().troubles, (Lines{"shot 1 of 2 brought no picture in time", "interrupted"}));
+    EXPECT_EQ(report().without_picture, 1u);
+}
+
+TEST_F(ShootTest, BeforeTheFirstShotThereIsNothingToCutOff) {
+    begin();
     shoot_->stop("interrupted");
     shoot_->conclude();
     EXPECT_EQ(report().troubles, Lines{"interrupted"});
+    EXPECT_EQ(report().without_picture, 0u);
 }
 
 TEST_F(ShootTest, ARawPairNeedsBothHalves) {

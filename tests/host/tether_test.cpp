@@ -258,6 +258,36 @@ TEST_F(TetherTest, TheRecordTellsHowAWorkerDied) {
     }
 }
 
+TEST_F(TetherTest, TheRecordTellsWhatTheWorkerDidNotTake) {
+    write("deaf", "#!/bin/sh\nexec <&-\necho 'STATUS|deaf'\nuntil [ -e " +
+                      (folder_ / "heard").string() + " ]; do :; done\n");
+    fs::permissions(folder_ / "deaf", fs::perms::owner_all);
+    start_tether({"--interactive", "--worker", folder_ / "deaf", "--record", folder_ / "record"});
+    read_to("STATUS|deaf");
+    tether_->send("CONNECT");
+    tether_->send("CAPTURE");
+    read_to(" > CAPTURE");
+    write("heard", "");
+    EXPECT_EQ(status(), "status 0");
+    expect_in_order(read("record"), {" > CONNECT\n", " # the worker did not take this line\n"});
+}
+
+TEST_F(TetherTest, NoQuitIsRecordedThatCannotBeSent) {
+    write("staying",
+          "#!/bin/sh\nwhile read line; do :; done\necho 'STATUS|end of input'\n"
+          "while :; do :; done\n");
+    fs::permissions(folder_ / "staying", fs::perms::owner_all);
+    start_tether(
+        {"--interactive", "--worker", folder_ / "staying", "--record", folder_ / "record"});
+    tether_->close_input();
+    read_to("STATUS|end of input");
+    tether_->signal(SIGINT);
+    EXPECT_EQ(status(), "status 1");
+    const std::string record = read("record");
+    expect_in_order(record, {" # interrupted\n", " # the worker had to be ended with SIGTERM\n"});
+    EXPECT_EQ(record.find("QUIT"), std::string::npos) << record;
+}
+
 TEST_F(TetherTest, EachLineIsRecordedAtOnce) {
     write("silent", "#!/bin/sh\necho 'READY|OK'\nwhile read line; do :; done\n");
     fs::permissions(folder_ / "silent", fs::perms::owner_all);
