@@ -1,0 +1,94 @@
+"""Builds of the whole tree, of which a mutant takes everything but what it changes."""
+
+import os
+import shlex
+import shutil
+import signal
+import subprocess
+
+from places import FOLDERS, ROOT, STORE, read_json
+
+
+class DoesNotCompile(Exception):
+    pass
+
+
+def run(command, seconds, environment=None):
+    """The status. What runs for too long is killed, and so is what it has started in its session."""
+    process = subprocess.Popen([str(part) for part in command], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                               stderr=subprocess.DEVNULL, env=environment, cwd=ROOT, start_new_session=True)  # fmt: skip
+    try:
+        return process.wait(seconds)
+    except subprocess.TimeoutExpired:
+        os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+        return -signal.SIGKILL
+
+
+class Build:
+    def __init__(self, folder, flags=()):
+        self.folder = folder
+        self.flags = flags
+        self.commands = {}
+        for entry in read_json(folder / "compile_commands.json"):
+            command = [part for part in shlex.split(entry["command"]) if "ccache" not in part]
+            # The scheduler of tests/explore compiles the worker's sources once more, in its own way.
+            if "tests/explore/" not in command[command.index("-o") + 1]:
+                self.commands[os.path.relpath(entry["file"], ROOT)] = command
+
+    def compile(self, source, output, overlay):
+        """The object of a source of the tree, seen through a folder with changed files."""
+        # Without notes for a debugger the same meaning gives the same object; what warnings are about is not.
+        command = [part for part in self.commands[source] if not part.startswith(("-W", "-g"))]
+        changed = overlay / source
+        command[command.index("-o") + 1] = output
+        command[command.index("-c") + 1] = changed if changed.exists() else ROOT / source
+        command[1:1] = ["-I", overlay]
+        if run(command, seconds=120) != 0:
+            raise DoesNotCompile()
+        return output
+
+    def base_object(self, source):
+        """The object of the source as it is."""
+        base = STORE / "base" / self.folder.name / (source.replace("/", "_") + ".o")
+        if not base.exists():
+            base.parent.mkdir(parents=True, exist_ok=True)
+            fresh = base.with_suffix(f".{os.getpid()}")
+            self.compile(source, fresh, STORE / "nothing")
+            fresh.rename(base)
+        return base
+
+    def sources_with(self, file, folders=FOLDERS):
+        """The sources in these folders that are made of a file: itself, or all that include it."""
+        if file.endswith(".cpp"):
+            return [file]
+        return [source for source in self.commands if source.startswith(tuple(folder + "/" for folder in folders))
+                and str(ROOT / file) in self.files_in(source)]  # fmt: skip
+
+    def files_in(self, source):
+        command = list(self.commands[source])
+        del command[command.index("-o") : command.index("-o") + 2]
+        listed = subprocess.run([*command, "-MM"], cwd=ROOT, capture_output=True, text=True, check=True)
+        return {os.path.normpath(path) for path in listed.stdout.replace("\\\n", " ").split()}
+
+    def changed_objects(self, file, overlay, into, folders=FOLDERS):
+        """The objects that a changed file makes, newly compiled into a folder."""
+        shutil.rmtree(into, ignore_errors=True)
+        into.mkdir(parents=True)
+        return {source: self.compile(source, into / (source.replace("/", "_") + ".o"), overlay)
+                for source in self.sources_with(file, folders)}  # fmt: skip
+
+    def objects_of(self, program):
+        """The objects of a test program: {source: object}."""
+        folder = self.folder / "tests" / program
+        return {f"tests/{program}/{path.name.removesuffix('.o')}": path
+                for path in folder.glob("CMakeFiles/*_tests.dir/*.cpp.o")}  # fmt: skip
+
+    def link(self, output, objects, libraries=(), run_path=None):
+        # The linker takes from the library only what the objects before it leave open.
+        sdk = self.folder / "Contents/Frameworks/SonySDK"
+        command = ["c++", *self.flags, "-o", output, *objects, self.folder / "libworker_core.a", "-L", sdk, "-lCr_Core",
+                   *libraries, "-pthread", f"-Wl,-rpath,{run_path or sdk}"]  # fmt: skip
+        if run(command, seconds=120) != 0:
+            raise RuntimeError(f"{output} cannot be linked")
+        return output

@@ -1,0 +1,36 @@
+"""Where things are, and small files."""
+
+import hashlib
+import json
+import pathlib
+import subprocess
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PLAIN = ROOT / "build/dev"
+TSAN = ROOT / "build/tsan"
+COVERAGE = ROOT / "build/coverage"
+STORE = ROOT / "build/mutants"
+FOLDERS = ("protocol", "worker", "session", "settings", "capture")
+
+
+def sources():
+    """The worker's files, by their paths below the root."""
+    listed = subprocess.run(["git", "ls-files", *FOLDERS], cwd=ROOT, check=True, capture_output=True, text=True)
+    return [name for name in listed.stdout.split() if name.endswith((".cpp", ".h"))]
+
+
+def digest_of(*files):
+    """Of these files and the worker's."""
+    digest = hashlib.sha1()
+    for path in [*(ROOT / name for name in sources()), *files]:
+        digest.update(path.read_bytes())
+    return digest.hexdigest()
+
+
+def read_json(path):
+    return json.loads(path.read_text()) if path.exists() else {}
+
+
+def write_json(path, value):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text(json.dumps(value))
