@@ -1,6 +1,7 @@
 #include "tests/processes/bundle_copy.h"
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include "host/bundle.h"
 

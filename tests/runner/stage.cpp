@@ -5,6 +5,7 @@
 #include <fstream>
 #include <signal.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include "tests/runner/words.h"
 
