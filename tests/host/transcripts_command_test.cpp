@@ -31,7 +31,7 @@ class TranscriptsCommand : public testing::Test {
     };
 
     Run run(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {"--worker", "/bin/true"});
+        arguments.insert(arguments.begin(), {"--worker", "/usr/bin/true"});
         const fs::path errors = folder_ / "stderr";
         fs::remove(errors);
         const auto child = start({TRANSCRIPTS_COMMAND, arguments, {}, errors});
