@@ -13,7 +13,8 @@ using doctor::read_program;
 std::string number(std::uint64_t value, int size) {
     std::string bytes;
     for (int place = 0; place < size; ++place) {
-        bytes += static_cast<char>(value >> (8 * place) & 0xFF);
+        bytes += static_cast<char>(value & 0xFF);
+        value >>= 8;
     }
     return bytes;
 }
