@@ -2,8 +2,6 @@
 
 #include <cstdint>
 
-#if EXPLORE_OWN_SWITCH
-
 extern "C" void explore_switch(void** save, void* load);
 
 // The six registers that the called function must preserve, and the stack.
@@ -49,23 +47,3 @@ void Context::resume(Context& from) {
 }
 
 }  // namespace explore
-
-#else
-
-namespace explore {
-
-void Context::prepare(char* stack, std::size_t size, void (*entry)()) {
-    getcontext(&context_);
-    context_.uc_stack.ss_sp = stack;
-    context_.uc_stack.ss_size = size;
-    context_.uc_link = nullptr;
-    makecontext(&context_, entry, 0);
-}
-
-void Context::resume(Context& from) {
-    swapcontext(&from.context_, &context_);
-}
-
-}  // namespace explore
-
-#endif

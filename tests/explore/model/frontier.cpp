@@ -60,6 +60,11 @@ Frontier with_unseen_steps(Frontier states, Time until) {
     return states;
 }
 
+// The exit deadline runs: after the main loop, or because the SDK could not be started.
+bool leaves(const State& state) {
+    return state.queue_closed || state.at == At::leaving;
+}
+
 bool held_up(const State& state, bool writes_line) {
     return writes_line && state.pipe_full;
 }
@@ -101,7 +106,7 @@ bool at_rest_until(const State& state, Time time) {
             return false;
         }
     }
-    return !state.queue_closed || state.loop_end + exit_deadline >= time;
+    return !leaves(state) || state.loop_end + exit_deadline >= time;
 }
 
 // What happens to the worker, whatever it is doing. False: it cannot be.
@@ -145,7 +150,7 @@ bool befalls(State& state, const Event& event) {
             // Before the signals are blocked, and so before the first line.
             return state.at == At::banner;
         case Kind::exits_at_once:
-            return state.queue_closed && event.number == 0 &&
+            return leaves(state) && event.number == (state.queue_closed ? 0U : 1U) &&
                    event.time >= state.loop_end + exit_deadline;
         default:
             return false;

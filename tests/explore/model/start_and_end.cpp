@@ -23,6 +23,7 @@ bool start_up(State& state, const Event* event) {
             return true;
         case At::init_error_line:
             state.result = 1;
+            state.loop_end = event != nullptr ? event->time : 0;
             return line(state, event, "ERROR|Sony Camera Remote SDK failed to initialise",
                         At::leaving);
         case At::version_call:

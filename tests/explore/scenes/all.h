@@ -9,6 +9,7 @@ extern const Scene start_and_quit;
 extern const Scene end_of_input;
 extern const Scene input_closed_at_once;
 extern const Scene sdk_does_not_start;
+extern const Scene sdk_does_not_start_unread;
 extern const Scene lines_behind_quit;
 extern const Scene signal_at_any_moment;
 extern const Scene signals_pile_up;

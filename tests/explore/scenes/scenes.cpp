@@ -9,6 +9,7 @@ const std::vector<const Scene*>& scenes() {
         &end_of_input,
         &input_closed_at_once,
         &sdk_does_not_start,
+        &sdk_does_not_start_unread,
         &lines_behind_quit,
         &signal_at_any_moment,
         &signals_pile_up,

@@ -54,6 +54,21 @@ const Scene sdk_does_not_start{
     .signals = [] { kernel::raise_signal(terminate); },
 };
 
+const Scene sdk_does_not_start_unread{
+    .name = "sdk_does_not_start_unread",
+    .proves =
+        "A worker that gives up is gone 3 s later with status 1, though nobody reads its lines.",
+    .answer = [](const Asked& asked) -> Answer {
+        return {.result = asked.call == Call::init ? 1U : 0U};
+    },
+    .host =
+        [] {
+            host::await("ERROR|Sony Camera Remote SDK failed to initialise");
+            host::stop_reading();
+        },
+    .signals = [] { kernel::raise_signal(terminate); },
+};
+
 const Scene lines_behind_quit{
     .name = "lines_behind_quit",
     .proves = "Nothing written behind QUIT is handled, and nothing of it disturbs the exit.",
