@@ -12,10 +12,12 @@ set(CMAKE_OSX_SYSROOT "" CACHE STRING "")
 
 set(CMAKE_CXX_COMPILER "${CMAKE_CURRENT_LIST_DIR}/../tools/macos-toolchain/c++"
     -target ${CMAKE_SYSTEM_PROCESSOR}-macos.12.1)
+# Debian keeps some of these beside the compiler only.
+file(GLOB llvm_folders /usr/lib/llvm-*/bin)
 foreach(tool IN ITEMS AR RANLIB STRIP INSTALL_NAME_TOOL)
     string(TOLOWER ${tool} name)
     string(REPLACE "_" "-" name "llvm-${name}")
-    find_program(CMAKE_${tool} NAMES ${name} ${name}-14 REQUIRED)
+    find_program(CMAKE_${tool} ${name} PATHS ${llvm_folders} REQUIRED)
 endforeach()
 
 # Zig's library lies inside the program, so its headers do not say since which system a feature is there. They must: the
