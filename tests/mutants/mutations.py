@@ -163,6 +163,15 @@ def statements_of(tokens):
 NO_STATEMENT = re.compile(r"(using|static|constexpr|const|return) ")
 
 
+# What the host, the camera or another thread can see; the order of anything else is nobody's business.
+SEEN = re.compile(r"\b(emit|emit_log|post_command|sleep_for|notify_one|detach|leave|exit|write|return|continue|break)\b|sdk::|send_")
+SHARED = re.compile(r"\b(exchange|publish|MutexLock|wait)\b")
+
+
+def order_matters(first, second):
+    return all(SEEN.search(text) or SHARED.search(text) for text in (first, second)) and bool(SEEN.search(first + second))
+
+
 def in_statements(source, tokens):
     for group in statements_of(tokens):
         plain = [span for span in group if not NO_STATEMENT.match(source[slice(*span)])]
@@ -170,8 +179,9 @@ def in_statements(source, tokens):
             yield (start, end, ";")
         for first, second in zip(group, group[1:]):
             between = source[first[1] : second[0]]
-            if first in plain and second in plain and not between.strip():
-                yield (first[0], second[1], source[slice(*second)] + between + source[slice(*first)])
+            texts = source[slice(*first)], source[slice(*second)]
+            if first in plain and second in plain and not between.strip() and order_matters(*texts):
+                yield (first[0], second[1], texts[1] + between + texts[0])
 
 
 def in_passages(source):
