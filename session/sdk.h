@@ -223,12 +223,12 @@ inline void send_release_command(Handle handle, std::uint32_t parameter) REQUIRE
     SCRSDK::SendCommand(handle, headers::Number{release_command}, headers::Number{parameter});
 }
 
-// The folder for the camera's files; no prefix for their names and the camera's own count.
+// The folder for the camera's files; an empty prefix and -1 are always passed so.
 inline std::uint32_t set_save_info(Handle handle, const std::string& folder) REQUIRES(main_thread) {
-    constexpr std::int32_t own_count = -1;
+    constexpr std::int32_t number = -1;
     return static_cast<std::uint32_t>(
         SCRSDK::SetSaveInfo(handle, headers::Text{folder}, headers::Text{},
-                            headers::Number{static_cast<std::uint64_t>(own_count)}));
+                            headers::Number{static_cast<std::uint64_t>(number)}));
 }
 
 }  // namespace sdk

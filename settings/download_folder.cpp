@@ -14,7 +14,7 @@ void SonyWorker::set_download_dir(const std::string& dir) {
 
 void SonyWorker::apply_save_info() {
     if (download_dir.get().empty()) {
-        // A folder that the SDK was given earlier is not withdrawn; it has no word for that.
+        // A folder that the SDK was given earlier is not withdrawn.
         emit_log("no download folder yet — shots stay on the camera");
         return;
     }

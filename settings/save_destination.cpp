@@ -31,7 +31,8 @@ bool SonyWorker::read_card_in() {
 }
 
 void SonyWorker::apply_store_destination() {
-    // The camera refuses a destination from a computer that has no priority.
+    // Taken before every destination; it goes on without, because the camera may accept the
+    // destination all the same.
     const std::uint32_t taken = write_prop(property::pc_remote_priority, priority::pc_remote);
     if (taken != sdk::ok) {
         emit_log("could not take PC Remote priority (" + hex_code(taken) + ")");
