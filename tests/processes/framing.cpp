@@ -95,7 +95,8 @@ TEST(Framing, EveryLengthAroundTheBufferHasItsCommandsHoweverItIsCut) {
         EXPECT_TRUE(worker.send_bytes(bytes.substr(0, cut)));
         EXPECT_TRUE(worker.send_bytes(bytes.substr(cut)));
         for (const std::string& command : commands_in(bytes)) {
-            EXPECT_EQ(worker.next(), "ERROR|Unknown command: " + command) << bytes.size() << cut;
+            EXPECT_EQ(worker.next(), "ERROR|Unknown command: " + command)
+                << bytes.size() << " bytes cut at " << cut;
         }
     };
     for (const std::size_t middle : {4095U, 8190U}) {

@@ -5,19 +5,9 @@
 #include <cstdlib>
 
 #include "host/clock.h"
+#include "tests/sanitized.h"
 
 // Everything is built with the same flags: a sanitized program runs a sanitized worker.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool sanitized = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr bool sanitized = true;
-#else
-constexpr bool sanitized = false;
-#endif
-#else
-constexpr bool sanitized = false;
-#endif
 constexpr int slowness = sanitized ? 10 : 1;
 
 // Far beyond what anything here needs; only a failing test waits for it.
