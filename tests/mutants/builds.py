@@ -15,8 +15,9 @@ class DoesNotCompile(Exception):
 
 def run(command, seconds, environment=None):
     """The status. What runs for too long is killed, and so is what it has started in its session."""
-    process = subprocess.Popen([str(part) for part in command], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                               stderr=subprocess.DEVNULL, env=environment, cwd=ROOT, start_new_session=True)  # fmt: skip
+    quiet = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    parts = [str(part) for part in command]
+    process = subprocess.Popen(parts, **quiet, env=environment, cwd=ROOT, start_new_session=True)
     try:
         return process.wait(seconds)
     except subprocess.TimeoutExpired:
