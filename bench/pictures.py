@@ -47,7 +47,7 @@ def label(axes, x, y, text, color, **options):
 
 
 def draw_bounds(results, folder):
-    """Every figure that has a bound, as the share of the bound that it uses."""
+    """Every figure that has a bound, but for those that must be 0, as the share of the bound that it uses."""
     bounded = [figure for figure in results.all["figures"] if figure.get("bound")]
     figure, (axes,) = canvas("What is allowed, and what is used of it",
                              "Each figure against its bound: left of the line is met",
