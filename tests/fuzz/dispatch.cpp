@@ -77,10 +77,8 @@ bool carry_out(SonyWorker& worker, const std::string& line) REQUIRES(main_thread
     const bool goes_on = dispatch(worker, line);
     const Lines lines = taken_lines();
     require(goes_on == (name != "QUIT"), "QUIT, and nothing else, ends the loop");
-    if (!known) {
-        require(lines == Lines{"ERROR|Unknown command: " + line},
-                "an unknown command is told as it came");
-    }
+    require((lines == Lines{"ERROR|Unknown command: " + line}) == !known,
+            "an unknown command, and no other, is told as it came");
     if (!known || name == "QUIT" || name == "PRIME" || name == "PRELOAD") {
         require(drawn_sdk::calls() == calls, "what needs no camera asks none");
     }
