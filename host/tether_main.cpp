@@ -80,13 +80,14 @@ void declare(CLI::App& app, Options& options) {
 }
 
 CLI::App& declare_doctor(CLI::App& app, Patient& patient) {
-    CLI::App& doctor =
+    CLI::App& doctor_command =
         *app.add_subcommand("doctor", "Check that a worker has all it needs, and can start");
-    doctor.add_option("bundle", patient.bundle, "X.app, its Contents, or a build tree")
+    doctor_command.add_option("bundle", patient.bundle, "X.app, its Contents, or a build tree")
         ->check(CLI::ExistingPath)
         ->capture_default_str();
-    doctor.add_option("--folder", patient.folder, "Also check a folder for pictures");
-    return doctor;
+    doctor_command.add_option("--folder", patient.folder,
+                              "The folder for pictures; shots when it is there");
+    return doctor_command;
 }
 
 int wrong(const std::string& sentence) {
@@ -120,7 +121,7 @@ int main(int argc, char** argv) {
     Patient patient;
     CLI::App app("A tethered shoot with the camera worker.", "tether");
     declare(app, options);
-    const CLI::App& doctor = declare_doctor(app, patient);
+    const CLI::App& doctor_command = declare_doctor(app, patient);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) {
@@ -128,7 +129,11 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return wrong(error.what());
     }
-    if (doctor.parsed()) {
+    if (doctor_command.parsed()) {
+        std::error_code unreadable;
+        if (!patient.folder && fs::is_directory(options.folder, unreadable)) {
+            patient.folder = options.folder;
+        }
         return doctor::examine_aloud(patient.bundle, patient.folder);
     }
     if (!fs::exists(options.worker)) {

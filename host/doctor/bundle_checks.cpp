@@ -12,7 +12,7 @@ namespace {
 
 const std::string build_it = "Build it: cmake --build BUILD-TREE --target sony-worker";
 const std::string copy_the_sdk =
-    "The library belongs into Contents/Frameworks/SonySDK: build again, or install with "
+    "The library belongs in Contents/Frameworks/SonySDK: build again, or install with "
     "cmake --install.";
 
 bool lies_in_an_application(const Bundle& bundle) {

@@ -19,15 +19,22 @@ constexpr std::string_view sdk_version = "LOG|[SONY] Camera Remote SDK ";
 constexpr std::string_view ready = "READY|OK";
 constexpr int most_complaints = 6;
 
-// Takes what the worker writes to standard error.
+// Takes what the worker writes to standard error; nothing keeps it where no file can be made.
 class ErrorFile {
   public:
     ErrorFile() {
-        path_ = std::filesystem::temp_directory_path() / "tether-doctor-XXXXXX";
-        close(mkstemp(path_.data()));
+        std::error_code failure;
+        std::string path = std::filesystem::temp_directory_path(failure) / "tether-doctor-XXXXXX";
+        const int file = failure ? -1 : mkstemp(path.data());
+        if (file >= 0) {
+            close(file);
+            path_ = path;
+        }
     }
     ~ErrorFile() {
-        unlink(path_.c_str());
+        if (path_ != nowhere) {
+            unlink(path_.c_str());
+        }
     }
     ErrorFile(const ErrorFile&) = delete;
     ErrorFile& operator=(const ErrorFile&) = delete;
@@ -38,6 +45,9 @@ class ErrorFile {
 
     // The first lines: loaders say what is missing, then why at length.
     std::string complaints() const {
+        if (path_ == nowhere) {
+            return "What it wrote to standard error is lost: no temporary file can be made.";
+        }
         std::ifstream stream(path_);
         std::string text;
         std::string line;
@@ -48,7 +58,9 @@ class ErrorFile {
     }
 
   private:
-    std::string path_;
+    static constexpr const char* nowhere = "/dev/null";
+
+    std::string path_ = nowhere;
 };
 
 struct Heard {

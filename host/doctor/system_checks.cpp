@@ -32,7 +32,8 @@ Finding signature_holds(const Bundle& bundle, const System& system) {
         return ok("signature: valid");
     }
     const std::string text = "signature: " + first_line(answer.text);
-    const std::string advice = "Sign it: tools/sign '" + signed_thing + "' (docs/macos.md).";
+    const std::string advice =
+        "Sign it: tools/sign '" + application.string() + "' IDENTITY (docs/macos.md).";
     return answer.text.find("not signed at all") == std::string::npos ? failure(text, advice)
                                                                       : warning(text, advice);
 }

@@ -50,6 +50,18 @@ TEST(Signature, IsMissing) {
               "warn signature: /a/X.app: code object is not signed at all");
 }
 
+TEST(Signature, IsGivenToTheFolderAroundContents) {
+    for (const auto& [path, why] : {std::pair("/a/X.app", "not signed at all"),
+                                    std::pair("/a/build", "a sealed resource is missing")}) {
+        const std::filesystem::path contents = std::filesystem::path(path) / "Contents";
+        std::vector<std::string> asked;
+        EXPECT_EQ(doctor::signature_holds({contents, contents / "MacOS/sony-worker"},
+                                          mac({1, why}, asked))
+                      .advice,
+                  "Sign it: tools/sign '" + std::string(path) + "' IDENTITY (docs/macos.md).");
+    }
+}
+
 TEST(Signature, CannotBeVerifiedElsewhere) {
     const System linux_machine{false, [](const auto&) {
                                    ADD_FAILURE() << "there is no codesign here";

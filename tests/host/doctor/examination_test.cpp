@@ -21,11 +21,12 @@ class Examination : public BundleTest {
         return subjects;
     }
 
-    // What the command prints, and its exit status at the end.
+    // What the command prints in the folder, and its exit status at the end.
     std::string tether_doctor(const std::vector<std::string>& arguments) const {
-        std::vector<std::string> all{"doctor"};
+        std::vector<std::string> all{"-c", "cd \"$0\" && exec \"$@\"", folder, TETHER_COMMAND,
+                                     "doctor"};
         all.insert(all.end(), arguments.begin(), arguments.end());
-        const auto command = start({TETHER_COMMAND, all, {}, folder / "stderr"});
+        const auto command = start({"/bin/sh", all, {}, folder / "stderr"});
         std::string output;
         while (const auto line = command->next_line(host::after(patience))) {
             output += line->text + "\n";
@@ -77,6 +78,8 @@ TEST_F(Examination, OfATreeForTheOtherSystem) {
 }
 
 TEST_F(Examination, TheCommandPrintsAndPasses) {
+    fs::create_directory(folder / "shots");
+    EXPECT_TRUE(holds(tether_doctor({folder}), "    folder: shots takes files, "));
     const std::string output = tether_doctor({folder, "--folder", folder});
     EXPECT_TRUE(output.starts_with("ok    worker: " + worker.string())) << output;
     EXPECT_TRUE(holds(output, "\nok    start: ready after ")) << output;
@@ -87,6 +90,7 @@ TEST_F(Examination, TheCommandPrintsAndPasses) {
 TEST_F(Examination, TheCommandLooksAtItsOwnTree) {
     const std::string output = tether_doctor({});
     EXPECT_TRUE(output.starts_with("ok    worker: " + fs::canonical(WORKER).string())) << output;
+    EXPECT_FALSE(holds(output, " folder: ")) << output;
     EXPECT_TRUE(output.ends_with("\nstatus 0")) << output;
 }
 
@@ -94,7 +98,7 @@ TEST_F(Examination, TheCommandFails) {
     fs::remove(sdk);
     const std::string output = tether_doctor({folder});
     EXPECT_TRUE(holds(output, "\nFAIL  SDK library: ")) << output;
-    EXPECT_TRUE(holds(output, " is not there\n      The library belongs into Contents/")) << output;
+    EXPECT_TRUE(holds(output, " is not there\n      The library belongs in Contents/")) << output;
     EXPECT_TRUE(output.ends_with("\nstatus 1")) << output;
 }
 

@@ -1,5 +1,8 @@
 // A worker is started: a good one, and scripts in its place that go wrong in every way.
 #include <chrono>
+#include <optional>
+#include <stdlib.h>
+#include <string>
 
 #include "tests/host/doctor/bundle_fixture.h"
 
@@ -53,6 +56,20 @@ TEST_F(Start, ItEndsByASignalWithoutAWord) {
     const doctor::Finding finding = start();
     EXPECT_EQ(said(finding), "FAIL start: the worker ended with signal 9 before it was ready");
     EXPECT_EQ(finding.advice, "It wrote nothing to standard error.");
+}
+
+TEST_F(Start, NoTemporaryFileCanBeMade) {
+    write_script("echo complaint >&2; exit 3");
+    const char* const set = getenv("TMPDIR");
+    const std::optional<std::string> before = set ? std::optional<std::string>(set) : std::nullopt;
+    for (const fs::path& place : {folder / "none", fs::path("/proc")}) {
+        setenv("TMPDIR", place.c_str(), 1);
+        const doctor::Finding finding = start();
+        EXPECT_EQ(said(finding), "FAIL start: the worker ended with status 3 before it was ready");
+        EXPECT_EQ(finding.advice,
+                  "What it wrote to standard error is lost: no temporary file can be made.");
+    }
+    before ? setenv("TMPDIR", before->c_str(), 1) : unsetenv("TMPDIR");
 }
 
 TEST_F(Start, ItCannotStartTheSdk) {
