@@ -39,6 +39,7 @@ int main(int argc, char** argv) {
             return 1;
         }
     }
-    std::fprintf(stderr, "no picture in 30 s\n");
+    std::fputs(worker->output_ended() ? "the worker has ended\n" : "nothing was heard for 30 s\n",
+               stderr);
     return 1;
 }

@@ -53,4 +53,10 @@ TEST_F(Example, SaysWhatIsWrong) {
               announcement + std::string("Camera not detected\nstatus 1"));
 }
 
+TEST_F(Example, SaysThatTheWorkerHasEnded) {
+    // The simulated SDK refuses the scene.
+    const std::string output = take_a_picture("nonsense");
+    EXPECT_TRUE(output.ends_with("\nthe worker has ended\nstatus 1")) << output;
+}
+
 }  // namespace
