@@ -144,8 +144,8 @@ std::string Redaction::camera(std::string_view name) {
 std::string Redaction::free_text(std::string_view text) {
     std::string redacted(text);
     replace_path(redacted);
-    for (const auto& names : {files_, cameras_}) {
-        for (const auto& [name, stand_in] : names) {
+    for (const auto* names : {&files_, &cameras_}) {
+        for (const auto& [name, stand_in] : *names) {
             replace_words(redacted, name, stand_in);
             replace_words(redacted, host::escape_field(name), stand_in);
         }

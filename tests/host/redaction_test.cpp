@@ -19,27 +19,27 @@ std::string redact(Redaction& redaction, const char* line) {
 
 TEST(RedactionTest, PathsAndNamesAreReplaced) {
     const Case cases[] = {
-        {"<DOWNLOADED|/home/kim/shots/KIM00001.ARW", "<DOWNLOADED|<folder>/<file 1>.ARW"},
-        {"<DOWNLOADED|/home/kim/shots/KIM00001.JPG", "<DOWNLOADED|<folder>/<file 1>.JPG"},
-        {"<LOG|[SONY] landed KIM00002.JPG", "<LOG|[SONY] landed <file 2>.JPG"},
-        {"<LOG|[SONY] landed /home/kim/KIM00002.JPG", "<LOG|[SONY] landed <folder>/<file 2>.JPG"},
-        {"<DOWNLOADED|/home/kim/no extension", "<DOWNLOADED|<folder>/<file 3>"},
-        {"<DOWNLOADED|/home/kim/1.Kim's own", "<DOWNLOADED|<folder>/<file 4>"},
-        {"<DOWNLOADED|/home/kim/1.Kims", "<DOWNLOADED|<folder>/<file 5>.Kims"},
-        {"<DOWNLOADED|/home/kim/1.KimsOwn", "<DOWNLOADED|<folder>/<file 6>"},
+        {"<DOWNLOADED|/home/me/shots/OWN00001.ARW", "<DOWNLOADED|<folder>/<file 1>.ARW"},
+        {"<DOWNLOADED|/home/me/shots/OWN00001.JPG", "<DOWNLOADED|<folder>/<file 1>.JPG"},
+        {"<LOG|[SONY] landed OWN00002.JPG", "<LOG|[SONY] landed <file 2>.JPG"},
+        {"<LOG|[SONY] landed /home/me/OWN00002.JPG", "<LOG|[SONY] landed <folder>/<file 2>.JPG"},
+        {"<DOWNLOADED|/home/me/no extension", "<DOWNLOADED|<folder>/<file 3>"},
+        {"<DOWNLOADED|/home/me/1.for me", "<DOWNLOADED|<folder>/<file 4>"},
+        {"<DOWNLOADED|/home/me/1.Mine", "<DOWNLOADED|<folder>/<file 5>.Mine"},
+        {"<DOWNLOADED|/home/me/1.MineToo", "<DOWNLOADED|<folder>/<file 6>"},
         {"<LOG|[SONY] landed 100%|a.JPG", "<LOG|[SONY] landed <file 7>.JPG"},
-        {"<DOWNLOADED|/home/kim/100%25%7Ca.JPG", "<DOWNLOADED|<folder>/<file 7>.JPG"},
-        {">SET_DOWNLOAD_DIR|/home/kim%7C/shots", ">SET_DOWNLOAD_DIR|<folder>"},
-        {">set_download_dir|Kim's shots", ">set_download_dir|<folder>"},
-        {"<DOWNLOAD_DIR|/home/kim%7C/shots", "<DOWNLOAD_DIR|<folder>"},
+        {"<DOWNLOADED|/home/me/100%25%7Ca.JPG", "<DOWNLOADED|<folder>/<file 7>.JPG"},
+        {">SET_DOWNLOAD_DIR|/home/me%7C/shots", ">SET_DOWNLOAD_DIR|<folder>"},
+        {">set_download_dir|My shots", ">set_download_dir|<folder>"},
+        {"<DOWNLOAD_DIR|/home/me%7C/shots", "<DOWNLOAD_DIR|<folder>"},
         {"<DOWNLOAD_DIR|", "<DOWNLOAD_DIR|"},
-        {"<LOG|[SONY] camera \"Kim's \"A\"\" over USB",
+        {"<LOG|[SONY] camera \"My own \"A\"\" over USB",
          "<LOG|[SONY] camera \"<camera 1>\" over USB"},
-        {"<CONNECTED|Kim's \"A\"", "<CONNECTED|<camera 1>"},
-        {"<CONNECTED|100%25 Kim", "<CONNECTED|<camera 2>"},
-        {"<LOG|[SONY] USB transport adapters found: /Users/kim/x y/CrAdapter",
+        {"<CONNECTED|My own \"A\"", "<CONNECTED|<camera 1>"},
+        {"<CONNECTED|100%25 mine", "<CONNECTED|<camera 2>"},
+        {"<LOG|[SONY] USB transport adapters found: /Users/me/x y/CrAdapter",
          "<LOG|[SONY] USB transport adapters found: <path>"},
-        {"<LOG|[SONY] USB transport adapters are MISSING from /Users/kim/x — the SDK will not see "
+        {"<LOG|[SONY] USB transport adapters are MISSING from /Users/me/x — the SDK will not see "
          "any camera (0x8703)",
          "<LOG|[SONY] USB transport adapters are MISSING from <path> — the SDK will not see any "
          "camera (0x8703)"},
@@ -52,19 +52,19 @@ TEST(RedactionTest, PathsAndNamesAreReplaced) {
 
 TEST(RedactionTest, KnownNamesAreFoundInFreeText) {
     Redaction redaction;
-    redact(redaction, "<CONNECTED|100%25 Kim");
-    redact(redaction, "<DOWNLOADED|/home/kim/KIM00001.JPG");
-    redact(redaction, "<DOWNLOADED|/home/kim/on.JPG");
+    redact(redaction, "<CONNECTED|100%25 mine");
+    redact(redaction, "<DOWNLOADED|/home/me/OWN00001.JPG");
+    redact(redaction, "<DOWNLOADED|/home/me/on.JPG");
     const Case cases[] = {
-        {"<STATUS|KIM00001.JPG is late", "<STATUS|<file 1>.JPG is late"},
-        {"<LOG|[SONY] 100% Kim: KIM00001, KIM000012",
-         "<LOG|[SONY] <camera 1>: <file 1>, KIM000012"},
-        {">DELETE|100%25 Kim|KIM00001", ">DELETE|<camera 1>|<file 1>"},
-        {">DELETE|shots of/Kim", ">DELETE|shots <path>"},
-        {"<ERROR|Unknown command: DELETE|/home/kim", "<ERROR|Unknown command: DELETE|<path>"},
-        {"<ERROR|Unknown command: set_download_dirs|Kim's",
-         "<ERROR|Unknown command: set_download_dirs|Kim's"},
-        {"<ERROR|Unknown file type: shots/KIM00001", "<ERROR|Unknown file type: <path>"},
+        {"<STATUS|OWN00001.JPG is late", "<STATUS|<file 1>.JPG is late"},
+        {"<LOG|[SONY] 100% mine: OWN00001, OWN000012",
+         "<LOG|[SONY] <camera 1>: <file 1>, OWN000012"},
+        {">DELETE|100%25 mine|OWN00001", ">DELETE|<camera 1>|<file 1>"},
+        {">DELETE|shots of/mine", ">DELETE|shots <path>"},
+        {"<ERROR|Unknown command: DELETE|/home/me", "<ERROR|Unknown command: DELETE|<path>"},
+        {"<ERROR|Unknown command: set_download_dirs|My shots",
+         "<ERROR|Unknown command: set_download_dirs|My shots"},
+        {"<ERROR|Unknown file type: shots/OWN00001", "<ERROR|Unknown file type: <path>"},
         {"<STATUS|on the way", "<STATUS|on the way"},
     };
     for (const Case& one : cases) {
@@ -75,11 +75,11 @@ TEST(RedactionTest, KnownNamesAreFoundInFreeText) {
 TEST(RedactionTest, WhatIsNoMessageIsLeftOut) {
     // The rest of a file name with a line break in it, and what somebody typed by mistake.
     Redaction redaction;
-    for (const char* line : {"<Kim.JPG", "<Kim", "<b|c d.JPG|", "<2|b", "<|", "<LOG|of Kim", ">|",
-                             ">Kim was here", ">/home/kim|"}) {
+    for (const char* line : {"<Mine.JPG", "<Mine", "<b|c d.JPG|", "<2|b", "<|", "<LOG|of mine",
+                             ">|", ">This is mine", ">/home/me|"}) {
         EXPECT_EQ(redact(redaction, line), line[0] + std::string("<text>"));
     }
-    EXPECT_EQ(redact(redaction, "<ERROR|Unknown command: Kim was here"),
+    EXPECT_EQ(redact(redaction, "<ERROR|Unknown command: This is mine"),
               "<ERROR|Unknown command: <text>");
 }
 
