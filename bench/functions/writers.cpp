@@ -1,5 +1,5 @@
-// writers emit|write LINES: after a line on stdin, eight threads write so many lines each, through
-// the worker's emit or through the least that keeps lines whole: a mutex around one write.
+// bench_writers emit|write LINES: after a line on stdin, eight threads write so many lines each,
+// through the worker's emit or through the least that keeps lines whole: a mutex around one write.
 
 #include <cstdio>
 #include <cstdlib>
@@ -38,11 +38,12 @@ void write_lines(int thread, long count, void (*write_line)(const std::string&))
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fputs("usage: writers emit|write LINES\n", stderr);
+    const std::string_view way = argc == 3 ? argv[1] : "";
+    if (way != "emit" && way != "write") {
+        std::fputs("usage: bench_writers emit|write LINES\n", stderr);
         return 2;
     }
-    const auto write_line = std::string_view(argv[1]) == "emit" ? emit : write_once;
+    const auto write_line = way == "emit" ? emit : write_once;
     const long count = std::atol(argv[2]);
     if (std::getchar() == EOF) {
         return 1;

@@ -19,8 +19,8 @@ struct Idler {
     }
 
     void begin() {
-        sleeps_before = sleeps(subject.process()).value_or(0);
-        seconds_before = processor_seconds(subject.process()).value_or(0);
+        sleeps_before = *sleeps(subject.process());
+        seconds_before = *processor_seconds(subject.process());
     }
 
     Subject subject;
@@ -55,8 +55,10 @@ void measure_idle(Bench& bench) {
         workers.push_back(std::make_unique<Idler>(bench.worker()));
         echoes.push_back(std::make_unique<Idler>(bench.program("bench_echo")));
     }
-    if (!sleeps(workers.front()->subject.process())) {
-        bench.results.skipped("Idle wake-ups and processor time", "this system has no /proc");
+    const pid_t first = workers.front()->subject.process();
+    if (!sleeps(first) || !processor_seconds(first)) {
+        bench.results.skipped("Idle wake-ups and processor time",
+                              "this system's /proc does not tell them");
         return;
     }
     const std::chrono::seconds duration(bench.rounds(10, 2));

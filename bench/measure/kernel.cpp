@@ -27,7 +27,7 @@ std::optional<double> number(const fs::path& file, const std::string& key) {
     return std::nullopt;
 }
 
-std::optional<double> kilobytes(const fs::path& file, const std::string& key) {
+std::optional<double> bytes(const fs::path& file, const std::string& key) {
     const std::optional<double> found = number(file, key);
     return found ? std::optional(*found * bytes_per_kilobyte) : std::nullopt;
 }
@@ -51,15 +51,15 @@ std::optional<double> over_threads(pid_t process, OfThread of_thread) {
 }  // namespace
 
 std::optional<double> resident_bytes(pid_t process) {
-    return kilobytes(place(process) / "smaps_rollup", "Rss");
+    return bytes(place(process) / "smaps_rollup", "Rss");
 }
 
 std::optional<double> proportional_bytes(pid_t process) {
-    return kilobytes(place(process) / "smaps_rollup", "Pss");
+    return bytes(place(process) / "smaps_rollup", "Pss");
 }
 
 std::optional<double> peak_bytes(pid_t process) {
-    return kilobytes(place(process) / "status", "VmHWM");
+    return bytes(place(process) / "status", "VmHWM");
 }
 
 std::optional<double> sleeps(pid_t process) {

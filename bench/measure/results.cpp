@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "bench/measure/machine.h"
+#include "bench/measure/subject.h"
 
 namespace {
 
@@ -20,7 +21,8 @@ bool Figure::met() const {
 }
 
 bool Figure::far_missed() const {
-    return bound && (sense == Sense::at_most ? value > *bound * far : value < *bound / far);
+    // What is no number misses too.
+    return bound && !(sense == Sense::at_most ? value <= *bound * far : value >= *bound / far);
 }
 
 void Results::at_most(double bound, const std::string& name, double value, const std::string& unit,
@@ -89,7 +91,11 @@ void Results::write(const std::string& path) const {
         all["curves"].push_back(
             {{"picture", curve.picture}, {"name", curve.name}, {"points", curve.points}});
     }
-    std::ofstream(path) << all.dump(1) << "\n";
+    std::ofstream file(path);
+    file << all.dump(1) << "\n" << std::flush;
+    if (!file) {
+        give_up("cannot write " + path);
+    }
 }
 
 std::string brief(double value) {
