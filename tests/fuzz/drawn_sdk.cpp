@@ -3,109 +3,24 @@
 #include <CRSDK/CameraRemote_SDK.h>
 #include <algorithm>
 #include <iterator>
-#include <memory>
-#include <optional>
 #include <set>
-#include <string>
-#include <vector>
 
+#include "tests/fuzz/drawn_camera.h"
 #include "tests/fuzz/require.h"
 
 namespace {
 
 using namespace SCRSDK;
 
-class Camera final : public ICrCameraObjectInfo {
-  public:
-    explicit Camera(Bytes& bytes)
-        : model_(text_or_null(bytes)), type_(bytes.yes() ? "USB" : text_or_null(bytes)) {}
-    const CrChar* GetModel() const override {
-        return model_ ? model_->c_str() : nullptr;
-    }
-    const CrChar* GetConnectionTypeName() const override {
-        return type_ ? type_->c_str() : nullptr;
-    }
-
-  private:
-    static std::optional<std::string> text_or_null(Bytes& bytes) {
-        return bytes.yes() ? std::optional(bytes.text(12)) : std::nullopt;
-    }
-    std::optional<std::string> model_;
-    std::optional<std::string> type_;
-};
-
-class List;
-
 struct Sdk {
     Bytes* bytes = nullptr;
     unsigned calls = 0;
     IDeviceCallback* application = nullptr;
     std::set<CrDeviceHandle> handles;  // given and not given back
-    std::set<const List*> lists;
+    std::set<const DrawnList*> lists;
     std::set<const CrDeviceProperty*> arrays;
 };
 Sdk& g_sdk = *new Sdk;
-
-// What it says it holds and what it holds may differ; beyond the end is a null object.
-class List final : public ICrEnumCameraObjectInfo {
-  public:
-    explicit List(Bytes& bytes) : count_(bytes.number(4)) {
-        for (unsigned left = bytes.number(3); left > 0; --left) {
-            cameras_.push_back(bytes.number(7) == 0 ? nullptr : std::make_unique<Camera>(bytes));
-        }
-        g_sdk.lists.insert(this);
-    }
-    CrInt32u GetCount() const override {
-        return count_;
-    }
-    ICrCameraObjectInfo* GetCameraObjectInfo(CrInt32u index) const override {
-        require(index < count_, "no camera is asked for beyond the list");
-        return index < cameras_.size() ? cameras_[index].get() : nullptr;
-    }
-    void Release() override {
-        g_sdk.lists.erase(this);
-        delete this;
-    }
-
-  private:
-    ~List() = default;
-    CrInt32u count_;
-    std::vector<std::unique_ptr<Camera>> cameras_;
-};
-
-void call_back(IDeviceCallback& application, Bytes& bytes) {
-    switch (bytes.number(6)) {
-        case 0:
-            application.OnConnected(static_cast<DeviceConnectionVersioin>(bytes.code()));
-            break;
-        case 1:
-            application.OnDisconnected(bytes.code());
-            break;
-        case 2:
-            application.OnWarning(bytes.code());
-            break;
-        case 3:
-            application.OnError(bytes.code());
-            break;
-        case 4: {
-            std::string name = bytes.text(12);
-            const CrInt32u type = bytes.yes() ? 0xFFFFFFFF : bytes.code();
-            application.OnCompleteDownload(bytes.number(7) == 0 ? nullptr : name.data(), type);
-            break;
-        }
-        case 5: {
-            // As large as it says, so that a look beyond its end is found.
-            std::vector<CrInt32u> codes(bytes.number(5));
-            for (CrInt32u& code : codes) {
-                code = bytes.code();
-            }
-            application.OnPropertyChangedCodes(static_cast<CrInt32u>(codes.size()), codes.data());
-            break;
-        }
-        default:
-            application.OnPropertyChangedCodes(bytes.code(), nullptr);
-    }
-}
 
 Bytes& begin_call() {
     ++g_sdk.calls;
@@ -169,7 +84,7 @@ CrInt32u GetSDKVersion() {
 CrInt32u EnumCameraObjects(ICrEnumCameraObjectInfo** cameras, CrInt8u) {
     Bytes& bytes = begin_call();
     if (bytes.number(7) != 0) {
-        *cameras = new List(bytes);
+        *cameras = new DrawnList(bytes, g_sdk.lists);
     }
     return drawn_result(bytes);
 }
