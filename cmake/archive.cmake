@@ -1,5 +1,8 @@
 # Run by cpack: makes an archive of each component that it has laid out, with the licence. Whoever builds where and when,
 # the bytes are the same: sorted, owned by nobody, and as old as SOURCE_DATE_EPOCH says.
+if("$ENV{SOURCE_DATE_EPOCH}" STREQUAL "")
+    message(FATAL_ERROR "SOURCE_DATE_EPOCH says how old the files are; tools/package sets it")
+endif()
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     set(name "${CPACK_PACKAGE_NAME}-${component}-${CPACK_PACKAGE_VERSION}-${CPACK_SYSTEM_NAME}")
     # The merged tree of two builds takes the place of what one of them has installed.
