@@ -44,7 +44,7 @@ class Choices {
 
     int decide(std::uint32_t turn, const Options& options) {
         const int choice = choose(turn, options);
-        if (choice != options.usual()) {
+        if (choice != options.usual() && choice != stop_here) {
             taken.push_back({turn, choice});
         }
         return choice;

@@ -10,8 +10,6 @@
 
 namespace explore {
 
-void begin_reading();
-
 namespace {
 
 constexpr Time poll_horizon = 2 * second;
@@ -78,15 +76,14 @@ Verdict play(const WorkerLibrary& worker, const Scene& scene, Choices& choices,
     run.time_limit = scene.longest;
     carry_out(run_main, start_scripts);
     g_wrong = trace.size();
-    if (run.ending == Ending::pruned) {
-        return Verdict::pruned;
-    }
     if (run.ending == Ending::failed || run.ending == Ending::stuck) {
         return Verdict::wrong;
     }
+    // A run that stops because its state is known has come there another way, and what could be
+    // seen on that way may be wrong. The beginning of what is right is right.
     g_wrong = model.follow(trace);
     if (g_wrong == trace.size()) {
-        return Verdict::right;
+        return run.ending == Ending::pruned ? Verdict::pruned : Verdict::right;
     }
     std::snprintf(run.complaint, sizeof run.complaint,
                   "the protocol does not allow this to happen now: %s",

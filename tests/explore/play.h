@@ -10,6 +10,7 @@
 
 namespace explore {
 
+// Pruned: right as far as it went, and stopped where another run had been before.
 enum class Verdict { right, wrong, pruned };
 
 // Plays a scene once, from a fresh worker to its end. What went wrong is in run.complaint, what was

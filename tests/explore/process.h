@@ -39,6 +39,9 @@ extern Process process;
 // As it stands before main.
 void begin_process();
 
+// The host has read nothing yet.
+void begin_reading();
+
 // The library has been loaded: what it has registered to run at exit stays so in each run.
 void keep_exit_functions();
 void forget_exit_functions();

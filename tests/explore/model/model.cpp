@@ -1,5 +1,7 @@
 #include "tests/explore/model/model.h"
 
+#include <algorithm>
+
 #include "tests/explore/objects.h"
 
 namespace explore::model {
@@ -62,10 +64,16 @@ std::size_t Model::follow(const std::vector<Event>& events) {
         nodes_.assign(1, Frontier{});
         known_.clear();
         edges_.clear();
+        followed_.clear();
         node_for(std::move(start));
     }
-    std::uint32_t node = 1;
-    for (std::size_t i = 0; i < events.size(); ++i) {
+    const auto differ =
+        std::mismatch(followed_.begin(), followed_.end(), events.begin(), events.end());
+    const auto same = static_cast<std::size_t>(differ.first - followed_.begin());
+    followed_.resize(same);
+    path_.resize(same);
+    std::uint32_t node = same == 0 ? 1 : path_.back();
+    for (std::size_t i = same; i < events.size(); ++i) {
         const std::uint64_t edge = mix(node, hash_of_event(events[i]));
         const auto known = edges_.find(edge);
         if (known != edges_.end()) {
@@ -77,6 +85,8 @@ std::size_t Model::follow(const std::vector<Event>& events) {
         if (node == impossible) {
             return i;
         }
+        followed_.push_back(events[i]);
+        path_.push_back(node);
     }
     return events.size();
 }

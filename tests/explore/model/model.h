@@ -36,6 +36,10 @@ class Model {
     std::vector<Frontier> nodes_;
     std::unordered_map<std::uint64_t, std::uint32_t> known_;  // the hash of a frontier, to its node
     std::unordered_map<std::uint64_t, std::uint32_t> edges_;  // node and event, to the next node
+
+    // What was followed last, and the node after each event: most runs begin as the one before.
+    std::vector<Event> followed_;
+    std::vector<std::uint32_t> path_;
 };
 
 // All states in which a right worker can be after the event.
