@@ -26,7 +26,10 @@ using namespace explore;
 
 namespace SCRSDK {
 
-bool Init(CrInt32u) {
+bool Init(CrInt32u argument) {
+    if (argument != 0) {
+        complain("Init is called wrongly");
+    }
     const Answer answer = begin(Call::init);
     camera.initialised = answer.result == 0;
     end(Call::init, answer.result);

@@ -15,24 +15,37 @@ namespace explore {
 
 namespace {
 
+void check_lent() {
+    if (!camera.list_lent) {
+        complain("a list of cameras is read after it was handed back");
+    }
+}
+
 class ListedCamera final : public SCRSDK::ICrCameraObjectInfo {
   public:
     const CrChar* GetModel() const override {
+        check_lent();
         return camera.listed[index_of(this)].model;
     }
     const CrChar* GetConnectionTypeName() const override {
+        check_lent();
         return camera.listed[index_of(this)].type;
     }
 };
 
-ListedCamera g_cameras[4];
+ListedCamera g_cameras[4];  // more than any scene has on its bus
 
 class CameraList final : public SCRSDK::ICrEnumCameraObjectInfo {
   public:
     CrInt32u GetCount() const override {
+        check_lent();
         return static_cast<CrInt32u>(camera.listed.size());
     }
     SCRSDK::ICrCameraObjectInfo* GetCameraObjectInfo(CrInt32u index) const override {
+        check_lent();
+        if (index >= camera.listed.size()) {
+            complain("camera %u is asked for in a list of %zu", index, camera.listed.size());
+        }
         return camera.listed[index].missing ? nullptr : &g_cameras[index];
     }
     void Release() override {
@@ -75,7 +88,12 @@ void list_cameras(Odd odd) {
 }  // namespace
 
 std::size_t index_of(const SCRSDK::ICrCameraObjectInfo* info) {
-    return static_cast<std::size_t>(static_cast<const ListedCamera*>(info) - g_cameras);
+    for (std::size_t i = 0; i < camera.listed.size(); ++i) {
+        if (info == &g_cameras[i]) {
+            return i;
+        }
+    }
+    complain("a camera is used that is in no list");
 }
 
 }  // namespace explore

@@ -21,6 +21,12 @@ CrDeviceProperty& lent_property() {
     return property;
 }
 
+void check_lent(const CrDeviceProperty* property) {
+    if (property == &lent_property() && !camera.array_lent) {
+        complain("a property is read after its array was handed back");
+    }
+}
+
 }  // namespace
 
 CrInt32u GetSelectDeviceProperties(CrDeviceHandle handle, CrInt32u count, CrInt32u* codes,
@@ -51,9 +57,12 @@ CrInt32u GetSelectDeviceProperties(CrDeviceHandle handle, CrInt32u count, CrInt3
     return result;
 }
 
-CrInt32u ReleaseDeviceProperties(CrDeviceHandle handle, CrDeviceProperty*) {
+CrInt32u ReleaseDeviceProperties(CrDeviceHandle handle, CrDeviceProperty* properties) {
     if (!camera.array_lent) {
         complain("an array of properties is handed back twice");
+    }
+    if (properties != &lent_property()) {
+        complain("an array of properties is handed back that was never lent");
     }
     const Answer answer = begin(Call::release_properties, 0, 0, 0, handle);
     camera.array_lent = false;
@@ -85,12 +94,14 @@ void CrDeviceProperty::SetCode(CrInt32u code) {
     code_ = code;
 }
 CrInt32u CrDeviceProperty::GetCode() const {
+    check_lent(this);
     return code_;
 }
 void CrDeviceProperty::SetCurrentValue(CrInt64u value) {
     value_ = value;
 }
 CrInt64u CrDeviceProperty::GetCurrentValue() const {
+    check_lent(this);
     return value_;
 }
 void CrDeviceProperty::SetValueType(CrDataType type) {
@@ -100,6 +111,7 @@ CrDataType CrDeviceProperty::GetValueType() const {
     return value_type_;
 }
 bool CrDeviceProperty::IsGetEnableCurrentValue() const {
+    check_lent(this);
     return readable_;
 }
 void CrDeviceProperty::SetGetEnableCurrentValue(bool enabled) {
