@@ -25,6 +25,11 @@ std::string reply_to(const std::string& name) {
     return "";
 }
 
+bool takes_picture(const std::string& name) {
+    return name == "REMOTE_CAPTURE" || name == "CAPTURE" || name == "REMOTE_CAPTURE_NONAF" ||
+           name == "CAPTURE_NONAF";
+}
+
 std::string name_of(const std::string& command) {
     std::string name = fields_of(command)[0];
     std::transform(name.begin(), name.end(), name.begin(),
@@ -95,10 +100,9 @@ bool begin_command(State& state) {
 bool plain_reply(State& state, const Event* event) {
     const std::string& command = text_of(state.command);
     const std::string name = name_of(command);
-    const std::string reply = name == "CONNECT" ? "CONNECTED|already"
-                              : name.ends_with("CAPTURE") || name.ends_with("NONAF")
-                                  ? "ERROR|Camera not connected"
-                                  : reply_to(name);
+    const std::string reply = name == "CONNECT"     ? "CONNECTED|already"
+                              : takes_picture(name) ? "ERROR|Camera not connected"
+                                                    : reply_to(name);
     state.command = 0;
     return line(state, event, reply.empty() ? "ERROR|Unknown command: " + command : reply,
                 At::next_command);

@@ -1,13 +1,19 @@
 #include "tests/explore/model/state.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace explore::model {
 
 void post(State& state, Text line) {
-    if (!state.queue_closed && state.queued < most_queued) {
-        state.queue[state.queued++] = line;
+    if (state.queue_closed) {
+        return;
     }
+    if (state.queued == most_queued) {
+        std::fputs("explore: the model's queue is too short for this scene\n", stderr);
+        std::abort();
+    }
+    state.queue[state.queued++] = line;
 }
 
 bool is_line(const Event* event, const std::string& text) {
