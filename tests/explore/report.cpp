@@ -48,7 +48,7 @@ Report::Report(std::string what) : what_(std::move(what)) {
 void Report::add(const Scene& scene, const Findings& findings) {
     rows_.push_back({&scene, findings});
     add_to(sum_, findings);
-    failed_ += findings.failed ? 1 : 0;
+    (findings.failed ? failed_ : passed_) += 1;
     sum_.failed = failed_ > 0;
     print_row(scene.name, findings, result_of(findings));
     if (findings.failed) {
@@ -58,11 +58,21 @@ void Report::add(const Scene& scene, const Findings& findings) {
     }
 }
 
+void Report::demand(std::uint64_t faults, std::uint64_t pairs) {
+    const bool enough = sum_.faults >= faults && sum_.pairs >= pairs;
+    (enough ? passed_ : failed_) += 1;
+    sum_.failed = failed_ > 0;
+    if (!enough) {
+        std::printf("FAILED  too few faults: %" PRIu64 " of %" PRIu64 ", and %" PRIu64
+                    " of %" PRIu64 " pairs\n",
+                    sum_.faults, faults, sum_.pairs, pairs);
+    }
+}
+
 void Report::close() {
     seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - begun_).count();
     print_row("all", sum_, result_of(sum_) + ", " + figures());
-    std::printf("%zu passed, %d failed\n", rows_.size() - static_cast<std::size_t>(failed_),
-                failed_);
+    std::printf("%d passed, %d failed\n", passed_, failed_);
 }
 
 std::string Report::figures() const {

@@ -18,6 +18,8 @@ class Report {
     explicit Report(std::string what);
 
     void add(const Scene& scene, const Findings& findings);
+    // Fails unless so many faults struck, alone and in pairs: a search that plays none proves none.
+    void demand(std::uint64_t faults, std::uint64_t pairs);
     void close();
 
     // The same as a table, at the end of a file for the documentation.
@@ -44,6 +46,7 @@ class Report {
     double seconds_ = 0;
     std::vector<Row> rows_;
     Findings sum_{};
+    int passed_ = 0;
     int failed_ = 0;
 };
 

@@ -45,6 +45,7 @@ void pull_cable() {
     need.number = circumstances.cable_pulled_at;
     need.due = never;
     await(need);
+    note_cable_pulled();
     device::go_away();
 }
 

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "tests/explore/scheduler.h"
+
 namespace explore {
 
 Circumstances circumstances;
@@ -14,12 +16,14 @@ constexpr char pulled[] = "pulled-at/";
 
 std::vector<int> g_strikes;
 bool g_on = false;
+std::uint32_t g_cable_pulled = 0;
 
 }  // namespace
 
 void begin_circumstances() {
     g_strikes.assign(circumstances.faults.size(), 0);
     g_on = false;
+    g_cable_pulled = 0;
 }
 
 void switch_faults_on() {
@@ -28,6 +32,14 @@ void switch_faults_on() {
 
 bool all_faults_struck() {
     return std::find(g_strikes.begin(), g_strikes.end(), 0) == g_strikes.end();
+}
+
+void note_cable_pulled() {
+    g_cable_pulled = run.turns;
+}
+
+std::uint32_t cable_was_pulled_at() {
+    return g_cable_pulled;
 }
 
 Answer answer_with_faults(const Asked& asked) {

@@ -11,7 +11,7 @@ namespace explore {
 
 struct Circumstances {
     std::vector<const Fault*> faults;
-    std::uint32_t cable_pulled_at = 0;  // turn
+    std::uint32_t cable_pulled_at = 0;  // turn, at the earliest
 };
 
 extern Circumstances circumstances;
@@ -20,6 +20,9 @@ extern Circumstances circumstances;
 void begin_circumstances();
 void switch_faults_on();
 bool all_faults_struck();
+// The turn at which the cable really went in this run; 0 when it did not.
+void note_cable_pulled();
+std::uint32_t cable_was_pulled_at();
 Answer answer_with_faults(const Asked& asked);
 
 // Before a schedule in a report: a word and a blank for each fault, and for the cable. The second

@@ -115,6 +115,7 @@ void search_cable(const WorkerLibrary& worker, const Scene& scene, std::uint64_t
     Search search{worker, scene, findings};
     Player player(search, seed);
     constexpr int cable_fiber = 3;  // after main, the host and the camera
+    std::uint32_t last_pull = 0;
     for (circumstances.cable_pulled_at = 1;; ++circumstances.cable_pulled_at) {
         if (!player.play_usual()) {
             return;
@@ -122,9 +123,14 @@ void search_cable(const WorkerLibrary& worker, const Scene& scene, std::uint64_t
         if (run.turns < circumstances.cable_pulled_at) {
             return;
         }
-        ++findings.pulls;
         Eager eager(cable_fiber);
-        if (!player.stands(eager) || !player.play_random(random_runs_each)) {
+        if (!player.stands(eager)) {
+            return;
+        }
+        // Before the session opens there is no cable to pull: all those turns are one pull.
+        findings.pulls += cable_was_pulled_at() > last_pull ? 1 : 0;
+        last_pull = std::max(last_pull, cable_was_pulled_at());
+        if (!player.play_random(random_runs_each)) {
             return;
         }
     }

@@ -12,7 +12,7 @@ struct Findings {
     std::uint64_t simulated_ms;
     std::uint64_t faults;  // that struck, each alone
     std::uint64_t pairs;   // of faults, both of which struck
-    std::uint64_t pulls;   // of the cable, each at another turn
+    std::uint64_t pulls;   // of the cable, each at another turn of the session
     bool failed;
     char complaint[1024];
     char schedule[2048];
