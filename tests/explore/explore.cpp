@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/explore/search/hunt.h"
+#include "tests/explore/search/kept_schedules.h"
 #include "tests/explore/tasks.h"
 
 int main(int argc, char** argv) {
@@ -31,7 +32,8 @@ int main(int argc, char** argv) {
     app.add_option("--one-pair-in", wishes.one_pair_in, "How few pairs of faults to play; 1: all")
         ->check(CLI::PositiveNumber);
     app.add_option("--replay", replay, "Play one schedule: SCENE FAULT... TURN:FIBER...");
-    app.add_option("--replays", replays, "Play the schedules of this file");
+    app.add_option("--replays", replays,
+                   "Play the schedules of this file; with --planted, each with its own mistake");
     app.add_flag("--faithful", faithful, "Check that replays repeat their runs exactly");
     app.add_option("--planted", planted, "Find the mistake in each of these workers");
     app.add_flag("--list", list, "Name the scenes");
@@ -39,6 +41,9 @@ int main(int argc, char** argv) {
 
     if (list) {
         return list_scenes();
+    }
+    if (!planted.empty() && !replays.empty()) {
+        return replay_planted(planted, replays, wishes.jobs);
     }
     if (!planted.empty()) {
         return hunt_planted(planted, wishes.jobs);

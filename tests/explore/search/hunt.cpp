@@ -1,10 +1,9 @@
 #include "tests/explore/search/hunt.h"
 
-#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <ctime>
-#include <fstream>
+#include <filesystem>
 #include <optional>
 
 #include "tests/explore/faults/circumstances.h"
@@ -21,11 +20,6 @@ constexpr double longest_hunt = 60;  // seconds of processor time
 
 double processor_time() {
     return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
-
-std::string name_of(const std::string& path) {
-    const std::size_t start = path.rfind('/') + 1;
-    return path.substr(start, path.rfind('.') - start);
 }
 
 // One scene with an effort; an effort of none stands for the faults, each alone.
@@ -76,45 +70,21 @@ int hunt_planted(const std::vector<std::string>& workers, std::size_t jobs) {
         workers.size(), jobs,
         [&](std::size_t i, Findings& findings) { hunt(workers[i], findings); },
         [&](std::size_t i, const Findings& findings) {
-            const std::string name = name_of(workers[i]);
-            const bool found_it = findings.failed && findings.schedule[0] != '\0';
+            const std::string name = std::filesystem::path(workers[i]).stem();
+            const bool seen = findings.failed && findings.schedule[0] != '\0';
+            const double seconds = static_cast<double>(findings.simulated_ms) / 1000;
+            const bool found_it = seen && seconds <= longest_hunt;
             std::printf("%-32s %10" PRIu64 " %8.2f  %s\n%34s%s\n", name.c_str(), findings.runs,
-                        static_cast<double>(findings.simulated_ms) / 1000,
-                        found_it ? findings.schedule : "MISSED", "", findings.complaint);
+                        seconds,
+                        found_it ? findings.schedule
+                        : seen   ? "TOO LATE"
+                                 : "MISSED",
+                        "", findings.complaint);
             std::fflush(stdout);
             found += found_it ? 1U : 0U;
         });
     std::printf("%zu passed, %zu failed\n", found, workers.size() - found);
     return found == workers.size() ? 0 : 1;
-}
-
-int replay_all(const std::string& path, const std::string& file) {
-    WorkerLibrary worker{};
-    std::ifstream lines(file);
-    if (!load_worker(path, worker) || !lines) {
-        std::fprintf(stderr, "explore: cannot read %s\n", file.c_str());
-        return 2;
-    }
-    int passed = 0;
-    int failed = 0;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.empty() || line[0] == '#') {
-            continue;
-        }
-        const std::size_t space = std::min(line.find(' '), line.size());
-        const Scene* const scene = scene_named(line.substr(0, space));
-        Findings findings{};
-        findings.failed = true;
-        if (scene != nullptr) {
-            replay_schedule(worker, *scene, line.c_str() + space, findings);
-        }
-        (findings.failed ? failed : passed) += 1;
-        if (findings.failed) {
-            std::printf("%s%s\n  %s\n", findings.story, line.c_str(), findings.complaint);
-        }
-    }
-    std::printf("%d passed, %d failed\n", passed, failed);
-    return failed == 0 && passed > 0 ? 0 : 1;
 }
 
 }  // namespace explore
