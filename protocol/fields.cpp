@@ -77,10 +77,10 @@ std::vector<std::string> split_fields(const std::string& line) {
     for (;;) {
         const std::size_t bar = line.find('|', start);
         if (bar == std::string::npos) {
-            fields.push_back(line.substr(start));
+            fields.emplace_back(line, start);
             return fields;
         }
-        fields.push_back(line.substr(start, bar - start));
+        fields.emplace_back(line, start, bar - start);
         start = bar + 1;
     }
 }
