@@ -57,7 +57,7 @@ void measure_all(Bench& bench) {
 
 int main(int argc, char** argv) {
     const bool quick = argc == 3 && std::string(argv[1]) == "--quick";
-    if (argc != 2 && !quick) {
+    if ((argc != 2 && !quick) || argv[argc - 1][0] == '-') {
         std::fputs("usage: measure [--quick] RESULTS\n", stderr);
         return 2;
     }
