@@ -71,6 +71,12 @@ std::string_view Subject::hear() {
     }
 }
 
+std::string_view Subject::watch() {
+    pollfd lines{output_.number(), POLLIN, 0};
+    while (begin_ == end_ && poll(&lines, 1, 0) == 0) {}
+    return hear();
+}
+
 void Subject::hear_until(std::string_view line) {
     while (hear() != line) {}
 }

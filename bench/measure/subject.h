@@ -44,6 +44,9 @@ class Subject {
 
     // The next line without its line feed; the view is good until the next call.
     std::string_view hear();
+    // The same without falling asleep: the time when a line can be read, not when a reader has
+    // woken up. Takes a processor of its own.
+    std::string_view watch();
     // Lines before that one are passed over.
     void hear_until(std::string_view line);
 
