@@ -87,30 +87,6 @@ Readers* readers_of(Epoch mark, std::size_t byte) {
     }
 }
 
-inline void check_read(const void* address, std::size_t place, Epoch moment, const void* code) {
-    if (!before(worker_memory.written[place], run.self->clock)) {
-        tell_race(address, worker_memory.written[place], "reads", code);
-    }
-    Epoch& read = worker_memory.read[place];
-    if (before(read, run.self->clock)) {
-        read = moment;
-    } else {
-        read_after_others(address, place, moment, code);
-    }
-}
-
-inline void check_write(const void* address, std::size_t place, Epoch moment, const void* code) {
-    const Clock& clock = run.self->clock;
-    Epoch& written = worker_memory.written[place];
-    if (written != moment && !before(written, clock)) {
-        tell_race(address, written, "writes", code);
-    }
-    if (worker_memory.read[place] != moment && !before(worker_memory.read[place], clock)) {
-        write_after_others(address, place, code);
-    }
-    written = moment;
-}
-
 // Two bytes' shadows at a time, for the common case that all bytes of an access share one history.
 using Pair = std::uint64_t;
 
@@ -119,7 +95,7 @@ inline Pair twice(Epoch moment) {
 }
 
 template <std::size_t size>
-inline bool alike(const Epoch* shadows) {
+inline bool share_history(const Epoch* shadows) {
     const Pair wanted = twice(shadows[0]);
     Pair difference = 0;
     for (std::size_t i = 0; i < size; i += 2) {
@@ -138,32 +114,61 @@ inline void fill(Epoch* shadows, Epoch moment) {
     }
 }
 
-// An access whose bytes share one history: marks them and is done. False: look at each byte.
-template <std::size_t size>
-inline bool read_alike(std::size_t place, Epoch moment) {
-    const Epoch* const written = worker_memory.written + place;
-    Epoch* const read = worker_memory.read + place;
-    const Clock& clock = run.self->clock;
-    if (!alike<size>(written) || !before(*written, clock) || !alike<size>(read) ||
-        !before(*read, clock)) {
-        return false;
+// The two kinds of access. `alike` takes bytes that share one history and marks them; false: look
+// at each byte, with `check`.
+struct Reading {
+    template <std::size_t size>
+    static bool alike(std::size_t place, Epoch moment) {
+        const Epoch* const written = worker_memory.written + place;
+        Epoch* const read = worker_memory.read + place;
+        const Clock& clock = run.self->clock;
+        if (!share_history<size>(written) || !before(*written, clock) ||
+            !share_history<size>(read) || !before(*read, clock)) {
+            return false;
+        }
+        fill<size>(read, moment);
+        return true;
     }
-    fill<size>(read, moment);
-    return true;
-}
 
-template <std::size_t size>
-inline bool write_alike(std::size_t place, Epoch moment) {
-    Epoch* const written = worker_memory.written + place;
-    const Epoch* const read = worker_memory.read + place;
-    const Clock& clock = run.self->clock;
-    if (!alike<size>(written) || !before(*written, clock) || !alike<size>(read) ||
-        !before(*read, clock)) {
-        return false;
+    static void check(const void* address, std::size_t place, Epoch moment, const void* code) {
+        if (!before(worker_memory.written[place], run.self->clock)) {
+            tell_race(address, worker_memory.written[place], "reads", code);
+        }
+        Epoch& read = worker_memory.read[place];
+        if (before(read, run.self->clock)) {
+            read = moment;
+        } else {
+            read_after_others(address, place, moment, code);
+        }
     }
-    fill<size>(written, moment);
-    return true;
-}
+};
+
+struct Writing {
+    template <std::size_t size>
+    static bool alike(std::size_t place, Epoch moment) {
+        Epoch* const written = worker_memory.written + place;
+        const Epoch* const read = worker_memory.read + place;
+        const Clock& clock = run.self->clock;
+        if (!share_history<size>(written) || !before(*written, clock) ||
+            !share_history<size>(read) || !before(*read, clock)) {
+            return false;
+        }
+        fill<size>(written, moment);
+        return true;
+    }
+
+    static void check(const void* address, std::size_t place, Epoch moment, const void* code) {
+        const Clock& clock = run.self->clock;
+        Epoch& written = worker_memory.written[place];
+        if (written != moment && !before(written, clock)) {
+            tell_race(address, written, "writes", code);
+        }
+        if (worker_memory.read[place] != moment && !before(worker_memory.read[place], clock)) {
+            write_after_others(address, place, code);
+        }
+        written = moment;
+    }
+};
 
 // Otherwise `place` is where its shadow begins.
 inline bool unchecked(const void* address, const void* code, std::size_t& place) {
@@ -178,9 +183,8 @@ inline Epoch current_moment() {
     return epoch(run.self->number, run.self->clock.at[run.self->number]);
 }
 
-}  // namespace
-
-void reads(const void* address, std::size_t size, const void* code) {
+template <typename Access>
+void check_range(const void* address, std::size_t size, const void* code) {
     std::size_t place = 0;
     if (size == 0 || unchecked(address, code, place)) {
         return;
@@ -188,64 +192,50 @@ void reads(const void* address, std::size_t size, const void* code) {
     const Epoch moment = current_moment();
     std::size_t i = 0;
     while (i < size) {
-        if (i + block <= size && read_alike<block>(place + i, moment)) {
+        if (i + block <= size && Access::template alike<block>(place + i, moment)) {
             i += block;
         } else {
-            check_read(static_cast<const char*>(address) + i, place + i, moment, code);
+            Access::check(static_cast<const char*>(address) + i, place + i, moment, code);
             ++i;
         }
     }
 }
 
-void writes(const void* address, std::size_t size, const void* code) {
+template <typename Access, std::size_t size>
+inline void check_access(const void* address, const void* code) {
     std::size_t place = 0;
-    if (size == 0 || unchecked(address, code, place)) {
+    if (unchecked(address, code, place)) {
         return;
     }
     const Epoch moment = current_moment();
-    std::size_t i = 0;
-    while (i < size) {
-        if (i + block <= size && write_alike<block>(place + i, moment)) {
-            i += block;
-        } else {
-            check_write(static_cast<const char*>(address) + i, place + i, moment, code);
-            ++i;
+    if constexpr (size > 1) {
+        if (Access::template alike<size>(place, moment)) {
+            return;
         }
     }
+    for (std::size_t i = 0; i < size; ++i) {
+        Access::check(static_cast<const char*>(address) + i, place + i, moment, code);
+    }
+}
+
+}  // namespace
+
+void reads(const void* address, std::size_t size, const void* code) {
+    check_range<Reading>(address, size, code);
+}
+
+void writes(const void* address, std::size_t size, const void* code) {
+    check_range<Writing>(address, size, code);
 }
 
 template <std::size_t size>
 void reads(const void* address, const void* code) {
-    std::size_t place = 0;
-    if (unchecked(address, code, place)) {
-        return;
-    }
-    const Epoch moment = current_moment();
-    if constexpr (size > 1) {
-        if (read_alike<size>(place, moment)) {
-            return;
-        }
-    }
-    for (std::size_t i = 0; i < size; ++i) {
-        check_read(static_cast<const char*>(address) + i, place + i, moment, code);
-    }
+    check_access<Reading, size>(address, code);
 }
 
 template <std::size_t size>
 void writes(const void* address, const void* code) {
-    std::size_t place = 0;
-    if (unchecked(address, code, place)) {
-        return;
-    }
-    const Epoch moment = current_moment();
-    if constexpr (size > 1) {
-        if (write_alike<size>(place, moment)) {
-            return;
-        }
-    }
-    for (std::size_t i = 0; i < size; ++i) {
-        check_write(static_cast<const char*>(address) + i, place + i, moment, code);
-    }
+    check_access<Writing, size>(address, code);
 }
 
 template void reads<1>(const void*, const void*);
