@@ -33,9 +33,12 @@ class Build:
         self.commands = {}
         for entry in read_json(folder / "compile_commands.json"):
             command = [part for part in shlex.split(entry["command"]) if "ccache" not in part]
-            # The scheduler of tests/explore compiles the worker's sources once more, in its own way.
-            if "tests/explore/" not in command[command.index("-o") + 1]:
+            if self.takes(command[command.index("-o") + 1]):
                 self.commands[os.path.relpath(entry["file"], ROOT)] = command
+
+    def takes(self, output):
+        """Whether this build is made of that object."""
+        return "tests/explore/" not in output
 
     def compile(self, source, output, overlay):
         """The object of a source of the tree, seen through a folder with changed files."""
@@ -90,6 +93,22 @@ class Build:
         sdk = self.folder / "Contents/Frameworks/SonySDK"
         command = ["c++", *self.flags, "-o", output, *objects, self.folder / "libworker_core.a", "-L", sdk, "-lCr_Core",
                    *libraries, "-pthread", f"-Wl,-rpath,{run_path or sdk}"]  # fmt: skip
+        if run(command, seconds=120) != 0:
+            raise RuntimeError(f"{output} cannot be linked")
+        return output
+
+
+class ExploredBuild(Build):
+    """The worker's sources once more, in the way in which the scheduler of tests/explore plays them."""
+
+    def takes(self, output):
+        return "/explored_objects.dir/" in output
+
+    def link_worker(self, output, objects):
+        wrapped = (ROOT / "tests/explore/wrapped.txt").read_text().split()
+        command = ["c++", "-shared", "-o", output, "-Wl,-Bsymbolic,-z,now,--undefined=main",
+                   *(f"-Wl,--wrap={call}" for call in wrapped),
+                   *objects, self.folder / "tests/explore/libexplored_objects.a"]  # fmt: skip
         if run(command, seconds=120) != 0:
             raise RuntimeError(f"{output} cannot be linked")
         return output

@@ -22,9 +22,10 @@ def end_processes_of(program):
 
 
 class Workshop:
-    def __init__(self, folder, plain, tsan, coverage):
+    def __init__(self, folder, plain, explored, tsan, coverage):
         self.folder = folder
         self.plain = plain
+        self.explored = explored
         self.tsan = tsan
         self.coverage = coverage
         self.overlay = folder / "overlay"
@@ -67,6 +68,7 @@ class Workshop:
         if not in_source:
             steps.append(("unit tests", lambda: self.unit_tests(self.plain, mutant, objects)))
         steps += [
+            ("interleavings", lambda: self.interleavings(mutant)),
             ("crossings", lambda: self.crossings(mutant, objects)),
             ("process tests", lambda: self.process_tests(self.plain)),
             ("the thread sanitizer", lambda: self.under_the_thread_sanitizer(mutant)),
@@ -103,6 +105,16 @@ class Workshop:
         program = self.build_tests(build, "unit", mutant, objects, ["-lgtest_main", "-lgtest"])
         left_out = "" if mutant.file.startswith(CODEC) and build is self.plain else "-Codec.*"
         return run([program, f"--gtest_filter={left_out or '*'}", "--gtest_fail_fast"], seconds=40) == 0
+
+    def interleavings(self, mutant):
+        """A look at each scene and each fault, far from what the proof itself goes through."""
+        objects = self.explored.changed_objects(mutant.file, self.overlay, self.folder / "explored")
+        worker = self.explored.link_worker(self.folder / "explored/worker.so", objects.values())
+        explore = [self.explored.folder / "bin/explore", "--worker", worker, "--jobs", "1"]
+        return (
+            run([*explore, "--bound", "1", "--runs", "45000"], seconds=120) == 0
+            and run([*explore, "--faults"], seconds=120) == 0
+        )
 
     def crossings(self, mutant, objects):
         if mutant.file == "worker/main.cpp":
