@@ -101,6 +101,11 @@ void connected(int version) {
               });
 }
 
+void answer_connect() {
+    await_connect();
+    connected();
+}
+
 void disconnected(std::uint32_t error) {
     call_back(Callback::disconnected, error, 0,
               [error](SCRSDK::IDeviceCallback& worker) { worker.OnDisconnected(error); });

@@ -96,6 +96,11 @@ void await_beginning(const char* text) {
     await_output(need, g_reading.read);
 }
 
+void connect() {
+    write("CONNECT");
+    await("CONNECTED|MODEL-A");
+}
+
 void pause(Time length) {
     run.self->idle = false;
     nap(length);

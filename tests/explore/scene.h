@@ -45,6 +45,8 @@ const Scene* scene_named(std::string_view name);
 namespace explore::host {
 
 void write(const char* line);
+// Writes CONNECT and awaits that the session is up.
+void connect();
 void close_input();
 // Goes on when the worker has written this line, after the one awaited before.
 void await(const char* line);
@@ -62,6 +64,8 @@ namespace explore::device {
 
 // Goes on when the worker's n-th Connect has been accepted.
 void await_connect(std::size_t number = 1);
+// Answers the first of them.
+void answer_connect();
 // Goes on when the worker has called the function for the n-th time.
 void await_call(Call call, std::size_t number = 1);
 void pause(Time length);

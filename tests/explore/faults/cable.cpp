@@ -15,8 +15,7 @@ void settle() {
 }
 
 void shoot() {
-    host::write("CONNECT");
-    host::await("CONNECTED|MODEL-A");
+    host::connect();
     settle();
     host::write("CAPTURE");
     settle();
@@ -27,8 +26,7 @@ void shoot() {
 }
 
 void answer() {
-    device::await_connect();
-    device::connected();
+    device::answer_connect();
     device::await_call(Call::send_command, 2);
     device::downloaded("DSC00001.JPG");
 }

@@ -24,15 +24,13 @@ void opening() {
 }
 
 void connected() {
-    host::write("CONNECT");
-    host::await("CONNECTED|MODEL-A");
+    host::connect();
     settle();
     switch_faults_on();
 }
 
 void after_loss() {
-    host::write("CONNECT");
-    host::await("CONNECTED|MODEL-A");
+    host::connect();
     host::await("DISCONNECTED|");
     settle();
     switch_faults_on();

@@ -19,8 +19,7 @@ const Scene connect_answered{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::await_call(Call::disconnect);
             device::disconnected(0);
         },
@@ -40,11 +39,7 @@ const Scene connect_returns_late{
             host::await_anywhere("CONNECTED|already");
             host::write("QUIT");
         },
-    .camera =
-        [] {
-            device::await_connect();
-            device::connected();
-        },
+    .camera = device::answer_connect,
 };
 
 const Scene connect_refused{
@@ -58,15 +53,10 @@ const Scene connect_refused{
             host::write("CONNECT");
             host::await("ERROR|Could not open the camera (0x00008201)");
             host::write("DISCONNECT");
-            host::write("CONNECT");
-            host::await("CONNECTED|MODEL-A");
+            host::connect();
             host::write("QUIT");
         },
-    .camera =
-        [] {
-            device::await_connect();
-            device::connected();
-        },
+    .camera = device::answer_connect,
 };
 
 const Scene no_camera_found{
@@ -84,15 +74,10 @@ const Scene no_camera_found{
             host::write("CONNECT");
             host::write("PRIME");
             host::write("CONNECT");
-            host::write("CONNECT");
-            host::await("CONNECTED|MODEL-A");
+            host::connect();
             host::close_input();
         },
-    .camera =
-        [] {
-            device::await_connect();
-            device::connected();
-        },
+    .camera = device::answer_connect,
 };
 
 const Scene disconnect_crosses_answer{
@@ -110,8 +95,7 @@ const Scene disconnect_crosses_answer{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::await_connect(2);
             device::connected();
         },

@@ -10,14 +10,12 @@ const Scene exit_under_fire{
     .arguments = {"/shots"},
     .host =
         [] {
-            host::write("CONNECT");
-            host::await("CONNECTED|MODEL-A");
+            host::connect();
             host::write("QUIT");
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::downloaded("DSC00001.JPG");
             device::properties({0x0106, 0x0708});
         },
@@ -42,8 +40,7 @@ const Scene exit_under_fire_of_all{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::disconnected(0x8208);
         },
     .signals = [] { kernel::raise_signal(15); },
@@ -91,8 +88,7 @@ const Scene sdk_hangs_at_exit{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::pause(second);
             device::downloaded("DSC00001.JPG");
             device::pause(2 * second);
@@ -110,16 +106,14 @@ const Scene host_stops_reading{
     .proves = "A host that no longer reads cannot keep the worker beyond the deadline.",
     .host =
         [] {
-            host::write("CONNECT");
-            host::await("CONNECTED|MODEL-A");
+            host::connect();
             host::await_anywhere("FILE_TYPE|jpeg");
             host::stop_reading();
             host::write("QUIT");
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::await_call(Call::get_properties, 3);
             device::warning(1);
             device::warning(2);
@@ -158,8 +152,7 @@ const Scene quit_while_opening{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::await_call(Call::release_device);
             device::disconnected(0);
         },
@@ -177,8 +170,7 @@ const Scene exit_on_a_slow_machine{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::downloaded("DSC00001.JPG");
         },
     .signals = [] { kernel::raise_signal(2); },

@@ -17,8 +17,7 @@ const Scene camera_comes_back{
     .arguments = {"/shots"},
     .host =
         [] {
-            host::write("CONNECT");
-            host::await("CONNECTED|MODEL-A");
+            host::connect();
             host::await("DISCONNECTED|");
             host::write("CONNECT");
             host::await_anywhere("CONNECTED|already");
@@ -27,8 +26,7 @@ const Scene camera_comes_back{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::warning(reconnecting);
             device::warning(reconnecting);
             device::connected();
@@ -48,8 +46,7 @@ const Scene loss_told_by_two_threads{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::await_call(Call::set_property);
             device::warning(reconnecting);
         },
@@ -66,8 +63,7 @@ const Scene disconnect_crosses_loss{
     .proves = "A DISCONNECT at the moment of a loss: the SDK's answer to it stays silent.",
     .host =
         [] {
-            host::write("CONNECT");
-            host::await("CONNECTED|MODEL-A");
+            host::connect();
             host::write("DISCONNECT");
             host::await("DISCONNECTED|");
             host::write("CAPTURE");
@@ -75,8 +71,7 @@ const Scene disconnect_crosses_loss{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::warning(reconnecting);
             device::disconnected(camera_lost);
         },
@@ -92,8 +87,7 @@ const Scene new_session_crosses_old_loss{
     .proves = "A loss of the old session that comes late meets the next session at any moment.",
     .host =
         [] {
-            host::write("CONNECT");
-            host::await("CONNECTED|MODEL-A");
+            host::connect();
             host::write("DISCONNECT");
             host::write("CONNECT");
             host::pause(25 * second);
@@ -101,8 +95,7 @@ const Scene new_session_crosses_old_loss{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::await_connect(2);
             device::connected();
         },

@@ -10,8 +10,7 @@ const Scene capture_and_download{
     .arguments = {"/shots", "ignored", "card"},
     .host =
         [] {
-            host::write("CONNECT");
-            host::await("CONNECTED|MODEL-A");
+            host::connect();
             host::write("CAPTURE");
             host::write("capture_nonaf");
             host::await_anywhere("DOWNLOADED|/shots/DSC00001.JPG");
@@ -19,8 +18,7 @@ const Scene capture_and_download{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::await_call(Call::send_command, 2);
             device::downloaded("DSC00001.JPG");
             device::downloaded("DSC00002.JPG", 0);
@@ -32,8 +30,7 @@ const Scene capture_while_camera_goes{
     .proves = "Once the shutter is half-pressed it is let go, whatever becomes of the session.",
     .host =
         [] {
-            host::write("CONNECT");
-            host::await("CONNECTED|MODEL-A");
+            host::connect();
             host::write("CAPTURE");
             host::write("CAPTURE");
             host::await("REMOTE_CAPTURED|OK");
@@ -42,8 +39,7 @@ const Scene capture_while_camera_goes{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::await_call(Call::set_property, 3);
             device::pause(700 * millisecond);
             device::disconnected(0x8208);
@@ -86,15 +82,13 @@ const Scene signal_during_capture{
     .arguments = {"/shots"},
     .host =
         [] {
-            host::write("CONNECT");
-            host::await("CONNECTED|MODEL-A");
+            host::connect();
             host::write("CAPTURE");
             host::write("PRIME");
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::await_call(Call::send_command, 1);
             device::downloaded("DSC00001.JPG");
         },

@@ -31,8 +31,7 @@ const Scene word_while_session_drops{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::await_call(Call::set_property, 4);
             device::warning(reconnecting);
             device::connected();
@@ -59,8 +58,7 @@ const Scene file_type_while_session_drops{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::await_call(Call::set_property, 3);
             device::disconnected(0x8208);
         },
@@ -85,8 +83,7 @@ const Scene card_pulled_while_applying{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::set(first_card, 1);
             device::properties({first_card, second_card});
             device::pause(second);
@@ -100,8 +97,7 @@ const Scene notices_in_a_storm{
     .proves = "Notices of two threads at once: each is handled once, in the order of the queue.",
     .host =
         [] {
-            host::write("CONNECT");
-            host::await("CONNECTED|MODEL-A");
+            host::connect();
             host::write("SAVE_DEST|disk");
             host::write("PRIME");
             host::await("PRIME_DONE|OK");
@@ -110,8 +106,7 @@ const Scene notices_in_a_storm{
         },
     .camera =
         [] {
-            device::await_connect();
-            device::connected();
+            device::answer_connect();
             device::set(file_type, 3);
             device::properties({file_type, 0x1234, first_card});
             device::properties({0x1234});
@@ -138,11 +133,7 @@ const Scene settings_cross_session{
             host::await("PRIME_DONE|OK");
             host::write("QUIT");
         },
-    .camera =
-        [] {
-            device::await_connect();
-            device::connected();
-        },
+    .camera = device::answer_connect,
 };
 
 }  // namespace explore

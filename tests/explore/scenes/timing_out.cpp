@@ -138,11 +138,7 @@ const Scene machine_stands_still_again{
             host::write("DISCONNECT");
             host::write("QUIT");
         },
-    .camera =
-        [] {
-            device::await_connect();
-            device::connected();
-        },
+    .camera = device::answer_connect,
     .jumps = 2,
     .jump_length = 21 * second,
 };
