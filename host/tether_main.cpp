@@ -8,7 +8,7 @@
 #include <string>
 #include <system_error>
 
-#include "host/bundle.h"
+#include "host/beside_this_program.h"
 #include "host/doctor/checks.h"
 #include "host/doctor/examination.h"
 #include "host/events.h"

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "host/doctor/checks.h"
+#include "host/doctor/sdk_library.h"
 
 namespace doctor {
 

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "host/doctor/checks.h"
+#include "host/doctor/sdk_library.h"
 
 namespace doctor {
 namespace {

@@ -1,11 +1,10 @@
 // The worker finds its SDK and its adapters from wherever its bundle stands.
 
-#include "host/bundle.h"
-
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 
+#include "host/beside_this_program.h"
 #include "tests/processes/bundle_copy.h"
 #include "tests/processes/live_worker.h"
 

@@ -3,7 +3,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include "host/bundle.h"
+#include "host/beside_this_program.h"
 
 namespace fs = std::filesystem;
 

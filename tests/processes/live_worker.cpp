@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "host/bundle.h"
+#include "host/beside_this_program.h"
 #include "tests/processes/pace.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "host/bundle.h"
+#include "host/beside_this_program.h"
 #include "tests/runner/performance.h"
 #include "tests/runner/read_transcript.h"
 #include "tests/runner/report.h"

@@ -1,6 +1,7 @@
 // What lies where in a bundle, and every way in which it can be missing or wrong.
 #include "host/doctor/bundle.h"
 
+#include "host/doctor/sdk_library.h"
 #include "tests/host/doctor/bundle_fixture.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "host/bundle.h"
+#include "host/beside_this_program.h"
 
 #if defined(__APPLE__)
 #include <cstdint>
