@@ -57,6 +57,16 @@ TEST(Descriptors, StandardInputMayBeAFile) {
     EXPECT_TRUE(worker.exit().clean());
 }
 
+TEST(Descriptors, StandardErrorThatIsClosedLeadsNowhere) {
+    if (!std::filesystem::exists("/proc/self/fd")) {
+        GTEST_SKIP() << "this system does not tell where a descriptor leads";
+    }
+    LiveWorker worker(started_by("exec \"$@\" 2>&-"));
+    worker.expect_opening();
+    const std::string descriptors = "/proc/" + std::to_string(worker.process().process()) + "/fd/";
+    EXPECT_EQ(std::filesystem::read_symlink(descriptors + "2"), "/dev/null");
+}
+
 // A descriptor that is closed at the start gets the number of the next file that is opened: what
 // the worker writes then would stand in the journal.
 class ClosedAtTheStart : public testing::TestWithParam<const char*> {};
