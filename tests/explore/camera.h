@@ -50,6 +50,8 @@ struct Answer {
     std::uint32_t result = 0;
     Time late = 0;  // how long the call takes
     Odd odd = Odd::no;
+
+    bool operator==(const Answer&) const = default;
 };
 
 struct Camera {

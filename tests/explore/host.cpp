@@ -29,6 +29,15 @@ bool has_line(const Need& need) {
     return false;
 }
 
+Need line_needed(const char* line) {
+    Need need;
+    need.what = line;
+    need.met = has_line;
+    need.number = keep(line);
+    need.due = never;
+    return need;
+}
+
 bool has_beginning(const Need& need) {
     const std::string_view beginning(static_cast<const char*>(need.object));
     for (; g_reading.looked_at < process.output.size(); ++g_reading.looked_at) {
@@ -70,21 +79,11 @@ void close_input() {
 }
 
 void await(const char* line) {
-    Need need;
-    need.what = line;
-    need.met = has_line;
-    need.number = keep(line);
-    need.due = never;
-    await_output(need, g_reading.read);
+    await_output(line_needed(line), g_reading.read);
 }
 
 void await_anywhere(const char* line) {
-    Need need;
-    need.what = line;
-    need.met = has_line;
-    need.number = keep(line);
-    need.due = never;
-    await_output(need, 0);
+    await_output(line_needed(line), 0);
 }
 
 void await_beginning(const char* text) {
@@ -99,6 +98,11 @@ void await_beginning(const char* text) {
 void connect() {
     write("CONNECT");
     await("CONNECTED|MODEL-A");
+}
+
+void settle() {
+    write("PRIME");
+    await("PRIME_DONE|OK");
 }
 
 void pause(Time length) {

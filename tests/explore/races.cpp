@@ -72,6 +72,15 @@ Readers* readers_of(Epoch mark, std::size_t byte) {
     last = epoch(several_readers, run.first_tick + g_readers_used);
 }
 
+inline void mark_read(const void* address, std::size_t byte, Epoch moment, const void* code) {
+    Epoch& read = worker_memory.read[byte];
+    if (before(read, run.self->clock)) {
+        read = moment;
+    } else {
+        read_after_others(address, byte, moment, code);
+    }
+}
+
 [[gnu::noinline]] void write_after_others(const void* address, std::size_t byte, const void* code) {
     const Epoch last = worker_memory.read[byte];
     const Clock& clock = run.self->clock;
@@ -134,12 +143,7 @@ struct Reading {
         if (!before(worker_memory.written[place], run.self->clock)) {
             tell_race(address, worker_memory.written[place], "reads", code);
         }
-        Epoch& read = worker_memory.read[place];
-        if (before(read, run.self->clock)) {
-            read = moment;
-        } else {
-            read_after_others(address, place, moment, code);
-        }
+        mark_read(address, place, moment, code);
     }
 };
 
@@ -254,11 +258,14 @@ void touches(const void* address, std::size_t size, const void* code) {
         return;
     }
     const std::size_t place = shadow_of(address, code);
+    const Epoch moment = current_moment();
     for (std::size_t i = 0; place != nowhere && i < size; ++i) {
+        const char* const byte = static_cast<const char*>(address) + i;
         const Epoch written = worker_memory.written[place + i];
         if (!before(written, run.self->clock)) {
-            tell_race(static_cast<const char*>(address) + i, written, "uses", code);
+            tell_race(byte, written, "uses", code);
         }
+        mark_read(byte, place + i, moment, code);
     }
 }
 

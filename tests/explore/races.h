@@ -10,8 +10,8 @@ namespace explore {
 void reads(const void* address, std::size_t size, const void* code);
 void writes(const void* address, std::size_t size, const void* code);
 
-// An atomic operation or a lock: no race with another one, but it must come after plain writes, and
-// never in freed memory.
+// An atomic operation or a lock: no race with another one, but it must come after plain writes,
+// plain writes that come later after it, and never in freed memory.
 void touches(const void* address, std::size_t size, const void* code);
 
 // A freed block: every later access is an error.

@@ -18,8 +18,8 @@ class Report {
     explicit Report(std::string what);
 
     void add(const Scene& scene, const Findings& findings);
-    // Fails unless so many faults struck, alone and in pairs: a search that plays none proves none.
-    void demand(std::uint64_t faults, std::uint64_t pairs);
+    // Fails with this complaint unless it is met: a search that plays nothing proves nothing.
+    void demand(bool met, const std::string& otherwise);
     void close();
 
     // The same as a table, at the end of a file for the documentation.

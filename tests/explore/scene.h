@@ -47,6 +47,8 @@ namespace explore::host {
 void write(const char* line);
 // Writes CONNECT and awaits that the session is up.
 void connect();
+// Goes on when everything written so far has been handled.
+void settle();
 void close_input();
 // Goes on when the worker has written this line, after the one awaited before.
 void await(const char* line);

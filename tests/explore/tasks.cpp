@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "tests/explore/faults/search_faults.h"
+#include "tests/explore/faults/states.h"
 #include "tests/explore/faults/tours.h"
 #include "tests/explore/report.h"
 #include "tests/explore/scene.h"
@@ -114,6 +115,7 @@ int explore_faults(const Wishes& wishes) {
                                   : "one in " + std::to_string(wishes.one_pair_in) + " pairs";
     Report report("Every fault of every SDK function alone and " + pairs +
                   " of them, and the cable pulled at every turn of a shot.");
+    StruckInStates struck;
     in_processes(
         tours.size() + cables.size(), wishes.jobs,
         [&](std::size_t i, Findings& findings) {
@@ -126,13 +128,18 @@ int explore_faults(const Wishes& wishes) {
             }
         },
         [&](std::size_t i, const Findings& findings) {
+            if (i < tours.size()) {
+                struck.add(tours[i]->name, findings);
+            }
             report.add(*(i < tours.size() ? tours[i] : cables[i - tours.size()]), findings);
         });
     if (wishes.scenes.empty()) {
-        constexpr std::uint64_t fewest_faults = 500;
-        constexpr std::uint64_t fewest_pairs = 5'000;  // when one in 25 is played
-        report.demand(fewest_faults,
-                      std::min(fewest_pairs, 25 * fewest_pairs / wishes.one_pair_in));
+        for (const std::string& cell : struck.missing()) {
+            report.demand(false, "never struck: " + cell);
+        }
+        const std::uint64_t fewest_pairs = 125'000 / wishes.one_pair_in;
+        report.demand(report.sum().pairs >= fewest_pairs,
+                      "fewer than " + std::to_string(fewest_pairs) + " pairs");
     }
     return finish(report, wishes);
 }

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <stdio_ext.h>
 
 #include "tests/explore/calls/worker_call.h"
 #include "tests/explore/process.h"
@@ -135,9 +136,9 @@ WORKER_CALL int __wrap_fflush(FILE*) {
     return 0;
 }
 
-WORKER_CALL int __wrap___fsetlocking(FILE* stream, int) {
-    if (stream == stdin) {
-        process.input_lockable = false;
+WORKER_CALL int __wrap___fsetlocking(FILE* stream, int type) {
+    if (stream == stdin && type != FSETLOCKING_QUERY) {
+        process.input_lockable = type != FSETLOCKING_BYCALLER;
     }
     return 0;
 }

@@ -8,20 +8,14 @@ namespace explore {
 
 namespace {
 
-// Goes on when everything written so far has been handled.
-void settle() {
-    host::write("PRIME");
-    host::await("PRIME_DONE|OK");
-}
-
 void shoot() {
     host::connect();
-    settle();
+    host::settle();
     host::write("CAPTURE");
-    settle();
+    host::settle();
     host::write("CAPTURE");
     host::write("DISCONNECT");
-    settle();
+    host::settle();
     host::write("QUIT");
 }
 

@@ -49,11 +49,14 @@ Answer answer_with_faults(const Asked& asked) {
         if (!fault.concerns(asked) || (g_strikes[i] > 0 && !fault.lasting)) {
             continue;
         }
-        ++g_strikes[i];
         const Answer& more = fault.trouble.answer;
-        answer.late += more.late;
-        answer.result = answer.result != 0 ? answer.result : more.result;
-        answer.odd = answer.odd != Odd::no ? answer.odd : more.odd;
+        Answer worse = answer;
+        worse.late += more.late;
+        worse.result = answer.result != 0 ? answer.result : more.result;
+        worse.odd = answer.odd != Odd::no ? answer.odd : more.odd;
+        // What another fault hides has not struck yet.
+        g_strikes[i] += worse == answer ? 0 : 1;
+        answer = worse;
     }
     return answer;
 }

@@ -84,13 +84,15 @@ void search_faults(const WorkerLibrary& worker, const Scene& tour, std::uint64_t
     Search search{worker, tour, findings};
     Player player(search, seed);
     std::vector<const Fault*> striking;
-    for (const Fault& fault : all_faults()) {
+    for (std::size_t i = 0; i < all_faults().size(); ++i) {
+        const Fault& fault = all_faults()[i];
         circumstances.faults = {&fault};
         if (!player.play_usual()) {
             return;
         }
         if (all_faults_struck()) {
             striking.push_back(&fault);
+            findings.struck.set(i);
             if (!player.play_random(random_runs_each)) {
                 return;
             }

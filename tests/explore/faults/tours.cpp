@@ -9,12 +9,6 @@ namespace {
 // A hanging call takes a minute, and one that hangs each time many of them.
 constexpr Time very_long = 24 * 3600 * second;
 
-// Goes on when everything written so far has been handled.
-void settle() {
-    host::write("PRIME");
-    host::await("PRIME_DONE|OK");
-}
-
 // Each reaches a state of the session, and there the faults begin.
 
 void opening() {
@@ -25,14 +19,14 @@ void opening() {
 
 void connected() {
     host::connect();
-    settle();
+    host::settle();
     switch_faults_on();
 }
 
 void after_loss() {
     host::connect();
     host::await("DISCONNECTED|");
-    settle();
+    host::settle();
     switch_faults_on();
 }
 
@@ -44,26 +38,33 @@ void uses_everything() {
     host::write("SET_FILE_TYPE|both");
     host::write("CAPTURE");
     host::write("CONNECT");
-    settle();
+    host::settle();
     host::pause(30 * second);
     host::write("SET_DOWNLOAD_DIR|/elsewhere");
     host::write("SAVE_DEST|both");
     host::write("SET_FILE_TYPE|both");
     host::write("__CARD_CHECK");
     host::write("CAPTURE");
-    settle();
+    host::settle();
     host::write("DISCONNECT");
-    settle();
+    host::settle();
     host::write("QUIT");
+}
+
+void uses_everything_anew() {
+    host::write("SET_FILE_TYPE|raw");
+    host::write("CAPTURE");
+    host::write("DISCONNECT");
+    uses_everything();
 }
 
 void connects_again() {
     host::write("DISCONNECT");
     host::write("CONNECT");
-    settle();
+    host::settle();
     host::pause(30 * second);
     host::write("CAPTURE");
-    settle();
+    host::settle();
     host::write("CONNECT");
     host::write("DISCONNECT");
     host::close_input();
@@ -75,7 +76,7 @@ void quits() {
 
 void waits() {
     host::pause(40 * second);
-    settle();
+    host::settle();
     host::close_input();
 }
 
@@ -153,8 +154,8 @@ const std::vector<const Scene*>& fault_tours() {
               tour<connected, connects_again>, camera_that_stays),
         scene("connected_quit", "Faults in a session when the worker leaves.",
               tour<connected, quits>, camera_that_stays),
-        scene("lost_used", "Faults after a loss, and all commands.",
-              tour<after_loss, uses_everything>, camera_that_goes),
+        scene("lost_used", "Faults after a loss, and all commands, in a new session too.",
+              tour<after_loss, uses_everything_anew>, camera_that_goes),
         scene("lost_reconnected", "Faults after a loss, and a new session.",
               tour<after_loss, connects_again>, camera_that_goes),
         scene("lost_quit", "Faults after a loss when the worker leaves.", tour<after_loss, quits>,

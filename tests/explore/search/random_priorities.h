@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <random>
 #include <vector>
 
 #include "tests/explore/choices.h"
@@ -9,9 +8,9 @@
 namespace explore {
 
 // Random priorities (PCT): the ready fiber of the highest priority runs, and at a few random turns
-// whoever runs falls to the lowest. A mistake that needs d threads at the wrong places is found
-// with a probability of at least 1 / (fibers * turns^(d-1)), far more often than by tossing a coin
-// at each turn.
+// whoever runs falls to the lowest: no to four times, as the seed says. A mistake that
+// needs d <= 5 threads at the wrong places is found by one run with a probability of at least
+// 1 / (5 * fibers * turns^(d-1)), far more often than by tossing a coin at each turn.
 class RandomPriorities final : public Choices {
   public:
     // Before each run. The seed alone decides it; `turns` is how long a run is taken to be.
