@@ -19,7 +19,9 @@ void measure_download(Bench& bench, int cores) {
     Subject echo(bench.program("bench_echo"));
     echo.hear_until("READY|OK");
 
-    // Were the host asleep, its waking up on another processor would be measured.
+    // On two cores the host looks for the line without sleeping: the time until it can be read is
+    // the worker's, how long a sleeper takes to wake on another core is the machine's. On one core
+    // it has to sleep to let the worker run.
     const auto next_line = cores == 1 ? &Subject::hear : &Subject::watch;
     Samples readable;
     Samples ways_in;

@@ -22,12 +22,13 @@ bool Figure::met() const {
 
 bool Figure::far_missed() const {
     // What is no number misses too.
-    return bound && !(sense == Sense::at_most ? value <= *bound * far : value >= *bound / far);
+    return bound && !(sense == Sense::at_most ? value - floor <= (*bound - floor) * far
+                                              : value >= *bound / far);
 }
 
 void Results::at_most(double bound, const std::string& name, double value, const std::string& unit,
-                      const std::string& measured) {
-    add({name, value, unit, measured, bound, Figure::Sense::at_most});
+                      const std::string& measured, double floor) {
+    add({name, value, unit, measured, bound, Figure::Sense::at_most, floor});
 }
 
 void Results::at_least(double bound, const std::string& name, double value, const std::string& unit,

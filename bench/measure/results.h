@@ -15,6 +15,7 @@ struct Figure {
     std::string measured;  // what lies behind a ratio, in words
     std::optional<double> bound;
     Sense sense = Sense::at_most;
+    double floor = 0;  // nothing can be below it
 
     bool met() const;
     // Misses the bound by so much that it is no noise.
@@ -32,7 +33,7 @@ class Results {
   public:
     // Each is shown as it comes.
     void at_most(double bound, const std::string& name, double value, const std::string& unit,
-                 const std::string& measured = "");
+                 const std::string& measured = "", double floor = 0);
     void at_least(double bound, const std::string& name, double value, const std::string& unit,
                   const std::string& measured = "");
     void plain(const std::string& name, double value, const std::string& unit,

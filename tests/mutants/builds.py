@@ -5,16 +5,20 @@ import shlex
 import shutil
 import signal
 import subprocess
+import threading
 
-from places import FOLDERS, ROOT, STORE, read_json
-
+from places import FOLDERS, ROOT, STORE, digest_of, read_json
 
 class DoesNotCompile(Exception):
     pass
 
 
+class Hangs(Exception):
+    pass
+
+
 def run(command, seconds, environment=None):
-    """The status. What runs for too long is killed, and so is what it has started in its session."""
+    """The status. What runs for too long is killed with all that it has started in its session, and Hangs."""
     quiet = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
     parts = [str(part) for part in command]
     process = subprocess.Popen(parts, **quiet, env=environment, cwd=ROOT, start_new_session=True)
@@ -23,7 +27,7 @@ def run(command, seconds, environment=None):
     except subprocess.TimeoutExpired:
         os.killpg(process.pid, signal.SIGKILL)
         process.wait()
-        return -signal.SIGKILL
+        raise Hangs() from None
 
 
 class Build:
@@ -54,10 +58,10 @@ class Build:
 
     def base_object(self, source):
         """The object of the source as it is."""
-        base = STORE / "base" / self.folder.name / (source.replace("/", "_") + ".o")
+        base = STORE / f"base-{digest_of()[:12]}" / (source.replace("/", "_") + ".o")
         if not base.exists():
             base.parent.mkdir(parents=True, exist_ok=True)
-            fresh = base.with_suffix(f".{os.getpid()}")
+            fresh = base.with_suffix(f".{threading.get_ident()}")
             self.compile(source, fresh, STORE / "nothing")
             fresh.rename(base)
         return base

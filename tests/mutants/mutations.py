@@ -68,6 +68,11 @@ class Mutant:
     start_in_line: int = 0
 
     @property
+    def row(self):
+        """As survivors names it."""
+        return self.file, self.text, self.change
+
+    @property
     def changes_nothing(self):
         return self.before == self.after
 

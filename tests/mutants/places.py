@@ -13,10 +13,14 @@ STORE = ROOT / "build/mutants"
 FOLDERS = ("protocol", "worker", "session", "settings", "capture")
 
 
+def files_in(*folders):
+    listed = subprocess.run(["git", "ls-files", *folders], cwd=ROOT, check=True, capture_output=True, text=True)
+    return [ROOT / name for name in listed.stdout.split("\n") if name]
+
+
 def sources():
     """The worker's files, by their paths below the root."""
-    listed = subprocess.run(["git", "ls-files", *FOLDERS], cwd=ROOT, check=True, capture_output=True, text=True)
-    return [name for name in listed.stdout.split() if name.endswith((".cpp", ".h"))]
+    return [str(path.relative_to(ROOT)) for path in files_in(*FOLDERS) if path.suffix in (".cpp", ".h")]
 
 
 def digest_of(*files):

@@ -5,7 +5,7 @@ import pathlib
 import shutil
 import signal
 
-from builds import DoesNotCompile, run
+from builds import DoesNotCompile, Hangs, run
 from places import ROOT
 
 CODEC = "protocol/fields."  # the exhaustive tests of the codec are for the codec's own mutants
@@ -42,7 +42,8 @@ class Workshop:
         return self.place(build) / "Contents/MacOS/sony-worker"
 
     def judge(self, mutant):
-        """What becomes of it: "killed by ...", "survived", "does not compile" or "same object"."""
+        """What becomes of it: "killed by ...", "hangs in ...", "survived", "does not compile", "same object", or
+        "not judged" and why."""
         shutil.rmtree(self.overlay, ignore_errors=True)
         changed = self.overlay / mutant.file
         changed.parent.mkdir(parents=True)
@@ -51,6 +52,8 @@ class Workshop:
             return self.first_failure(mutant)
         except DoesNotCompile:
             return "does not compile"
+        except (Hangs, OSError, RuntimeError) as failure:
+            return f"not judged: {failure!r}"
         finally:
             for build in (self.plain, self.tsan):
                 end_processes_of(self.worker(build))
@@ -74,8 +77,11 @@ class Workshop:
             ("the thread sanitizer", lambda: self.under_the_thread_sanitizer(mutant)),
         ]
         for name, passes in steps:
-            if not passes():
-                return f"killed by {name}"
+            try:
+                if not passes():
+                    return f"killed by {name}"
+            except Hangs:
+                return f"hangs in {name}"
         return "survived"
 
     def objects(self, build, mutant):

@@ -35,6 +35,20 @@ TEST(Bundle, MayStandInAFolderOfAnyName) {
     }
 }
 
+TEST(Bundle, MayStandThreeThousandBytesDeep) {
+    if (!fs::exists("/proc/self/exe")) {
+        GTEST_SKIP() << "this system cannot start a program from so far down";
+    }
+    fs::path name;
+    for (int level = 0; level < 12; ++level) {
+        name /= std::string(250, 'x');
+    }
+    const BundleCopy copy(name);
+    LiveWorker worker(with(copy.worker()));
+    expect_adapters_line(
+        worker, "found: " + (copy.contents() / "MacOS").string() + "/../Frameworks/CrAdapter");
+}
+
 TEST(Bundle, AMissingAdapterIsReportedAndNothingElse) {
     const BundleCopy copy("Bundle");
     fs::remove(copy.contents() / "Frameworks/CrAdapter/libCr_PTP_USB.dylib");

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <stdlib.h>
 #include <string>
+#include <system_error>
 
 #include "tests/processes/live_worker.h"
 #include "tests/processes/pace.h"
@@ -63,8 +64,12 @@ TEST(Descriptors, StandardErrorThatIsClosedLeadsNowhere) {
     }
     LiveWorker worker(started_by("exec \"$@\" 2>&-"));
     worker.expect_opening();
-    const std::string descriptors = "/proc/" + std::to_string(worker.process().process()) + "/fd/";
-    EXPECT_EQ(std::filesystem::read_symlink(descriptors + "2"), "/dev/null");
+    const std::filesystem::path descriptors =
+        "/proc/" + std::to_string(worker.process().process()) + "/fd";
+    EXPECT_EQ(std::filesystem::read_symlink(descriptors / "2"), "/dev/null");
+    // No further one is opened.
+    std::error_code closed;
+    EXPECT_NE(std::filesystem::read_symlink(descriptors / "3", closed), "/dev/null");
 }
 
 // A descriptor that is closed at the start gets the number of the next file that is opened: what
