@@ -88,15 +88,6 @@ bool carry_out(SonyWorker& worker, const std::string& line) REQUIRES(main_thread
     return goes_on;
 }
 
-// One round of the watchdog, which never returns.
-void let_the_watchdog_look(SonyWorker& worker) {
-    allow_sleeps(1);
-    try {
-        worker.connect_watchdog_thread();
-    } catch (const Interrupted&) {}
-    allow_all_sleeps();
-}
-
 // What callbacks and the watchdog have posted.
 void carry_out_what_is_queued(SonyWorker& worker) REQUIRES(main_thread) {
     while (const std::optional<std::string> line = next_command()) {

@@ -5,10 +5,9 @@
 
 #include <chrono>
 
+class SonyWorker;
+
 void put_clock_forward(std::chrono::nanoseconds time);
 
-// How many sleeps there may still be; the next one leaves by an Interrupted. A loop that sleeps
-// for ever can be run for some rounds that way.
-struct Interrupted {};
-void allow_sleeps(unsigned number);
-void allow_all_sleeps();
+// One round of the watchdog, which never returns by itself.
+void let_the_watchdog_look(SonyWorker& worker);

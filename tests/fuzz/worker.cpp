@@ -63,14 +63,6 @@ void let_the_camera_finish() {
     }
 }
 
-void let_the_watchdog_look(SonyWorker& worker) {
-    allow_sleeps(1);
-    try {
-        worker.connect_watchdog_thread();
-    } catch (const Interrupted&) {}
-    allow_all_sleeps();
-}
-
 }  // namespace
 
 // In place of the camera's darkroom: a file of no size, and only in our own folder.
