@@ -71,11 +71,6 @@ void await_call(Call call, std::size_t number) {
     run.self->hash = mix(run.self->hash, begun[number - 1]);
 }
 
-void pause(Time length) {
-    run.self->idle = false;
-    nap(length);
-}
-
 void set(std::uint32_t code, std::uint64_t value) {
     offer();
     change(object_at(&camera_state));
@@ -151,11 +146,6 @@ void raise_signal(int number) {
 
 void wake_for_nothing() {
     wake_waiters();
-}
-
-void pause(Time length) {
-    run.self->idle = false;
-    nap(length);
 }
 
 }  // namespace kernel

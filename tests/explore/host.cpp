@@ -58,6 +58,11 @@ void await_output(const Need& need, std::size_t from) {
 
 }  // namespace
 
+void pause(Time length) {
+    run.self->idle = false;
+    nap(length);
+}
+
 void begin_reading() {
     g_reading = Reading{};
 }
@@ -103,11 +108,6 @@ void connect() {
 void settle() {
     write("PRIME");
     await("PRIME_DONE|OK");
-}
-
-void pause(Time length) {
-    run.self->idle = false;
-    nap(length);
 }
 
 void stop_reading() {

@@ -42,7 +42,15 @@ const Scene* scene_named(std::string_view name);
 }  // namespace explore
 
 // What scripts say.
+namespace explore {
+
+void pause(Time length);
+
+}  // namespace explore
+
 namespace explore::host {
+
+using explore::pause;
 
 void write(const char* line);
 // Writes CONNECT and awaits that the session is up.
@@ -56,7 +64,6 @@ void await(const char* line);
 void await_anywhere(const char* line);
 // For any line that begins so.
 void await_beginning(const char* text);
-void pause(Time length);
 void stop_reading();
 void read_again();
 
@@ -64,13 +71,13 @@ void read_again();
 
 namespace explore::device {
 
+using explore::pause;
 // Goes on when the worker's n-th Connect has been accepted.
 void await_connect(std::size_t number = 1);
 // Answers the first of them.
 void answer_connect();
 // Goes on when the worker has called the function for the n-th time.
 void await_call(Call call, std::size_t number = 1);
-void pause(Time length);
 // Something changes at the camera; nobody is told.
 void set(std::uint32_t code, std::uint64_t value);
 
@@ -89,9 +96,9 @@ void downloaded(const char* name, std::uint32_t type = 0xFFFFFFFF);
 
 namespace explore::kernel {
 
+using explore::pause;
 void raise_signal(int number);
 // Every thread that waits for a condition wakes without having been told.
 void wake_for_nothing();
-void pause(Time length);
 
 }  // namespace explore::kernel
