@@ -26,5 +26,8 @@ set(CMAKE_CXX_FLAGS_INIT "-U_LIBCPP_HAS_NO_VENDOR_AVAILABILITY_ANNOTATIONS -Werr
 
 set(CMAKE_USER_MAKE_RULES_OVERRIDE "${CMAKE_CURRENT_LIST_DIR}/macos-cross-rules.cmake")
 
+# Compilers are tried without linking: Zig would make its C++ library, which takes a minute, in yet another way for it.
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+
 # No package of the machine that builds may be found.
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE NEVER)

@@ -33,7 +33,7 @@ std::map<std::string, long> sleeps_of(pid_t process) {
 }
 
 // The thread that wakes most often is the watchdog.
-TEST(Idle, NoThreadWakesMoreThanFourTimesASecond) {
+TEST(Idle, TheWatchdogWakesFourTimesASecond) {
     if (!fs::exists("/proc/self/task")) {
         GTEST_SKIP() << "this system does not tell how often a thread wakes";
     }
@@ -41,7 +41,7 @@ TEST(Idle, NoThreadWakesMoreThanFourTimesASecond) {
         GTEST_SKIP() << "a sanitizer has a thread of its own";
     }
     constexpr long wake_ups = 10;  // the first of them may be the end of starting
-    constexpr std::chrono::milliseconds least = std::chrono::milliseconds(250) * (wake_ups - 2);
+    constexpr std::chrono::milliseconds period{250};
     LiveWorker worker;
     worker.expect_opening();
     const pid_t process = worker.process().process();
@@ -54,7 +54,10 @@ TEST(Idle, NoThreadWakesMoreThanFourTimesASecond) {
             most = std::max(most, sleeps - (known == before.end() ? 0 : known->second));
         }
     }
-    EXPECT_GE(host::Clock::now() - start, least);
+    const auto took = host::Clock::now() - start;
+    EXPECT_GE(took, period * (wake_ups - 2));
+    // A busy machine may let it sleep longer, though not twice as long.
+    EXPECT_LT(took, period * 2 * (wake_ups - 2));
 }
 
 }  // namespace
