@@ -22,12 +22,10 @@ endforeach()
 
 # Zig's library lies inside the program, so its headers do not say since which system a feature is there. They must: the
 # same sources are built with the library of the system.
-set(CMAKE_CXX_FLAGS_INIT "-U_LIBCPP_HAS_NO_VENDOR_AVAILABILITY_ANNOTATIONS -Werror=unguarded-availability")
+# -O2 is for what CMake tries: without it Zig would make its library, which takes a minute, in a second way.
+set(CMAKE_CXX_FLAGS_INIT "-O2 -U_LIBCPP_HAS_NO_VENDOR_AVAILABILITY_ANNOTATIONS -Werror=unguarded-availability")
 
 set(CMAKE_USER_MAKE_RULES_OVERRIDE "${CMAKE_CURRENT_LIST_DIR}/macos-cross-rules.cmake")
-
-# Compilers are tried without linking: Zig would make its C++ library, which takes a minute, in yet another way for it.
-set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 
 # No package of the machine that builds may be found.
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE NEVER)
