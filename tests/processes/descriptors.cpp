@@ -58,18 +58,32 @@ TEST(Descriptors, StandardInputMayBeAFile) {
     EXPECT_TRUE(worker.exit().clean());
 }
 
-TEST(Descriptors, StandardErrorThatIsClosedLeadsNowhere) {
+// What is closed at the start leads nowhere, and nothing else is opened with it.
+void expect_to_lead_nowhere(LiveWorker& worker, const std::string& descriptor) {
+    worker.send("CONNECT");
+    EXPECT_TRUE(worker.await_call("SetDeviceProperty 0x0119 3"));
+    const std::filesystem::path descriptors =
+        "/proc/" + std::to_string(worker.process().process()) + "/fd";
+    EXPECT_EQ(std::filesystem::read_symlink(descriptors / descriptor), "/dev/null");
+    std::error_code closed;
+    EXPECT_NE(std::filesystem::read_symlink(descriptors / "3", closed), "/dev/null");
+}
+
+TEST(Descriptors, AClosedStandardOutputLeadsNowhere) {
+    if (!std::filesystem::exists("/proc/self/fd")) {
+        GTEST_SKIP() << "this system does not tell where a descriptor leads";
+    }
+    LiveWorker worker(started_by("exec \"$@\" >&-"));
+    expect_to_lead_nowhere(worker, "1");
+    worker.expect_prompt_end([&] { worker.send("QUIT"); });
+}
+
+TEST(Descriptors, AClosedStandardErrorLeadsNowhere) {
     if (!std::filesystem::exists("/proc/self/fd")) {
         GTEST_SKIP() << "this system does not tell where a descriptor leads";
     }
     LiveWorker worker(started_by("exec \"$@\" 2>&-"));
-    worker.expect_opening();
-    const std::filesystem::path descriptors =
-        "/proc/" + std::to_string(worker.process().process()) + "/fd";
-    EXPECT_EQ(std::filesystem::read_symlink(descriptors / "2"), "/dev/null");
-    // No further one is opened.
-    std::error_code closed;
-    EXPECT_NE(std::filesystem::read_symlink(descriptors / "3", closed), "/dev/null");
+    expect_to_lead_nowhere(worker, "2");
 }
 
 // A descriptor that is closed at the start gets the number of the next file that is opened: what
