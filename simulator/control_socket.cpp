@@ -4,6 +4,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <string>
+#include <string_view>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -47,8 +49,7 @@ std::string indented(const std::vector<std::string>& lines) {
     return text;
 }
 
-std::string answer(const std::string& line, unsigned round) {
-    Hold hold;
+std::string carry_out(const std::string& line, unsigned round, Hold& hold) SIM_REQUIRES(g_lock) {
     Words words(line);
     std::string text;
     if (!serving(round)) {
@@ -68,23 +69,41 @@ std::string answer(const std::string& line, unsigned round) {
     return words.finished() ? text + "ok\n" : "error: " + words.error() + "\n";
 }
 
-bool send_all(int client, std::string_view text) {
+// What is left of the text is what a client that does not read leaves no room for, when `how` is
+// MSG_DONTWAIT. False: the client is gone.
+bool send_text(int client, std::string_view& text, int how) {
 #if defined(MSG_NOSIGNAL)
     constexpr int flags = MSG_NOSIGNAL;
 #else
     constexpr int flags = 0;  // SO_NOSIGPIPE is set on the socket
 #endif
     while (!text.empty()) {
-        const ssize_t sent = send(client, text.data(), text.size(), flags);
+        const ssize_t sent = send(client, text.data(), text.size(), flags | how);
         if (sent < 0 && errno == EINTR) {
             continue;
         }
         if (sent <= 0) {
-            return false;
+            return sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
         }
         text.remove_prefix(static_cast<std::size_t>(sent));
     }
     return true;
+}
+
+// False: the client is gone.
+bool answer(int client, const std::string& line, unsigned round) {
+    std::string text;
+    std::string_view left;
+    {
+        Hold hold;
+        text = carry_out(line, round, hold);
+        left = text;
+        // What the line has set free may be the end of the process: the answer comes before it.
+        if (!send_text(client, left, MSG_DONTWAIT)) {
+            return false;
+        }
+    }
+    return send_text(client, left, 0);
 }
 
 void serve(int client, unsigned round) {
@@ -95,7 +114,7 @@ void serve(int client, unsigned round) {
         if (end != std::string::npos) {
             const std::string line = received.substr(0, end);
             received.erase(0, end + 1);
-            if (!send_all(client, answer(line, round))) {
+            if (!answer(client, line, round)) {
                 break;
             }
             continue;
