@@ -31,13 +31,13 @@ void raise_signal(int number) {
     change(object_at(&pending));
     record({.kind = Kind::signal, .number = static_cast<std::uint64_t>(number)});
     const std::uint32_t bit = 1U << number;
+    if ((process.ignored_signals & bit) != 0) {
+        return;  // Linux would keep it while it is blocked, other systems do not
+    }
     for (int i = 0; i < run.fiber_count; ++i) {
         const Fiber& fiber = run.fibers[i];
         if (!fiber.worker || !fiber.live || (fiber.blocked_signals & bit) != 0) {
             continue;
-        }
-        if ((process.ignored_signals & bit) != 0) {
-            return;
         }
         record({.kind = Kind::killed, .number = static_cast<std::uint64_t>(number)});
         end_run(Ending::killed);

@@ -12,6 +12,9 @@ extern const Scene sdk_does_not_start;
 extern const Scene sdk_does_not_start_unread;
 extern const Scene lines_behind_quit;
 extern const Scene signal_at_any_moment;
+extern const Scene hangup_ignored_by_host;
+extern const Scene interrupt_ignored_by_host;
+extern const Scene termination_ignored_by_host;
 extern const Scene signals_pile_up;
 extern const Scene waking_for_nothing;
 

@@ -10,6 +10,17 @@ constexpr int hangup = 1;
 constexpr int interrupt = 2;
 constexpr int terminate = 15;
 
+// As a host may leave it to its children.
+void ignore_signals() {
+    process.ignored_signals = 1U << hangup | 1U << interrupt | 1U << terminate;
+}
+
+template <int number>
+void raise_once_ready() {
+    host::await("READY|OK");
+    kernel::raise_signal(number);
+}
+
 }  // namespace
 
 const Scene start_and_quit{
@@ -89,6 +100,27 @@ const Scene signal_at_any_moment{
         "A termination signal ends the worker whenever it comes, and never kills a started one.",
     .host = [] { host::write("PRIME"); },
     .signals = [] { kernel::raise_signal(terminate); },
+};
+
+const Scene hangup_ignored_by_host{
+    .name = "hangup_ignored_by_host",
+    .proves = "A worker that was started with SIGHUP ignored is ended by it all the same.",
+    .prepare = ignore_signals,
+    .host = raise_once_ready<hangup>,
+};
+
+const Scene interrupt_ignored_by_host{
+    .name = "interrupt_ignored_by_host",
+    .proves = "A worker that was started with SIGINT ignored is ended by it all the same.",
+    .prepare = ignore_signals,
+    .host = raise_once_ready<interrupt>,
+};
+
+const Scene termination_ignored_by_host{
+    .name = "termination_ignored_by_host",
+    .proves = "A worker that was started with SIGTERM ignored is ended by it all the same.",
+    .prepare = ignore_signals,
+    .host = raise_once_ready<terminate>,
 };
 
 const Scene signals_pile_up{
