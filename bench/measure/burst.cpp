@@ -55,7 +55,7 @@ void measure_burst(Bench& bench, int cores) {
     Samples worker_peaks;
     Samples echo_peaks;
     const auto count = static_cast<double>(lines);
-    const int rounds = bench.rounds(11, 7);
+    const int rounds = bench.rounds(31, 7);
     for (int round = 0; round < rounds; ++round) {
         const Burst worker = burst(bench.worker(), bytes, lines);
         const Burst echo = burst(bench.program("bench_echo"), bytes, lines);
