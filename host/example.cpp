@@ -10,8 +10,8 @@
 // ends it whatever happens; what to make of its lines is up to you (docs/protocol.md).
 #include <cstdio>
 
-#include "host/fields.h"
-#include "host/worker_process.h"
+#include "host/process/fields.h"
+#include "host/process/worker_process.h"
 
 int main(int argc, char** argv) {
     if (argc != 3) {

@@ -6,12 +6,12 @@
 #include <iostream>
 #include <string>
 
+#include "program/dispatch.h"
 #include "protocol/emit.h"
 #include "protocol/fields.h"
 #include "session/sony_worker.h"
-#include "worker/command_queue.h"
-#include "worker/dispatch.h"
-#include "worker/main_thread.h"
+#include "threads/command_queue.h"
+#include "threads/main_thread.h"
 
 namespace {
 

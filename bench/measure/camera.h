@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "bench/measure/subject.h"
-#include "host/pipe.h"
+#include "host/process/pipe.h"
 
 // What a worker's virtual camera is like, and the way to direct and to watch it: a folder of its
 // own with the scene, the control socket and the journal.

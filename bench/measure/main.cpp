@@ -10,7 +10,7 @@
 #include "bench/measure/bench.h"
 #include "bench/measure/cores.h"
 #include "bench/measure/subject.h"
-#include "host/beside_this_program.h"
+#include "host/process/beside_this_program.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "host/spawn.h"
+#include "host/process/spawn.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/clock.h"
-#include "host/pipe.h"
+#include "host/process/clock.h"
+#include "host/process/pipe.h"
 
 using host::Clock;
 

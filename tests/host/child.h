@@ -7,7 +7,7 @@
 #include <signal.h>
 #include <string>
 
-#include "host/worker_process.h"
+#include "host/process/worker_process.h"
 
 // Far beyond what any of these children needs; only a failing test waits for it.
 constexpr std::chrono::seconds patience{30};

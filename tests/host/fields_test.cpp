@@ -1,5 +1,5 @@
 // Escaping, decoding and splitting of fields on the host's side.
-#include "host/fields.h"
+#include "host/process/fields.h"
 
 #include <gtest/gtest.h>
 #include <string>

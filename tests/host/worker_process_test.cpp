@@ -1,5 +1,5 @@
 // Starting a worker, talking to it and seeing it end.
-#include "host/worker_process.h"
+#include "host/process/worker_process.h"
 
 #include <atomic>
 #include <cstdlib>

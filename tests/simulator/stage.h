@@ -15,7 +15,7 @@
 #include <thread>
 #include <vector>
 
-#include "simulator/control_client.h"
+#include "simulator/control/client.h"
 
 // Writes down every callback that it gets, as the journal does.
 class Recorder final : public SCRSDK::IDeviceCallback {

@@ -1,0 +1,56 @@
+#include "host/process/exit_watch.h"
+
+#include <cerrno>
+#include <signal.h>
+#include <sys/wait.h>
+
+namespace host {
+
+std::string describe(const Exit& exit) {
+    return exit.signal != 0 ? "signal " + std::to_string(exit.signal)
+                            : "status " + std::to_string(exit.status);
+}
+
+ExitWatch::ExitWatch(pid_t process) : process_(process) {
+    thread_ = std::thread([this] { watch(); });
+}
+
+ExitWatch::~ExitWatch() {
+    signal(SIGKILL);
+    thread_.join();
+}
+
+bool ExitWatch::signal(int number) {
+    const std::lock_guard lock(mutex_);
+    return !exit_ && kill(process_, number) == 0;
+}
+
+std::optional<Exit> ExitWatch::await(TimePoint deadline) {
+    std::unique_lock lock(mutex_);
+    ended_.wait_until(lock, deadline, [this] { return exit_.has_value(); });
+    return exit_;
+}
+
+void ExitWatch::watch() {
+    // The process is left unreaped until the lock is held: its number cannot become another
+    // process's between the check and the kill in signal().
+    siginfo_t information;
+    while (waitid(P_PID, static_cast<id_t>(process_), &information, WEXITED | WNOWAIT) != 0 &&
+           errno == EINTR) {}
+    Exit exit;
+    exit.at = Clock::now();
+    {
+        const std::lock_guard lock(mutex_);
+        int status = 0;
+        while (waitpid(process_, &status, 0) < 0 && errno == EINTR) {}
+        if (WIFSIGNALED(status)) {
+            exit.signal = WTERMSIG(status);
+        } else {
+            exit.status = WEXITSTATUS(status);
+        }
+        exit_ = exit;
+    }
+    ended_.notify_all();
+}
+
+}  // namespace host

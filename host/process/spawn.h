@@ -1,0 +1,27 @@
+// Starting a child process with its own standard streams, a clean signal state and nothing else of
+// this process's.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <sys/types.h>
+#include <utility>
+#include <vector>
+
+#include "host/process/pipe.h"
+
+namespace host {
+
+struct SpawnRequest {
+    std::string executable;
+    std::vector<std::string> arguments;                            // without the executable's name
+    std::vector<std::pair<std::string, std::string>> environment;  // on top of this process's own
+    std::optional<std::string> error_file;  // standard error is appended here; otherwise shared
+};
+
+// The new process, or nothing and the reason in `error`. The child gets a process group of its own:
+// a Ctrl-C at the terminal is the host's to handle, which then ends the worker in order.
+std::optional<pid_t> spawn(const SpawnRequest& request, const Descriptor& standard_input,
+                           const Descriptor& standard_output, std::string& error);
+
+}  // namespace host

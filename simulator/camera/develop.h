@@ -1,0 +1,31 @@
+#pragma once
+
+// Where the pictures come from: drawn by the picture module, or copies of the user's own.
+
+#include <string>
+
+#include "simulator/sdk/lock.h"
+
+namespace camera_sim {
+
+enum class PictureKind { jpeg, raw, heif };
+
+struct Picture {
+    std::string model;
+    std::string serial;
+    unsigned number;
+    unsigned taken;  // counts from 0; the user's own pictures come in turn by it
+    long long time_seconds;
+    int width;
+    int height;
+    unsigned seed;
+    std::string own_pictures;  // a folder; empty: the picture is drawn
+};
+
+const char* ending(PictureKind kind);  // of the file's name
+
+// Writes one picture; 0, or an errno value and no file. Only the thread that transfers calls it,
+// without the lock: a picture of full size takes a while.
+int make_picture(const Picture& picture, PictureKind kind, const std::string& path);
+
+}  // namespace camera_sim

@@ -1,9 +1,0 @@
-// The HEIF half of a RAW+HEIF pair, which this camera cannot develop.
-
-#include <cerrno>
-
-#include "simulator/pictures.h"
-
-int camera_sim_draw_heif(const CameraSimPicture*) {
-    return ENOTSUP;
-}

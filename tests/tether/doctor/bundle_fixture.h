@@ -1,0 +1,84 @@
+// A bundle of a test's own, with the worker and the virtual camera that were built.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <stdlib.h>
+#include <string>
+#include <string_view>
+
+#include "tether/doctor/bundle.h"
+#include "tether/doctor/checks.h"
+
+class BundleTest : public testing::Test {
+  protected:
+    BundleTest() {
+        char pattern[] = "/tmp/doctor-test-XXXXXX";
+        folder = std::filesystem::canonical(mkdtemp(pattern));
+        contents = folder / "Contents";
+        for (const char* name : {"MacOS", "Frameworks/SonySDK", "Frameworks/CrAdapter"}) {
+            std::filesystem::create_directories(contents / name);
+        }
+        worker = contents / "MacOS/sony-worker";
+        sdk = contents / "Frameworks/SonySDK" / std::filesystem::path(SDK_LIBRARY).filename();
+        adapter = contents / "Frameworks/CrAdapter/libCr_PTP_USB.dylib";
+        std::filesystem::copy_file(WORKER, worker);
+        std::filesystem::create_symlink(SDK_LIBRARY, sdk);
+        write(adapter, "in the place of one");
+    }
+    ~BundleTest() override {
+        std::filesystem::remove_all(folder);
+    }
+
+    static void write(const std::filesystem::path& file, const std::string& bytes) {
+        std::filesystem::remove(file);
+        std::ofstream(file, std::ios::binary) << bytes;
+    }
+
+    void write_script(const std::string& lines) {
+        write(worker, "#!/bin/sh\n" + lines);
+        std::filesystem::permissions(worker, std::filesystem::perms::owner_all);
+    }
+
+    // Puts another text of the same length into a copy of the file.
+    static void replace(const std::filesystem::path& file, std::string_view old,
+                        std::string_view text) {
+        ASSERT_EQ(old.size(), text.size());
+        std::string bytes = doctor::bytes_of(file);
+        const auto permissions = std::filesystem::status(file).permissions();
+        std::size_t replaced = 0;
+        for (std::size_t at = 0; (at = bytes.find(old, at)) != std::string::npos; ++replaced) {
+            bytes.replace(at, old.size(), text);
+        }
+        ASSERT_GT(replaced, 0u) << old;
+        write(file, bytes);
+        std::filesystem::permissions(file, permissions);
+    }
+
+    // The virtual camera without what it is recognised by.
+    void take_for_the_makers() const {
+        replace(sdk, "CAMERA_SIM_SCENE", "CAMERA_XXX_SCENE");
+    }
+
+    doctor::Bundle bundle() const {
+        return doctor::bundle_at(folder);
+    }
+
+    std::filesystem::path folder;
+    std::filesystem::path contents;
+    std::filesystem::path worker;
+    std::filesystem::path sdk;
+    std::filesystem::path adapter;
+};
+
+// A finding as it is printed, for one comparison: "FAIL run path: none".
+inline std::string said(const doctor::Finding& finding) {
+    constexpr const char* words[] = {"ok ", "warn ", "FAIL "};
+    return words[static_cast<int>(finding.verdict)] + finding.text;
+}
+
+inline bool holds(const std::string& text, std::string_view part) {
+    return text.find(part) != std::string::npos;
+}

@@ -1,9 +1,0 @@
-#pragma once
-
-#include <string>
-#include <vector>
-
-#include "worker/main_thread.h"
-
-// Takes everything that is queued now, oldest first, and never waits.
-std::vector<std::string> queued_commands() REQUIRES(main_thread);

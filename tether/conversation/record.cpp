@@ -1,0 +1,57 @@
+#include "tether/conversation/record.h"
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <sys/utsname.h>
+
+#include "tether/conversation/terminal.h"
+
+namespace tether {
+namespace {
+
+std::string date_and_system() {
+    const std::time_t now = std::time(nullptr);
+    std::tm parts{};
+    gmtime_r(&now, &parts);
+    char date[64];
+    std::strftime(date, sizeof date, "%Y-%m-%d %H:%M:%S UTC, ", &parts);
+    utsname system{};
+    uname(&system);
+    return std::string(date) + system.sysname + " " + system.release + " " + system.machine;
+}
+
+}  // namespace
+
+bool Record::open(const std::filesystem::path& file) {
+    file_ = host::Descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (!file_.is_open()) {
+        trouble_ = std::strerror(errno);
+        return false;
+    }
+    note(date_and_system(), start_);
+    return trouble_.empty();
+}
+
+void Record::add(char direction, std::string_view text, host::TimePoint at) {
+    write(direction, redacted_ ? redaction_.redact(direction, text) : std::string(text), at);
+}
+
+void Record::note(std::string_view text, host::TimePoint at) {
+    write('#', text, at);
+}
+
+void Record::write(char mark, std::string_view text, host::TimePoint at) {
+    if (!file_.is_open()) {
+        return;
+    }
+    const std::string line = time_column(start_, at) + " " + mark + " " + std::string(text) + "\n";
+    // A hole in the middle would be worse than an end.
+    if (!host::write_all(file_, line, host::TimePoint::max())) {
+        trouble_ = std::strerror(errno);
+        file_.close();
+    }
+}
+
+}  // namespace tether

@@ -1,0 +1,42 @@
+// A file with every line of both directions and its time, written line by line.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "host/process/clock.h"
+#include "host/process/pipe.h"
+#include "tether/conversation/redaction.h"
+
+namespace tether {
+
+class Record {
+  public:
+    Record(host::TimePoint start, bool redacted) : start_(start), redacted_(redacted) {}
+
+    // Begins the file with the date. False, and why in `trouble`, when it cannot be written.
+    bool open(const std::filesystem::path& file);
+
+    // '>' to the worker, '<' from it. Nothing happens unless a file is open.
+    void add(char direction, std::string_view text, host::TimePoint at);
+
+    // A remark of tether's own.
+    void note(std::string_view text, host::TimePoint at);
+
+    // Why the record ends early; empty as long as it is complete.
+    const std::string& trouble() const {
+        return trouble_;
+    }
+
+  private:
+    void write(char mark, std::string_view text, host::TimePoint at);
+
+    const host::TimePoint start_;
+    const bool redacted_;
+    Redaction redaction_;
+    host::Descriptor file_;
+    std::string trouble_;
+};
+
+}  // namespace tether

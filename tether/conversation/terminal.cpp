@@ -1,0 +1,96 @@
+#include "tether/conversation/terminal.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+
+namespace tether {
+namespace {
+
+constexpr std::chrono::milliseconds redraw_every{100};
+
+constexpr const char* plain = "\x1b[0m";
+constexpr const char* faint = "\x1b[2m";
+
+// Diagnostics step back, what the user waits for stands out.
+const char* style_of(std::string_view line) {
+    if (line.starts_with("LOG|")) {
+        return faint;
+    }
+    if (line.starts_with("ERROR|") || line.starts_with("DISCONNECTED|")) {
+        return "\x1b[33m";
+    }
+    if (line.starts_with("DOWNLOADED|")) {
+        return "\x1b[32m";
+    }
+    return "";
+}
+
+void print(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fflush(stdout);
+}
+
+}  // namespace
+
+Terminal::Terminal(host::TimePoint start)
+    : start_(start),
+      in_place_(isatty(STDOUT_FILENO) == 1),
+      colored_(in_place_ && std::getenv("NO_COLOR") == nullptr) {}
+
+Terminal::~Terminal() {
+    erase_progress();
+}
+
+void Terminal::show_line(char direction, std::string_view text, host::TimePoint at) {
+    erase_progress();
+    const std::string time = time_column(start_, at) + " " + direction + " ";
+    if (colored_) {
+        print(faint + time + plain + style_of(text) + std::string(text) + plain + "\n");
+    } else {
+        print(time + std::string(text) + "\n");
+    }
+}
+
+void Terminal::show_progress(const std::string& text, host::TimePoint now) {
+    const bool changed = text != progress_;
+    if (changed) {
+        progress_ = text;
+        progress_since_ = now;
+    }
+    if (text.empty()) {
+        erase_progress();
+    } else if (in_place_) {
+        char seconds[32];
+        std::snprintf(seconds, sizeof seconds, " %.1f s",
+                      std::chrono::duration<double>(now - progress_since_).count());
+        print("\r         · " + text + seconds + "\x1b[K");
+        progress_drawn_ = true;
+    } else if (changed) {
+        print("         · " + text + "\n");
+    }
+}
+
+void Terminal::show_text(std::string_view text) {
+    erase_progress();
+    print(text);
+}
+
+host::TimePoint Terminal::next_redraw(host::TimePoint now) const {
+    return in_place_ && !progress_.empty() ? now + redraw_every : host::TimePoint::max();
+}
+
+void Terminal::erase_progress() {
+    if (progress_drawn_) {
+        print("\r\x1b[K");
+        progress_drawn_ = false;
+    }
+}
+
+std::string time_column(host::TimePoint start, host::TimePoint at) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%8.3f", std::chrono::duration<double>(at - start).count());
+    return text;
+}
+
+}  // namespace tether
