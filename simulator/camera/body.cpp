@@ -79,7 +79,7 @@ void Body::forget_session() {
 }
 
 std::string Body::describe() const {
-    return (model ? quoted(*model) : "null") + " over " + connection.value_or("null");
+    return (model ? in_quotes(*model) : "null") + " over " + connection.value_or("null");
 }
 
 const char* to_text(Card card) {

@@ -106,7 +106,7 @@ void null_properties(CrInt32u count) {
 }
 
 void download(std::optional<std::string> name, CrInt32u type) {
-    std::string line = "OnCompleteDownload " + (name ? quoted(*name) : "null") + " " + hex(type);
+    std::string line = "OnCompleteDownload " + (name ? in_quotes(*name) : "null") + " " + hex(type);
     queue(std::move(line), [name = std::move(name), type](IDeviceCallback& application) mutable {
         application.OnCompleteDownload(name ? name->data() : nullptr, type);
     });

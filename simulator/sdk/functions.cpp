@@ -21,7 +21,7 @@ std::string on_handle(CrDeviceHandle handle) SIM_REQUIRES(g_lock) {
 }
 
 std::string text_or_null(const CrChar* text) {
-    return text != nullptr ? quoted(text) : "null";
+    return text != nullptr ? in_quotes(text) : "null";
 }
 
 }  // namespace

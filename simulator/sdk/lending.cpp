@@ -23,7 +23,7 @@ std::vector<CameraObject> cameras_in_reach() SIM_REQUIRES(g_lock) {
     return cameras;
 }
 
-CrDeviceProperty read(CrInt32u code, const Response& fault) SIM_REQUIRES(g_lock) {
+CrDeviceProperty read_property(CrInt32u code, const Response& fault) SIM_REQUIRES(g_lock) {
     const auto& properties = body().properties;
     const auto found = properties.find(code);
     const Property property = found == properties.end() ? Property{} : found->second;
@@ -90,7 +90,7 @@ CrInt32u lend_properties(Call& call, CrDeviceHandle handle, const std::vector<Cr
     LentArray array{handle, std::make_unique<CrDeviceProperty[]>(codes.size()), 0};
     std::string values;
     for (std::size_t index = 0; index < codes.size(); ++index) {
-        CrDeviceProperty& property = array.properties[index] = read(codes[index], fault);
+        CrDeviceProperty& property = array.properties[index] = read_property(codes[index], fault);
         values += (index == 0 ? "" : " ") + (property.IsGetEnableCurrentValue()
                                                  ? std::to_string(property.GetCurrentValue())
                                                  : "unreadable");

@@ -37,7 +37,7 @@ std::optional<std::uint64_t> to_number(std::string_view text) {
     return number;
 }
 
-std::string quoted(std::string_view text) {
+std::string in_quotes(std::string_view text) {
     std::string quoted = "\"";
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);

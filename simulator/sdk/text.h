@@ -13,7 +13,7 @@ namespace camera_sim {
 std::optional<std::uint64_t> to_number(std::string_view text);
 int hex_digit(char c);  // -1 when it is none
 
-std::string quoted(std::string_view text);  // with quotation marks and escapes
+std::string in_quotes(std::string_view text);  // with quotation marks and escapes
 std::string hex(std::uint32_t number, int digits = 8);
 
 }  // namespace camera_sim

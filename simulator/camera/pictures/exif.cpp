@@ -23,9 +23,9 @@ constexpr ExifShort manual_exposure = 1;
 
 // Adds entries to a block. After a failed allocation nothing more is added, and complete() is
 // false.
-class Entries {
+class ExifEntries {
   public:
-    explicit Entries(ExifData* data) : data_(data) {}
+    explicit ExifEntries(ExifData* data) : data_(data) {}
 
     void text(ExifIfd place, ExifTag tag, const std::string& value) {
         if (value.empty()) {
@@ -86,7 +86,7 @@ class Entries {
     bool complete_ = true;
 };
 
-void add_camera(Entries& entries, const CameraSimPicture& picture) {
+void add_camera(ExifEntries& entries, const CameraSimPicture& picture) {
     const std::string time = entry_time(picture.time_seconds);
     entries.text(EXIF_IFD_0, EXIF_TAG_MAKE, "Virtual");
     entries.text(EXIF_IFD_0, EXIF_TAG_MODEL, entry_text(picture.model));
@@ -103,7 +103,7 @@ void add_camera(Entries& entries, const CameraSimPicture& picture) {
     entries.long_number(EXIF_IFD_EXIF, image_number, picture.counter);
 }
 
-void add_shot(Entries& entries, const CameraSimPicture& picture) {
+void add_shot(ExifEntries& entries, const CameraSimPicture& picture) {
     const Light light = light_of_shot(picture.counter);
     entries.fraction(EXIF_IFD_EXIF, EXIF_TAG_EXPOSURE_TIME, 1, light.shutter);
     entries.fraction(EXIF_IFD_EXIF, EXIF_TAG_FNUMBER, aperture_tenths, 10);
@@ -127,8 +127,8 @@ std::vector<unsigned char> exif_block(const CameraSimPicture& picture) {
     if (data == nullptr) {
         return {};
     }
-    exif_data_set_byte_order(data.get(), Entries::byte_order);
-    Entries entries(data.get());
+    exif_data_set_byte_order(data.get(), ExifEntries::byte_order);
+    ExifEntries entries(data.get());
     add_camera(entries, picture);
     add_shot(entries, picture);
 

@@ -15,10 +15,10 @@
 namespace {
 
 // TIFF/EP's number for it, which libtiff does not know.
-constexpr std::uint32_t image_number = 0x9211;
+constexpr std::uint32_t image_number_tag = 0x9211;
 
 constexpr std::uint16_t daylight_d65 = 21;
-constexpr std::uint16_t manual_exposure = 1;
+constexpr std::uint16_t exposed_by_hand = 1;
 
 // From CIE XYZ to linear sRGB, the sensor's colours before its sensitivities.
 constexpr float srgb_of_xyz[] = {3.2405F,  -1.5371F, -0.4985F,  //
@@ -26,9 +26,9 @@ constexpr float srgb_of_xyz[] = {3.2405F,  -1.5371F, -0.4985F,  //
                                  0.0556F,  -0.2040F, 1.0572F};
 
 // Sets entries of the current directory. After a failure nothing more is set.
-class Entries {
+class TiffEntries {
   public:
-    explicit Entries(TIFF* tiff) : tiff_(tiff) {}
+    explicit TiffEntries(TIFF* tiff) : tiff_(tiff) {}
 
     template <typename... Values>
     void set(std::uint32_t tag, Values... values) {
@@ -55,10 +55,10 @@ std::uint64_t write_shot(TIFF* tiff, const CameraSimPicture& picture) {
     if (TIFFCreateEXIFDirectory(tiff) != 0) {
         return 0;
     }
-    Entries shot(tiff);
+    TiffEntries shot(tiff);
     shot.set(EXIFTAG_EXPOSURETIME, 1.0 / light.shutter);
     shot.set(EXIFTAG_FNUMBER, aperture_tenths / 10.0);
-    shot.set(EXIFTAG_EXPOSUREPROGRAM, manual_exposure);
+    shot.set(EXIFTAG_EXPOSUREPROGRAM, exposed_by_hand);
     const auto iso = static_cast<std::uint16_t>(light.iso);
     shot.set(EXIFTAG_ISOSPEEDRATINGS, 1, &iso);
     shot.set(EXIFTAG_FOCALLENGTH, static_cast<double>(focal_length_mm));
@@ -69,17 +69,17 @@ std::uint64_t write_shot(TIFF* tiff, const CameraSimPicture& picture) {
     return shot.complete() && TIFFWriteCustomDirectory(tiff, &place) == 1 ? place : 0;
 }
 
-void describe_camera(Entries& entries, const CameraSimPicture& picture) {
+void describe_camera(TiffEntries& entries, const CameraSimPicture& picture) {
     const std::string model = entry_text(picture.model);
     entries.text(TIFFTAG_MAKE, "Virtual");
     entries.text(TIFFTAG_MODEL, model);
     entries.text(TIFFTAG_UNIQUECAMERAMODEL, model.empty() ? "Virtual" : model);
     entries.text(TIFFTAG_CAMERASERIALNUMBER, entry_text(picture.serial));
     entries.text(TIFFTAG_DATETIME, entry_time(picture.time_seconds));
-    entries.set(image_number, picture.counter);
+    entries.set(image_number_tag, picture.counter);
 }
 
-void describe_image(Entries& entries, int width, int height) {
+void describe_image(TiffEntries& entries, int width, int height) {
     static constexpr std::uint16_t pattern_size[] = {2, 2};
     static constexpr unsigned char red_green_green_blue[] = {0, 1, 1, 2};
     static constexpr unsigned char version[] = {1, 4, 0, 0};
@@ -104,7 +104,7 @@ void describe_image(Entries& entries, int width, int height) {
     entries.set(TIFFTAG_WHITELEVEL, 1, white);
 }
 
-void describe_colors(Entries& entries) {
+void describe_colors(TiffEntries& entries) {
     float sensor_of_xyz[std::size(srgb_of_xyz)];
     for (std::size_t index = 0; index < std::size(sensor_of_xyz); ++index) {
         sensor_of_xyz[index] = srgb_of_xyz[index] * sensor_neutral[index / 3];
@@ -119,14 +119,14 @@ void describe_colors(Entries& entries) {
 bool write_raw_tags(TIFF* tiff, const CameraSimPicture& picture, int width, int height) {
     static char name[] = "ImageNumber";
     static const TIFFFieldInfo unknown[] = {
-        {image_number, 1, 1, TIFF_LONG, FIELD_CUSTOM, 1, 0, name}};
+        {image_number_tag, 1, 1, TIFF_LONG, FIELD_CUSTOM, 1, 0, name}};
     const std::uint64_t shot = write_shot(tiff, picture);
     TIFFFreeDirectory(tiff);  // or starting the next one leaks it
     if (shot == 0 || TIFFCreateDirectory(tiff) != 0 ||
         TIFFMergeFieldInfo(tiff, unknown, std::size(unknown)) != 0) {
         return false;
     }
-    Entries entries(tiff);
+    TiffEntries entries(tiff);
     describe_camera(entries, picture);
     describe_image(entries, width, height);
     describe_colors(entries);

@@ -28,7 +28,8 @@ std::vector<std::string> state_lines() {
                             (property.readable ? "" : " unreadable"));
         }
     }
-    lines.push_back("folder " + (now.session.folder.empty() ? "none" : quoted(now.session.folder)));
+    lines.push_back("folder " +
+                    (now.session.folder.empty() ? "none" : in_quotes(now.session.folder)));
     lines.push_back("buffer " + std::to_string(now.shooting.in_buffer) + " of " +
                     std::to_string(now.setup.buffer));
     lines.push_back("faults " + std::to_string(now.faults.size()));

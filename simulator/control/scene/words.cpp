@@ -105,7 +105,7 @@ const Words::Word* Words::next(const char* what) {
 std::string Words::word(const char* what) {
     const Word* word = next(what);
     if (word != nullptr && word->quoted) {
-        wrong(std::string(what) + " is wanted, not the text " + quoted(word->text));
+        wrong(std::string(what) + " is wanted, not the text " + in_quotes(word->text));
     }
     return word != nullptr ? word->text : "";
 }
