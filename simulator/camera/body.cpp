@@ -1,5 +1,6 @@
 #include "simulator/camera/body.h"
 
+#include "simulator/camera/landing.h"
 #include "simulator/sdk/text.h"
 
 namespace camera_sim {
@@ -70,6 +71,19 @@ CrInt32u Body::judge_write(CrInt32u code, CrInt64u value, CrInt32u type) const {
             return result::value_refused;
         default:
             return result::ok;
+    }
+}
+
+void Body::set_counter(unsigned number) {
+    next_number = number;
+    passed = 0;
+    ++counter_named;
+}
+
+void Body::pass_numbers(unsigned count, unsigned numbered_under) {
+    if (numbered_under == counter_named) {
+        next_number = (next_number - 1 + count) % last_number + 1;
+        passed += count;
     }
 }
 

@@ -28,9 +28,11 @@ struct Body {
     bool plugged = true;
     bool asleep = false;
     Card card = Card::in;
-    unsigned next_number = 1;  // of the file names
-    unsigned on_card = 0;      // shots
-    unsigned kept = 0;         // shots meant for the computer that did not go there
+    unsigned next_number = 1;    // of the file names
+    unsigned passed = 0;         // numbers gone by because the computer's folder had them
+    unsigned counter_named = 0;  // how often `counter` was told; `passed` begins anew with each
+    unsigned on_card = 0;        // shots
+    unsigned kept = 0;           // shots meant for the computer that did not go there
     std::map<CrInt32u, Property> properties;
 
     bool reachable() const {
@@ -44,6 +46,10 @@ struct Body {
 
     // What the camera answers to the host's write; the write is not done.
     CrInt32u judge_write(CrInt32u code, CrInt64u value, CrInt32u type) const;
+
+    void set_counter(unsigned number);
+    // The counter goes on by so many, for a shot that was numbered under that `counter_named`.
+    void pass_numbers(unsigned count, unsigned numbered_under);
 
     // The settings that a session leaves behind or finds: priority and half-press are let go.
     void forget_session();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -13,6 +14,7 @@
 
 #include "simulator/camera/heif_still.h"
 #include "simulator/camera/pictures.h"
+#include "simulator/camera/pictures/file.h"
 #include "simulator/sdk/strictness.h"
 
 namespace camera_sim {
@@ -55,61 +57,50 @@ int draw(const Picture& picture, const char* function, const std::string& path) 
     return drawing(&drawn);
 }
 
-bool write_all(int file, const unsigned char* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t written = write(file, bytes, count);
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written < 0) {
-            return false;
-        }
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
-// Ends the writing of a file; one that is not whole goes away.
-int close_written(int file, bool whole, const std::string& path) {
-    int error = whole ? 0 : errno;
-    if (close(file) != 0 && error == 0) {
-        error = errno;
-    }
-    if (error != 0) {
-        unlink(path.c_str());
-    }
-    return error;
-}
-
 int write_heif(const std::string& path) {
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (file < 0) {
-        return errno;
+    PictureFile file(path.c_str());
+    file.write(heif_still, sizeof heif_still);
+    return file.finish();
+}
+
+// What is wrong with the user's own pictures is no fault of the folder that a shot goes into.
+int said_of_own_pictures(const std::string& what, int error) {
+    tell(what + " of CAMERA_SIM_PICTURES cannot be read: " + std::strerror(error));
+    return ENOTSUP;
+}
+
+// A pipe among the pictures would never end, and opening it would wait for who writes into it.
+int open_regular(const std::string& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat facts {};
+    if (file >= 0 && (fstat(file, &facts) != 0 || !S_ISREG(facts.st_mode))) {
+        close(file);
+        errno = EINVAL;
+        return -1;
     }
-    return close_written(file, write_all(file, heif_still, sizeof heif_still), path);
+    return file;
 }
 
 int copy_file(const std::string& from, const std::string& path) {
-    const int source = open(from.c_str(), O_RDONLY | O_CLOEXEC);
+    const int source = open_regular(from);
     if (source < 0) {
-        return errno;
+        return said_of_own_pictures("the picture " + from, errno);
     }
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (file < 0) {
-        const int error = errno;
-        close(source);
-        return error;
-    }
+    PictureFile copy(path.c_str());
     std::vector<unsigned char> buffer(std::size_t{1} << 16);
-    ssize_t got = 0;
-    bool whole = true;
-    while (whole && (got = read(source, buffer.data(), buffer.size())) != 0) {
-        whole = got > 0 && write_all(file, buffer.data(), static_cast<std::size_t>(got));
+    int unread = 0;
+    ssize_t got = 1;
+    while (got != 0 && unread == 0 && copy.error() == 0) {
+        got = read(source, buffer.data(), buffer.size());
+        if (got > 0) {
+            copy.write(buffer.data(), static_cast<std::size_t>(got));
+        } else if (got < 0 && errno != EINTR) {
+            unread = errno;
+        }
     }
-    const int error = close_written(file, whole, path);
     close(source);
-    return error;
+    // A copy that is not finished goes with its object.
+    return unread != 0 ? said_of_own_pictures("the picture " + from, unread) : copy.finish();
 }
 
 bool is_jpeg(std::string_view name) {
@@ -121,24 +112,44 @@ bool is_jpeg(std::string_view name) {
     return strcasecmp(ending.c_str(), ".jpg") == 0 || strcasecmp(ending.c_str(), ".jpeg") == 0;
 }
 
-int copy_own_picture(const Picture& picture, const std::string& path) {
-    std::vector<std::string> names;
-    DIR* const folder = opendir(picture.own_pictures.c_str());
-    if (folder == nullptr) {
+// The pictures in a folder, by name; 0 or an errno value.
+int list_pictures(const std::string& folder, std::vector<std::string>& paths) {
+    DIR* const entries = opendir(folder.c_str());
+    if (entries == nullptr) {
         return errno;
     }
-    while (const dirent* entry = readdir(folder)) {
-        if (is_jpeg(entry->d_name)) {
-            names.emplace_back(entry->d_name);
+    while (const dirent* entry = readdir(entries)) {
+        const std::string path = folder + "/" + entry->d_name;
+        struct stat facts {};
+        if (is_jpeg(entry->d_name) && stat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode)) {
+            paths.push_back(path);
         }
     }
-    closedir(folder);
-    if (names.empty()) {
-        tell("there is no JPEG in the folder of CAMERA_SIM_PICTURES, " + picture.own_pictures);
-        return ENOENT;
+    closedir(entries);
+    std::sort(paths.begin(), paths.end());
+    return 0;
+}
+
+// Listed once: shots may go into the same folder, and a shot of a shot is not the user's picture.
+struct OwnPictures {
+    std::string folder;
+    std::vector<std::string> paths;
+};
+
+int copy_own_picture(const Picture& picture, const std::string& path) {
+    static OwnPictures& own = *new OwnPictures;  // of the one thread that transfers
+    if (own.paths.empty() || own.folder != picture.own_pictures) {
+        own.folder = picture.own_pictures;
+        own.paths.clear();
+        if (const int error = list_pictures(own.folder, own.paths)) {
+            return said_of_own_pictures("the folder " + own.folder, error);
+        }
     }
-    std::sort(names.begin(), names.end());
-    return copy_file(picture.own_pictures + "/" + names[picture.taken % names.size()], path);
+    if (own.paths.empty()) {
+        tell("there is no JPEG in the folder of CAMERA_SIM_PICTURES, " + own.folder);
+        return ENOTSUP;
+    }
+    return copy_file(own.paths[picture.taken % own.paths.size()], path);
 }
 
 }  // namespace

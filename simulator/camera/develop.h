@@ -24,8 +24,9 @@ struct Picture {
 
 const char* ending(PictureKind kind);  // of the file's name
 
-// Writes one picture; 0, or an errno value and no file. Only the thread that transfers calls it,
-// without the lock: a picture of full size takes a while.
+// Writes one picture into a new file; 0, or an errno value and no file: EEXIST when something lies
+// at the path, ENOTSUP when there is no picture to be had and standard error has said why. Only the
+// thread that transfers calls it, without the lock: a picture of full size takes a while.
 int make_picture(const Picture& picture, PictureKind kind, const std::string& path);
 
 }  // namespace camera_sim

@@ -6,11 +6,11 @@
 // the clock, so that a series of shots is a day going by.
 //
 // Each function writes one file and returns 0 or an errno value: EINVAL for sizes that no picture
-// can have, otherwise what the system answered. After a failure the file is gone. The same picture
-// gives the same bytes. One thread at a time.
+// can have, EEXIST when something lies at the path, otherwise what the system answered. After a
+// failure there is no file of it. The same picture gives the same bytes. One thread at a time.
 
 struct CameraSimPicture {
-    const char* path;   // created or replaced
+    const char* path;   // created, never replaced
     const char* model;  // may be null, as the serial number may: the entry is then left out
     const char* serial;
     unsigned counter;

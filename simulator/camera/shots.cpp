@@ -2,6 +2,7 @@
 
 #include <ctime>
 
+#include "simulator/camera/landing.h"
 #include "simulator/camera/state.h"
 #include "simulator/camera/timeline.h"
 #include "simulator/camera/transfer.h"
@@ -9,8 +10,6 @@
 
 namespace camera_sim {
 namespace {
-
-constexpr unsigned last_number = 9999;
 
 Shooting& shooting() SIM_REQUIRES(g_lock) {
     return state().shooting;
@@ -61,7 +60,9 @@ void expose() SIM_REQUIRES(g_lock) {
     ++shooting().in_buffer;
     shot.taken = shooting().taken++;
     shot.number = body().next_number;
-    body().next_number = shot.number % last_number + 1;
+    shot.passed = body().passed;
+    shot.counter_named = body().counter_named;
+    body().next_number = number_after(shot.number);
     shot.type = body().value(property::file_type);
     shot.time_seconds = std::time(nullptr);
     after(state().setup.exposure, [shot]() SIM_REQUIRES(g_lock) { store(shot); });

@@ -20,12 +20,15 @@ struct Shooting {
     unsigned taken = 0;        // since Init
     unsigned under_way = 0;    // from the shutter to the last of their files
     unsigned in_buffer = 0;
+    std::string counted_in;  // the folder and prefix whose highest number the counter has passed
 };
 
 // One picture, with the settings that were in force when it was taken.
 struct Shot {
     unsigned number = 0;  // 1 to 9999
-    unsigned taken = 0;   // counts from 0
+    unsigned passed = 0;  // the body's, and so is the next one, when it was numbered
+    unsigned counter_named = 0;
+    unsigned taken = 0;  // counts from 0
     CrInt64u type = file_type::jpeg;
     CrInt64u destination = destination::card;
     long long time_seconds = 0;

@@ -1,15 +1,15 @@
 #include "simulator/camera/transfer.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <deque>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "simulator/camera/develop.h"
+#include "simulator/camera/landing.h"
 #include "simulator/camera/state.h"
 #include "simulator/sdk/delivery.h"
 #include "simulator/sdk/faults.h"
@@ -27,7 +27,8 @@ struct Transfer {
     Picture picture;
     std::vector<PictureKind> kinds;  // the files, in order
     std::string folder;
-    std::string stem;  // of the files' names
+    std::string prefix;              // of the files' names
+    std::optional<unsigned> number;  // that the host has asked for; none: the camera's counter
     unsigned session_round;
 };
 
@@ -72,23 +73,12 @@ std::vector<PictureKind> files_after_faults(std::vector<PictureKind> files) SIM_
     return files;
 }
 
-std::string stem_of(const Shot& shot) SIM_REQUIRES(g_lock) {
-    Session& session = state().session;
-    unsigned number = shot.number;
-    if (session.number >= 0) {
-        number = static_cast<unsigned>(session.number++);
-    }
-    char digits[16];
-    std::snprintf(digits, sizeof digits, "%05u", number);
-    return (session.prefix.empty() ? "DSC" : session.prefix) + digits;
-}
-
 bool given_up(const Transfer& transfer) SIM_REQUIRES(g_lock) {
     return g_line.ending || state().session.round != transfer.session_round;
 }
 
 // Keeps the line busy for as long as the bytes take, unless the session ends before.
-void let_bytes_pass(Hold& hold, const Transfer& transfer, Clock::time_point start, off_t bytes,
+void let_bytes_pass(Hold& hold, const Transfer& transfer, Clock::time_point start, long long bytes,
                     Duration late) SIM_REQUIRES(g_lock) {
     const std::uint64_t rate = state().setup.usb_rate;
     const double seconds = rate == 0 ? 0 : static_cast<double>(bytes) / static_cast<double>(rate);
@@ -105,48 +95,111 @@ void report(const Response& fault, const std::string& name) SIM_REQUIRES(g_lock)
     }
 }
 
-// Whether the file is at the computer, under its name, and reported.
-bool send_file(Hold& hold, const Transfer& transfer, PictureKind kind) SIM_REQUIRES(g_lock) {
-    const Response fault = take_fault("file");
-    const std::string name = transfer.stem + ending(kind);
-    const std::string path = transfer.folder + "/" + name;
-    // Out of the host's sight until it is whole.
-    const std::string partial = transfer.folder + "/." + name + ".part";
-    const Clock::time_point start = Clock::now();
+// The number to land with, and whether the highest in the folder has to be passed first: a counter
+// that nobody has named counts on from there, and looks once.
+struct Wanted {
+    unsigned number;
+    bool beyond_all;
+};
+
+std::string counted_folder(const Transfer& transfer) {
+    return transfer.folder + "/" + transfer.prefix;
+}
+
+Wanted wanted_number(const Transfer& transfer) SIM_REQUIRES(g_lock) {
+    const Shot& shot = transfer.shot;
+    if (transfer.number) {
+        return {*transfer.number, false};
+    }
+    // Shots that were taken before the counter found names in its way go on behind it.
+    const unsigned passed =
+        shot.counter_named == body().counter_named ? body().passed - shot.passed : 0;
+    return {(shot.number - 1 + passed) % last_number + 1,
+            body().counter_named == 0 && state().shooting.counted_in != counted_folder(transfer)};
+}
+
+// The shot has got that number, perhaps not the one that it wanted.
+void count_on(const Transfer& transfer, unsigned number) SIM_REQUIRES(g_lock) {
+    if (!transfer.number) {
+        const unsigned wanted = wanted_number(transfer).number;
+        body().pass_numbers((number + last_number - wanted) % last_number,
+                            transfer.shot.counter_named);
+        state().shooting.counted_in = counted_folder(transfer);
+    }
+}
+
+void tell_not_written(const std::string& path, bool numbered, int error) {
+    // ENOTSUP: where the pictures come from has said what is wrong.
+    if (error != ENOTSUP) {
+        const char* why = error != EEXIST ? std::strerror(error)
+                          : numbered      ? "there is a file of that name"
+                                          : "every number is taken";
+        tell(path + " was not written: " + why);
+    }
+}
+
+// The file under its hidden name; 0 or an errno value. Gives the lock up meanwhile.
+int make_file(Hold& hold, Transfer& transfer, Landing& landing, PictureKind kind,
+              const Wanted& wanted, bool truncated) SIM_REQUIRES(g_lock) {
+    const bool numbered = landing.reserved();
     int error = 0;
-    struct stat made {};
     hold.without([&] {
-        error = make_picture(transfer.picture, kind, partial);
-        if (error == 0 && fault.truncated && stat(partial.c_str(), &made) == 0) {
-            error = truncate(partial.c_str(), made.st_size / 2) == 0 ? 0 : errno;
+        error = numbered ? 0 : landing.reserve(wanted.number, wanted.beyond_all);
+        if (error == 0 && !transfer.number) {
+            transfer.picture.number = landing.number();
         }
-        if (error == 0 && stat(partial.c_str(), &made) != 0) {
-            error = errno;
-        }
+        const auto making = [&](const std::string& path) {
+            return make_picture(transfer.picture, kind, path);
+        };
+        error = error != 0 ? error : landing.make(ending(kind), making);
+        error = error == 0 && truncated ? landing.halve() : error;
     });
-    if (error == 0) {
-        let_bytes_pass(hold, transfer, start, made.st_size, fault.late);
+    if (!numbered && landing.reserved()) {
+        count_on(transfer, landing.number());
     }
-    if (given_up(transfer)) {
-        unlink(partial.c_str());
-        return false;
+    return error;
+}
+
+// Whether the file is at the computer, under its name, and reported.
+bool send_file(Hold& hold, Transfer& transfer, Landing& landing, std::size_t index)
+    SIM_REQUIRES(g_lock) {
+    const PictureKind kind = transfer.kinds[index];
+    const Response fault = take_fault("file");
+    const Clock::time_point start = Clock::now();
+    Wanted wanted = wanted_number(transfer);
+    int error = 0;
+    for (unsigned moved = 0;; ++moved) {
+        error = make_file(hold, transfer, landing, kind, wanted, fault.truncated);
+        if (error == 0) {
+            let_bytes_pass(hold, transfer, start, landing.bytes(), fault.late);
+        }
+        if (given_up(transfer)) {
+            return false;
+        }
+        if (error == 0 && !fault.missing) {
+            error = landing.publish();
+        }
+        // Another program made a file of the name meanwhile. The second of a pair has no choice.
+        if (error != EEXIST || !landing.reserved() || index > 0 || moved == last_number) {
+            break;
+        }
+        wanted = {number_after(landing.number()), false};
+        landing.let_go();
     }
-    if (error == 0 && !fault.missing && std::rename(partial.c_str(), path.c_str()) != 0) {
-        error = errno;
-    }
-    if (error != 0 || fault.missing) {
-        unlink(partial.c_str());
+    const bool numbered = landing.reserved();
+    const std::string path =
+        landing.path(numbered ? landing.number() : wanted.number, ending(kind));
+    landing.discard();
+    if (index + 1 == transfer.kinds.size()) {
+        landing.let_go();  // before anybody is told: the folder is as it stays
     }
     const DeliveringThread from(transfer.shot.delivering_thread);
     if (error != 0) {
-        // ENOTSUP: where the pictures come from has said what it lacks.
-        if (error != ENOTSUP) {
-            tell(path + " was not written: " + std::strerror(error));
-        }
+        tell_not_written(path, numbered, error);
         callback::warning(warning::file_not_sent);
         return false;
     }
-    report(fault, fault.absolute ? path : name);
+    report(fault, fault.absolute ? path : path.substr(transfer.folder.size() + 1));
     return true;
 }
 
@@ -157,12 +210,14 @@ void send_files() {
             hold.wait(g_line.queued);
             continue;
         }
-        const Transfer transfer = std::move(g_line.queue.front());
+        Transfer transfer = std::move(g_line.queue.front());
         g_line.queue.pop_front();
+        Landing landing(transfer.folder, transfer.prefix);
         bool all_sent = true;
-        for (const PictureKind kind : transfer.kinds) {
-            all_sent = !given_up(transfer) && send_file(hold, transfer, kind) && all_sent;
+        for (std::size_t file = 0; file < transfer.kinds.size(); ++file) {
+            all_sent = !given_up(transfer) && send_file(hold, transfer, landing, file) && all_sent;
         }
+        landing.let_go();
         finish(transfer.shot, !all_sent);
     }
 }
@@ -185,10 +240,15 @@ void send_to_computer(const Shot& shot) {
                           setup.height,
                           setup.seed,
                           state().own_pictures};
+    Session& session = state().session;
+    std::optional<unsigned> number;
+    if (session.number >= 0) {
+        number = static_cast<unsigned>(session.number++);
+    }
     g_line.queue.push_back(
         {shot, picture,
          files_after_faults(files_of(shot.type, from.value(property::pair_transfer))),
-         state().session.folder, stem_of(shot), state().session.round});
+         session.folder, session.prefix.empty() ? "DSC" : session.prefix, number, session.round});
     if (!g_line.thread.joinable()) {
         g_line.thread = start_thread(send_files);
     }

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include "tests/simulator/stage.h"
 
@@ -145,13 +146,52 @@ TEST(OwnPictures, AreCopiedInTurnByName) {
     EXPECT_EQ(content(stage.shots() / "DSC00003.JPG"), "first");
 }
 
-TEST(OwnPictures, ThatAreMissingGiveAWarning) {
+TEST(OwnPictures, APipeAmongThemIsNone) {
     Stage stage;
-    setenv("CAMERA_SIM_PICTURES", stage.shots().c_str(), 1);
+    const auto own = stage.folder() / "own";
+    std::filesystem::create_directory(own);
+    ASSERT_EQ(mkfifo((own / "a.JPG").c_str(), 0600), 0);
+    std::filesystem::create_directory(own / "b.JPG");
+    std::ofstream(own / "c.JPG") << "picture";
+    std::filesystem::create_symlink(own / "c.JPG", own / "d.JPG");
+    setenv("CAMERA_SIM_PICTURES", own.c_str(), 1);
     stage.open();
     stage.save_to(stage.shots());
+    for (int shot = 0; shot < 3; ++shot) {
+        stage.shoot();
+    }
+    stage.wait();
+    EXPECT_EQ(stage.files(), (Names{"DSC00001.JPG", "DSC00002.JPG", "DSC00003.JPG"}));
+    EXPECT_EQ(content(stage.shots() / "DSC00001.JPG"), "picture");
+}
+
+namespace {
+
+// What a shot says with that as the user's own pictures; none comes.
+std::string complaint_about(Stage& stage, const std::filesystem::path& own) {
+    setenv("CAMERA_SIM_PICTURES", own.c_str(), 1);
+    stage.open();
+    stage.save_to(stage.shots());
+    testing::internal::CaptureStderr();
     stage.shoot();
     EXPECT_TRUE(stage.recorder.got("OnWarning 0x00025104"));
     stage.wait();
     EXPECT_TRUE(stage.files().empty());
+    return testing::internal::GetCapturedStderr();
+}
+
+}  // namespace
+
+TEST(OwnPictures, ThatAreMissingGiveAWarning) {
+    Stage stage;
+    EXPECT_EQ(complaint_about(stage, stage.shots()),
+              "camera-sim: there is no JPEG in the folder of CAMERA_SIM_PICTURES, " +
+                  stage.shots().string() + "\n");
+}
+
+TEST(OwnPictures, WhoseFolderIsMissingAreToldOfNotTheFolderOfTheShots) {
+    Stage stage;
+    EXPECT_EQ(complaint_about(stage, "/nonexistent"),
+              "camera-sim: the folder /nonexistent of CAMERA_SIM_PICTURES cannot be read: No such "
+              "file or directory\n");
 }

@@ -135,7 +135,7 @@ TEST(Shots, AreNamedAsTheHostSays) {
     EXPECT_EQ(stage.files(), (Names{"SHOOT00041.JPG", "SHOOT00042.JPG"}));
 }
 
-TEST(Shots, TheCounterWrapsAndReplacesTheFileOfThatName) {
+TEST(Shots, TheCounterWrapsAndPassesTheNamesThatAreTaken) {
     Stage stage("counter 1");
     stage.open();
     stage.save_to(stage.shots());
@@ -145,8 +145,8 @@ TEST(Shots, TheCounterWrapsAndReplacesTheFileOfThatName) {
     stage.shoot();
     stage.wait();
     EXPECT_EQ(reported(stage),
-              (Names{whole("DSC00001.JPG"), whole("DSC09999.JPG"), whole("DSC00001.JPG")}));
-    EXPECT_EQ(stage.files(), (Names{"DSC00001.JPG", "DSC09999.JPG"}));
+              (Names{whole("DSC00001.JPG"), whole("DSC09999.JPG"), whole("DSC00002.JPG")}));
+    EXPECT_EQ(stage.files(), (Names{"DSC00001.JPG", "DSC00002.JPG", "DSC09999.JPG"}));
     EXPECT_EQ(stage.tell("counter 10000"), "the counter goes from 1 to 9999");
 }
 

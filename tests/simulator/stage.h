@@ -5,44 +5,14 @@
 // called from the test's own thread.
 
 #include <CRSDK/CameraRemote_SDK.h>
-#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "simulator/control/client.h"
-
-// Writes down every callback that it gets, as the journal does.
-class Recorder final : public SCRSDK::IDeviceCallback {
-  public:
-    void OnConnected(SCRSDK::DeviceConnectionVersioin version) override;
-    void OnDisconnected(CrInt32u error) override;
-    void OnPropertyChangedCodes(CrInt32u count, CrInt32u* codes) override;
-    void OnCompleteDownload(CrChar* name, CrInt32u type) override;
-    void OnWarning(CrInt32u warning) override;
-    void OnError(CrInt32u error) override;
-
-    // Runs in the callbacks to come, before they are written down.
-    std::function<void()> meanwhile;
-
-    std::vector<std::string> calls();
-    std::vector<std::thread::id> threads();  // of the calls, in order
-    // Whether that call comes within a minute, if it has not come already.
-    bool got(const std::string& call);
-
-  private:
-    void record(std::string call);
-
-    std::mutex mutex_;
-    std::condition_variable recorded_;
-    std::vector<std::string> calls_;
-    std::vector<std::thread::id> threads_;
-};
+#include "tests/simulator/recorder.h"
 
 class Stage {
   public:

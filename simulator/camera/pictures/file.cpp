@@ -4,11 +4,11 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 PictureFile::PictureFile(const char* path)
-    : path_(path), descriptor_(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {
+    : path_(path),
+      descriptor_(open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666)) {
     if (descriptor_ < 0) {
         error_ = errno;
     }
@@ -55,14 +55,11 @@ int PictureFile::finish() {
 }
 
 void PictureFile::close_file() {
-    struct stat facts {};
-    const bool regular = fstat(descriptor_, &facts) == 0 && S_ISREG(facts.st_mode);
     if (close(descriptor_) != 0 && error_ == 0 && errno != EINTR) {
         error_ = errno;
     }
     descriptor_ = -1;
-    // A path may also lead to a device, which is not ours to remove.
-    if (error_ != 0 && regular) {
+    if (error_ != 0) {
         unlink(path_);
     }
 }

@@ -4,7 +4,8 @@
 #include <sys/types.h>
 
 // A file on its way to the disk. The first error is kept and ends the writing, whatever the library
-// that writes makes of it. Unless finish() has returned 0, no file stays behind.
+// that writes makes of it. Unless finish() has returned 0, no file of it stays behind. What lies at
+// the path already, a link among it, is left alone: EEXIST.
 class PictureFile {
   public:
     explicit PictureFile(const char* path);

@@ -167,7 +167,7 @@ void set_counter(Words& words) SIM_REQUIRES(g_lock) {
         words.wrong("the counter goes from 1 to 9999");
     }
     if (a_body(words)) {
-        body().next_number = number;
+        body().set_counter(number);
     }
 }
 

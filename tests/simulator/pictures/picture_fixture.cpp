@@ -25,10 +25,10 @@ DrawFunction* function(const char* name) {
 
 PictureTest::PictureTest()
     : folder(testing::TempDir() + "pictures-XXXXXX"),
-      draw_jpeg(function("camera_sim_draw_jpeg")),
-      draw_raw(function("camera_sim_draw_raw")),
+      module_jpeg(function("camera_sim_draw_jpeg")),
+      module_raw(function("camera_sim_draw_raw")),
       draw_heif(function("camera_sim_draw_heif")) {
-    if (draw_jpeg == nullptr || draw_raw == nullptr || draw_heif == nullptr ||
+    if (module_jpeg == nullptr || module_raw == nullptr || draw_heif == nullptr ||
         mkdtemp(folder.data()) == nullptr) {
         std::fprintf(stderr, "cannot load %s or make %s\n", PICTURE_MODULE, folder.c_str());
         std::abort();
@@ -38,6 +38,16 @@ PictureTest::PictureTest()
 PictureTest::~PictureTest() {
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
+}
+
+int PictureTest::draw_jpeg(const CameraSimPicture* picture) const {
+    std::filesystem::remove(picture->path);
+    return module_jpeg(picture);
+}
+
+int PictureTest::draw_raw(const CameraSimPicture* picture) const {
+    std::filesystem::remove(picture->path);
+    return module_raw(picture);
 }
 
 CameraSimPicture PictureTest::picture(const std::string& path) const {

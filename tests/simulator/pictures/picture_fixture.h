@@ -20,9 +20,13 @@ class PictureTest : public testing::Test {
     std::string path(const std::string& name) const;
     std::vector<std::string> files() const;
 
+    // Draw anew where an earlier picture of the test lies: the module itself replaces nothing.
+    int draw_jpeg(const CameraSimPicture* picture) const;
+    int draw_raw(const CameraSimPicture* picture) const;
+
     std::string folder;
-    DrawFunction* draw_jpeg;
-    DrawFunction* draw_raw;
+    DrawFunction* module_jpeg;
+    DrawFunction* module_raw;
     DrawFunction* draw_heif;
 };
 

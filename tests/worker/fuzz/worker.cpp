@@ -43,6 +43,12 @@ class Folder {
     const std::string& path() const {
         return path_;
     }
+    // The camera replaces nothing: every run would find the folder fuller.
+    void clear() const {
+        for (const auto& file : fs::directory_iterator(path_)) {
+            fs::remove_all(file);
+        }
+    }
 
   private:
     std::string path_;
@@ -128,5 +134,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     sdk::release();
     taken_lines();
     while (next_command()) {}
+    g_folder.clear();
     return 0;
 }
