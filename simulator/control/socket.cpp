@@ -3,17 +3,19 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
 #include <poll.h>
 #include <string>
 #include <string_view>
 #include <sys/socket.h>
-#include <sys/un.h>
+#include <system_error>
 #include <unistd.h>
 
 #include "simulator/camera/shots.h"
 #include "simulator/camera/state.h"
 #include "simulator/control/scene/language.h"
 #include "simulator/control/scene/words.h"
+#include "simulator/control/socket_file.h"
 #include "simulator/sdk/delivery.h"
 #include "simulator/sdk/strictness.h"
 #include "simulator/sdk/threads.h"
@@ -21,9 +23,11 @@
 namespace camera_sim {
 namespace {
 
+constexpr std::size_t longest_line = 64 * 1024;
+
 struct Listening {
     int stop = -1;  // closing it ends the listening; negative: nobody listens
-    std::string path;
+    SocketFile file;
     unsigned round =
         0;  // another one after every Release: clients of an earlier one are turned away
 };
@@ -50,10 +54,13 @@ std::string indented(const std::vector<std::string>& lines) {
 }
 
 std::string carry_out(const std::string& line, unsigned round, Hold& hold) SIM_REQUIRES(g_lock) {
-    Words words(line);
+    const bool too_long = line.size() > longest_line;
+    Words words(too_long ? "" : line);
     std::string text;
     if (!serving(round)) {
         words.wrong("the SDK has been released");
+    } else if (too_long) {
+        words.wrong("a line has at most " + std::to_string(longest_line) + " bytes");
     } else if (words.take("wait")) {
         if (words.finished()) {
             wait_until_quiet(hold, round);
@@ -106,15 +113,36 @@ bool answer(int client, const std::string& line, unsigned round) {
     return send_text(client, left, 0);
 }
 
+// Cuts what a client sends into lines. Of one that is too long only so much is kept as shows that.
+class Lines {
+  public:
+    void add(std::string_view bytes) {
+        received_.append(bytes);
+        const std::size_t begin = received_.rfind('\n') + 1;  // 0 without a line's end
+        if (received_.size() - begin > longest_line + 1) {
+            received_.resize(begin + longest_line + 1);
+        }
+    }
+    std::optional<std::string> next() {
+        const std::size_t end = received_.find('\n');
+        if (end == std::string::npos) {
+            return std::nullopt;
+        }
+        std::string line = received_.substr(0, end);
+        received_.erase(0, end + 1);
+        return line;
+    }
+
+  private:
+    std::string received_;
+};
+
 void serve(int client, unsigned round) {
-    std::string received;
+    Lines lines;
     char buffer[4096];
     for (;;) {
-        const std::size_t end = received.find('\n');
-        if (end != std::string::npos) {
-            const std::string line = received.substr(0, end);
-            received.erase(0, end + 1);
-            if (!answer(client, line, round)) {
+        if (const auto line = lines.next()) {
+            if (!answer(client, *line, round)) {
                 break;
             }
             continue;
@@ -126,26 +154,49 @@ void serve(int client, unsigned round) {
         if (got <= 0) {
             break;
         }
-        received.append(buffer, static_cast<std::size_t>(got));
+        lines.add({buffer, static_cast<std::size_t>(got)});
     }
     close(client);
 }
 
-// The next client, or negative when the listening is over.
-int next_client(int socket, int stopped) {
-    pollfd events[] = {{socket, POLLIN, 0}, {stopped, POLLIN, 0}};
-    while (poll(events, 2, -1) < 0 && errno == EINTR) {}
-    return events[1].revents != 0 ? -1 : accept(socket, nullptr, nullptr);
+void turn_away_for_now(int client) {
+    constexpr std::string_view answer = "error: the camera has no room for another client\n";
+    std::string_view left = answer;
+    send_text(client, left, MSG_DONTWAIT);
+    close(client);
+}
+
+void welcome(int client, unsigned round) {
+    fcntl(client, F_SETFD, FD_CLOEXEC);
+    fcntl(client, F_SETFL, fcntl(client, F_GETFL) & ~O_NONBLOCK);  // some systems pass it on
+#if defined(SO_NOSIGPIPE)
+    const int on = 1;
+    setsockopt(client, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on);
+#endif
+    try {
+        start_thread([client, round] { serve(client, round); }).detach();
+    } catch (const std::system_error&) {
+        turn_away_for_now(client);  // as many threads as the system allows
+    }
 }
 
 void accept_clients(int socket, int stopped, unsigned round) {
-    for (int client; (client = next_client(socket, stopped)) >= 0;) {
-        fcntl(client, F_SETFD, FD_CLOEXEC);
-#if defined(SO_NOSIGPIPE)
-        const int on = 1;
-        setsockopt(client, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on);
-#endif
-        start_thread([client, round] { serve(client, round); }).detach();
+    // Descriptors or memory that are wanting now: clients wait in the queue meanwhile. Nothing
+    // tells when they are there again.
+    constexpr int pause_ms = 50;
+    bool pausing = false;
+    for (;;) {
+        pollfd events[] = {{stopped, POLLIN, 0}, {socket, POLLIN, 0}};
+        poll(events, pausing ? 1 : 2, pausing ? pause_ms : -1);
+        if (events[0].revents != 0) {
+            break;
+        }
+        const int client = accept(socket, nullptr, nullptr);
+        pausing = client < 0 &&
+                  (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM);
+        if (client >= 0) {
+            welcome(client, round);
+        }
     }
     close(socket);
     close(stopped);
@@ -154,26 +205,22 @@ void accept_clients(int socket, int stopped, unsigned round) {
 }  // namespace
 
 void listen_for_control(const char* path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (std::strlen(path) >= sizeof address.sun_path) {
-        stop(std::string("the path of the control socket is too long: ") + path);
-    }
-    std::strcpy(address.sun_path, path);
     const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
     int ends[2];
-    unlink(path);
-    if (socket < 0 || pipe(ends) != 0 ||
-        bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        listen(socket, 16) != 0) {
+    if (socket < 0 || pipe(ends) != 0) {
         stop(std::string("the control socket ") + path +
              " cannot be made: " + std::strerror(errno));
     }
     for (const int file : {socket, ends[0], ends[1]}) {
         fcntl(file, F_SETFD, FD_CLOEXEC);
     }
+    // A client may go between being announced and being accepted.
+    fcntl(socket, F_SETFL, O_NONBLOCK);
+    if (const std::string why_not = g_listening.file.bind_and_listen(socket, path);
+        !why_not.empty()) {
+        stop(std::string("CAMERA_SIM_CONTROL: ") + path + " " + why_not);
+    }
     g_listening.stop = ends[1];
-    g_listening.path = path;
     const unsigned round = ++g_listening.round;
     start_thread([socket, stopped = ends[0], round] {
         accept_clients(socket, stopped, round);
@@ -182,7 +229,8 @@ void listen_for_control(const char* path) {
 
 void stop_control() {
     if (g_listening.stop >= 0) {
-        unlink(g_listening.path.c_str());
+        // While it still listens: nobody takes it for one that is left behind.
+        g_listening.file.remove();
         close(g_listening.stop);
         g_listening.stop = -1;
     }

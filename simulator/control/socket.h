@@ -1,7 +1,8 @@
 #pragma once
 
 // The control socket: lines of the scene language from other processes, each answered by "ok" or
-// "error: ...", and `wait` and `state`, which only make sense live. A thread for each client.
+// "error: ...", and `wait` and `state`, which only make sense live. A thread for each client. Of a
+// path that is not its own to take, the process is stopped with a sentence.
 
 #include "simulator/sdk/lock.h"
 

@@ -1,16 +1,75 @@
 // The control socket and the state that it prints.
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <memory>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
+#include "tests/simulator/other_process.h"
 #include "tests/simulator/stage.h"
+#include "tests/simulator/system_calls.h"
 
 using namespace SCRSDK;
 using camera_sim::ControlClient;
+
+namespace {
+
+// A socket as a program without the SDK makes it.
+class PlainSocket {
+  public:
+    PlainSocket() : socket_(socket(AF_UNIX, SOCK_STREAM, 0)) {}
+    ~PlainSocket() {
+        ::close(socket_);
+    }
+    PlainSocket(const PlainSocket&) = delete;
+    PlainSocket& operator=(const PlainSocket&) = delete;
+
+    void bind(const std::filesystem::path& path) {
+        set(path);
+        EXPECT_EQ(::bind(socket_, plain(), sizeof address_), 0);
+    }
+    void listen() {
+        EXPECT_EQ(::listen(socket_, 1), 0);
+    }
+    void connect(const std::filesystem::path& path) {
+        set(path);
+        EXPECT_EQ(::connect(socket_, plain(), sizeof address_), 0);
+    }
+    void send(const std::string& text) {
+        EXPECT_EQ(::send(socket_, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
+    }
+    std::string receive(std::size_t bytes) {
+        std::string text(bytes, '\0');
+        const ssize_t got = recv(socket_, text.data(), bytes, MSG_WAITALL);
+        return text.substr(0, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    }
+
+  private:
+    const sockaddr* plain() const {
+        return reinterpret_cast<const sockaddr*>(&address_);
+    }
+    void set(const std::filesystem::path& path) {
+        address_.sun_family = AF_UNIX;
+        std::strcpy(address_.sun_path, path.c_str());
+    }
+
+    int socket_;
+    sockaddr_un address_{};
+};
+
+}  // namespace
 
 TEST(Control, AnswersEveryLine) {
     Stage stage;
@@ -103,3 +162,165 @@ TEST(Control, IsNotListenedForWithoutTheVariable) {
     ASSERT_TRUE(stage.init());
     EXPECT_FALSE(std::filesystem::exists(stage.folder() / "control"));
 }
+
+TEST(ControlDeath, WhatIsNoSocketIsRefusedAndKept) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    Stage stage;
+    const auto path = stage.folder() / "control";
+    const auto target = stage.folder() / "target";
+    std::ofstream(target) << "the user's own";
+    const std::function<void()> makers[] = {
+        [&] { std::filesystem::copy(target, path); },
+        [&] { std::filesystem::create_symlink(target, path); },
+        [&] { std::filesystem::create_symlink("/nowhere", path); },
+        [&] { std::filesystem::create_directory(path); },
+        [&] { mkfifo(path.c_str(), 0600); },
+    };
+    for (const auto& make : makers) {
+        make();
+        const auto kind = std::filesystem::symlink_status(path).type();
+        setenv("CAMERA_SIM_CONTROL", path.c_str(), 1);  // of this stage, in the child too
+        EXPECT_DEATH(
+            {
+                setenv("CAMERA_SIM_CONTROL", path.c_str(), 1);
+                Init(0);
+            },
+            "camera-sim: CAMERA_SIM_CONTROL: .*/control is no socket, and is left alone");
+        EXPECT_EQ(std::filesystem::symlink_status(path).type(), kind);
+        std::filesystem::remove(path);
+    }
+}
+
+TEST(Control, ASocketThatNobodyAnswersAtIsReplaced) {
+    Stage stage;
+    { PlainSocket().bind(stage.folder() / "control"); }
+    ASSERT_TRUE(stage.init());
+    stage.wait();
+}
+
+TEST(Control, OfTwoOnOnePathTheSecondIsRefused) {
+    Stage stage;
+    ASSERT_TRUE(stage.init());
+    const std::string errors = stage.folder() / "errors";
+    OtherProcess second(stage.shots().string(), 0, errors);
+    EXPECT_FALSE(second.line());
+    EXPECT_EQ(second.end(), -SIGABRT);
+    std::ifstream file(errors);
+    const std::string said{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_NE(said.find("camera-sim: CAMERA_SIM_CONTROL: " + (stage.folder() / "control").string() +
+                        " is where another virtual camera listens already"),
+              std::string::npos)
+        << said;
+    stage.wait();
+    EXPECT_TRUE(ControlClient::connect((stage.folder() / "control").string()));
+}
+
+// Also with a socket of a dead camera, which each of them would like to replace.
+TEST(Control, OfSeveralAtTheSameMomentOneStays) {
+    Stage stage;
+    const std::string path = stage.folder() / "control";
+    for (const bool left_behind : {false, true}) {
+        if (left_behind) {
+            PlainSocket().bind(path);
+        }
+        std::vector<std::unique_ptr<OtherProcess>> all;
+        for (int count = 0; count < 4; ++count) {
+            all.push_back(std::make_unique<OtherProcess>(stage.shots().string(), 0,
+                                                         (stage.folder() / "errors").string()));
+        }
+        OtherProcess* first = nullptr;
+        for (const auto& process : all) {
+            if (process->line()) {
+                EXPECT_EQ(first, nullptr) << "two listen";
+                first = process.get();
+            }
+        }
+        ASSERT_NE(first, nullptr);
+        auto client = ControlClient::connect(path);
+        ASSERT_TRUE(client);
+        EXPECT_TRUE(client->ask("wait")->ok);
+        EXPECT_EQ(first->end(), 0);
+        EXPECT_FALSE(std::filesystem::exists(path));
+    }
+}
+
+TEST(Control, ASocketThatHasTakenItsPlaceIsLeftThere) {
+    Stage stage;
+    ASSERT_TRUE(stage.init());
+    const auto path = stage.folder() / "control";
+    std::filesystem::remove(path);
+    PlainSocket other;
+    other.bind(path);
+    EXPECT_TRUE(Release());
+    EXPECT_TRUE(std::filesystem::exists(path));
+    ASSERT_TRUE([&] {
+        std::filesystem::remove(path);
+        return stage.init();
+    }());
+}
+
+TEST(Control, ALineHasAnEnd) {
+    Stage stage;
+    ASSERT_TRUE(stage.init());
+    const std::string longest = "# " + std::string(64 * 1024 - 2, 'x');
+    EXPECT_EQ(stage.tell(longest), "");
+    EXPECT_EQ(stage.tell(longest + "x"), "a line has at most 65536 bytes");
+    EXPECT_EQ(stage.tell(std::string(5'000'000, 'x')), "a line has at most 65536 bytes");
+    EXPECT_EQ(stage.tell("warning"), "CODE is missing");
+}
+
+#if defined(__linux__)
+
+TEST(Control, IsOpenToItsUserOnlyFromTheFirstMoment) {
+    Stage stage;
+    const std::string path = stage.folder() / "control";
+    const auto mode = [&path] {
+        struct stat facts {};
+        EXPECT_EQ(stat(path.c_str(), &facts), 0);
+        return facts.st_mode & 0777;
+    };
+    mode_t at_first = 0;
+    system_calls::after_bind = [&] {
+        at_first = mode();
+    };
+    const mode_t before = umask(0);
+    EXPECT_TRUE(stage.init());
+    umask(before);
+    system_calls::leave_alone();
+    EXPECT_EQ(at_first, 0600U);
+    EXPECT_EQ(mode(), 0600U);
+}
+
+TEST(Control, OutlivesAProcessWithoutDescriptors) {
+    Stage stage;
+    ASSERT_TRUE(stage.init());
+    PlainSocket client;
+    const int last = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    rlimit none = before;
+    none.rlim_cur = static_cast<rlim_t>(last);
+    std::vector<int> holes;  // below the last one
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    for (int hole; (hole = dup(STDERR_FILENO)) >= 0;) {
+        holes.push_back(hole);
+    }
+    system_calls::accepts_failed = 0;
+    const auto start = std::chrono::steady_clock::now();
+    client.connect(stage.folder() / "control");
+    client.send("wait\n");
+    while (system_calls::accepts_failed < 3) {
+        std::this_thread::yield();
+    }
+    // It looks again now and then, and does not turn round and round meanwhile.
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(80));
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    for (const int hole : holes) {
+        close(hole);
+    }
+    close(last);
+    EXPECT_EQ(client.receive(3), "ok\n");
+    stage.wait();
+}
+
+#endif
