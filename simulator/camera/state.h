@@ -85,6 +85,7 @@ struct State {
     unsigned resumes = 0;
     Clock::time_point busy_until{};
     Clock::time_point last_use{};  // of the camera, by the host or at the body
+    unsigned sleep_round = 0;      // another one after every `sleep after`
     std::vector<std::string> during_release;
     std::string
         own_pictures;  // the user's folder of pictures to take in turn; empty: they are drawn

@@ -33,6 +33,8 @@ void run_steps() {
             const std::function<void()> step = std::move(first->second);
             timeline.steps.erase(first);
             step();
+            // Steps without end must not keep the lock from everybody else.
+            hold.without([] { std::this_thread::yield(); });
         }
     }
 }

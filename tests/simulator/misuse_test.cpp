@@ -288,12 +288,12 @@ TEST_F(Misuse, NullTexts) {
         "camera-sim: SetSaveInfo was given no prefix");
 }
 
-TEST_F(Misuse, BadLineForRelease) {
+TEST_F(Misuse, LineForReleaseThatTheCameraCannotDoThen) {
     EXPECT_DEATH(
         {
             stage.open();
-            stage.tell("during Release warning many");
+            EXPECT_EQ(stage.tell("during Release plug"), "");
             stage.close();
         },
-        "camera-sim: during Release warning many: CODE is a number, not \"many\"");
+        "camera-sim: during Release plug: the camera is plugged in already");
 }

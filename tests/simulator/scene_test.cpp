@@ -2,12 +2,73 @@
 // with its subject.
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
 
 #include "tests/simulator/stage.h"
 
 using namespace SCRSDK;
+
+namespace {
+
+void tell_every_verb_for_release() {
+    Stage stage;
+    stage.open();
+    const auto before = stage.state();
+    for (const char* line : {"camera A over USB",
+                             "no camera",
+                             "no focus",
+                             "answer now",
+                             "answer held",
+                             "timing real",
+                             "looking 1s",
+                             "focus 1s",
+                             "usb 1MB/s",
+                             "buffer 1",
+                             "picture 9x9",
+                             "seed 9",
+                             "version 9",
+                             "connection version 9",
+                             "card out",
+                             "dial raw",
+                             "shutter",
+                             "counter 9",
+                             "unplug",
+                             "unplug reconnecting",
+                             "plug",
+                             "flap 2",
+                             "sleep",
+                             "sleep after 1s",
+                             "wake",
+                             "busy 1s",
+                             "set 0x0106 2",
+                             "unreadable 0x0106",
+                             "readable 0x0106",
+                             "connected 9",
+                             "disconnected 9",
+                             "warning 9",
+                             "caution",
+                             "error 9",
+                             "properties 9",
+                             "properties none",
+                             "properties null 9",
+                             "deliver a 9",
+                             "storm 9 9",
+                             "second warning 9",
+                             "next Connect hangs",
+                             "every file missing",
+                             "clear faults",
+                             "resume"}) {
+        EXPECT_EQ(stage.tell(std::string("during Release ") + line), "") << line;
+    }
+    stage.wait();
+    EXPECT_EQ(stage.state(), before);
+    EXPECT_EQ(stage.recorder.calls().size(), 1U);
+    std::_Exit(testing::Test::HasFailure() ? 1 : 0);
+}
+
+}  // namespace
 
 TEST(Scene, SaysWhatIsWrongWithALine) {
     Stage stage;
@@ -57,6 +118,17 @@ TEST(Scene, SaysWhatIsWrongWithALine) {
         {"storm 1000001 1", "N is at most a million"},
         {"flap 1000001", "N is at most a million"},
         {"second", "\"second\" stands before another command"},
+        {"second second warning 1", "\"second\" does not stand behind \"second\""},
+        {"second during Release warning 1", "\"during\" does not stand behind \"second\""},
+        {"during Release during Release warning 1",
+         "\"during\" does not stand behind \"during Release\""},
+        {"during Release second second warning 1", "\"second\" does not stand behind \"second\""},
+        {"during Release warning many", "CODE is a number, not \"many\""},
+        {"during Release warning 1 2", "\"2\" is not understood here"},
+        {"during Release second deliver a", "NUMBER is missing"},
+        {"during Release camera A over USB card wet", "a card is in, out or full"},
+        {"during Release next file sings", "\"sings\" is no response of file"},
+        {"during Release unplug soon", "\"soon\" is not understood here"},
         {"second rate", "\"rate\" is no word of the scene language"},
         {"during Init warning 1", "during Release LINE"},
         {"during Release", "\"\" is no command of the scene language"},
@@ -83,7 +155,9 @@ TEST(Scene, SaysWhatIsWrongWithALine) {
     for (const auto& [line, sentence] : lines) {
         EXPECT_EQ(stage.tell(line), sentence) << line;
     }
-    const auto state = stage.state();  // and none of them left a trace
+    stage.wait();
+    EXPECT_EQ(stage.recorder.calls().size(), 1U);  // OnConnected
+    const auto state = stage.state();              // and none of them left a trace
     EXPECT_NE(std::find(state.begin(), state.end(), "faults 0"), state.end());
 }
 
@@ -126,6 +200,31 @@ TEST(SceneDeath, ABadLineStopsTheProcessWithItsPlace) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     Stage stage("# fine\ncard wet");
     EXPECT_DEATH(Init(0), "camera-sim: .*/scene:4: a card is in, out or full");
+}
+
+// Every verb, in a session: nothing happens before Release. That is left out: it would stop here.
+TEST(SceneDeath, ALineForReleaseIsOnlyCheckedNow) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(tell_every_verb_for_release(), testing::ExitedWithCode(0), "");
+}
+
+TEST(SceneDeath, AFolderIsNoScene) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    Stage stage;
+    setenv("CAMERA_SIM_SCENE", stage.shots().c_str(), 1);
+    EXPECT_DEATH(Init(0), "camera-sim: the scene .*/shots cannot be read: Is a directory");
+}
+
+TEST(Environment, AVariableWithASlipInItsNameIsTold) {
+    Stage stage;
+    setenv("CAMERA_SIM_SCEEN", "scene", 1);
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(stage.init());
+    unsetenv("CAMERA_SIM_SCEEN");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "camera-sim: simulated SDK, no real camera is driven\n"
+              "camera-sim: CAMERA_SIM_SCEEN means nothing to the virtual camera, which knows "
+              "CAMERA_SIM_SCENE CAMERA_SIM_CONTROL CAMERA_SIM_JOURNAL CAMERA_SIM_PICTURES\n");
 }
 
 TEST(SceneDeath, AMissingSceneStopsTheProcess) {

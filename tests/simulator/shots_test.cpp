@@ -135,6 +135,20 @@ TEST(Shots, AreNamedAsTheHostSays) {
     EXPECT_EQ(stage.files(), (Names{"SHOOT00041.JPG", "SHOOT00042.JPG"}));
 }
 
+TEST(Shots, ACameraThatFallsAsleepAtOnceHangsNobody) {
+    Stage stage;
+    stage.open();
+    EXPECT_EQ(stage.tell("sleep after 0.000000001s"), "");
+    EXPECT_TRUE(stage.recorder.got("OnWarning 0x00020002"));
+    for (int time = 0; time < 20; ++time) {
+        EXPECT_EQ(stage.tell("wake"), "");
+        EXPECT_FALSE(stage.state().empty());
+    }
+    EXPECT_EQ(stage.tell("sleep after 0s"), "");
+    EXPECT_EQ(stage.tell("wake"), "");
+    stage.wait();
+}
+
 TEST(Shots, TheCounterWrapsAndPassesTheNamesThatAreTaken) {
     Stage stage("counter 1");
     stage.open();

@@ -1,6 +1,10 @@
 // The verbs for callbacks as they stand, which change nothing at the camera, and the prefixes that
 // say where and when the callbacks of another line come.
 
+#include <algorithm>
+#include <initializer_list>
+#include <string_view>
+
 #include "simulator/camera/state.h"
 #include "simulator/control/scene/language.h"
 #include "simulator/control/scene/words.h"
@@ -10,7 +14,7 @@ namespace camera_sim {
 namespace {
 
 bool an_application(Words& words) SIM_REQUIRES(g_lock) {
-    if (state().application == nullptr) {
+    if (words.purpose() == Words::For::doing && state().application == nullptr) {
         words.wrong("no application has called Connect");
         return false;
     }
@@ -77,13 +81,28 @@ void storm(Words& words) SIM_REQUIRES(g_lock) {
     }
 }
 
+// What stands behind a prefix. Prefixes have one order, so that no line is longer to follow than to
+// read: `during Release`, then `second`.
+std::string prefixed_line(Words& words, const char* prefix,
+                          std::initializer_list<std::string_view> never_behind) {
+    const std::string first = words.next_text();
+    if (std::find(never_behind.begin(), never_behind.end(), first) != never_behind.end()) {
+        words.wrong("\"" + first + "\" does not stand behind \"" + prefix + "\"");
+    }
+    return words.rest();
+}
+
 void second(Words& words) SIM_REQUIRES(g_lock) {
-    const std::string line = words.rest();
-    const DeliveringThread from(1);
+    const std::string line = prefixed_line(words, "second", {"second", "during"});
     if (line.empty()) {
         words.wrong("\"second\" stands before another command");
-    } else if (const std::string error = run_line(line); !error.empty()) {
-        words.wrong(error);
+    } else if (!words.error().empty()) {
+        return;
+    } else if (words.purpose() == Words::For::checking) {
+        words.wrong(check_line(line));
+    } else {
+        const DeliveringThread from(1);
+        words.wrong(run_line(line));
     }
 }
 
@@ -92,13 +111,16 @@ void during_release(Words& words) SIM_REQUIRES(g_lock) {
         words.wrong("during Release LINE");
         return;
     }
-    const std::string line = words.rest();
+    const std::string line = prefixed_line(words, "during Release", {"during"});
     Words inner(line);
     if (!inner.left() || !is_verb(inner.text("VERB"))) {
         words.wrong("\"" + line + "\" is no command of the scene language");
-        return;
     }
-    state().during_release.push_back(line);
+    // Now, while there is somebody to tell: at Release it would stop the process.
+    words.wrong(words.error().empty() ? check_line(line) : "");
+    if (words.finished()) {
+        state().during_release.push_back(line);
+    }
 }
 
 }  // namespace

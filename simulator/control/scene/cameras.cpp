@@ -29,7 +29,7 @@ bool nobody_holds_one(Words& words) SIM_REQUIRES(g_lock) {
     if (words.finished() && (state().session.handle != 0 || shots_under_way())) {
         words.wrong("cameras cannot be added or removed during a session or a shot");
     }
-    return words.error().empty();
+    return words.finished();
 }
 
 void add_camera(Words& words) SIM_REQUIRES(g_lock) {

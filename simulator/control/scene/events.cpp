@@ -1,5 +1,6 @@
 // The verbs for what happens to a camera.
 
+#include <algorithm>
 #include <utility>
 
 #include "simulator/camera/session.h"
@@ -14,7 +15,7 @@ namespace camera_sim {
 namespace {
 
 bool a_body(Words& words) SIM_REQUIRES(g_lock) {
-    if (state().session.body >= state().bodies.size()) {
+    if (words.purpose() == Words::For::doing && state().session.body >= state().bodies.size()) {
         words.wrong("there is no camera");
         return false;
     }
@@ -91,33 +92,43 @@ void fall_asleep() SIM_REQUIRES(g_lock) {
     }
 }
 
-// Looks again when the camera could have been idle for long enough.
-void sleep_when_idle() SIM_REQUIRES(g_lock) {
+void look_whether_idle(Duration delay) SIM_REQUIRES(g_lock);
+
+// Looks again when the camera could have been idle for long enough. `round`: of the `sleep after`
+// that it works for.
+void sleep_when_idle(unsigned round) SIM_REQUIRES(g_lock) {
     const Duration idle_for = Clock::now() - state().last_use;
     const Duration limit = state().setup.sleep_after;
-    if (limit == Duration::zero() || state().session.body >= state().bodies.size()) {
+    if (round != state().sleep_round || limit == Duration::zero() ||
+        state().session.body >= state().bodies.size()) {
         return;
     }
     if (shots_under_way() || body().asleep) {
         state().last_use = Clock::now();
-        after(limit, sleep_when_idle);
+        look_whether_idle(limit);
     } else if (idle_for >= limit) {
         fall_asleep();
-        after(limit, sleep_when_idle);
+        look_whether_idle(limit);
     } else {
-        after(limit - idle_for, sleep_when_idle);
+        look_whether_idle(limit - idle_for);
     }
+}
+
+// However short the time: a thread that looks without a pause lets nobody else have the lock.
+void look_whether_idle(Duration delay) {
+    constexpr Duration shortest = std::chrono::milliseconds(1);
+    after(std::max(delay, shortest),
+          [round = state().sleep_round]() SIM_REQUIRES(g_lock) { sleep_when_idle(round); });
 }
 
 void sleep(Words& words) SIM_REQUIRES(g_lock) {
     if (words.take("after")) {
         const Duration idle = words.duration("T");
         if (a_body(words)) {
-            const Duration before = std::exchange(state().setup.sleep_after, idle);
+            state().setup.sleep_after = idle;
             state().last_use = Clock::now();
-            if (before == Duration::zero()) {
-                after(idle, sleep_when_idle);
-            }
+            ++state().sleep_round;
+            look_whether_idle(idle);
         }
     } else if (a_body(words)) {
         fall_asleep();

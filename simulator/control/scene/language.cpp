@@ -24,10 +24,8 @@ const Verb* find_verb(const std::string& name) {
     return nullptr;
 }
 
-}  // namespace
-
-std::string run_line(const std::string& line) {
-    Words words(line);
+std::string follow(const std::string& line, Words::For purpose) SIM_REQUIRES(g_lock) {
+    Words words(line, purpose);
     if (!words.error().empty() || !words.left()) {
         return words.error();
     }
@@ -38,6 +36,16 @@ std::string run_line(const std::string& line) {
     }
     verb->run(words);
     return words.error();
+}
+
+}  // namespace
+
+std::string run_line(const std::string& line) {
+    return follow(line, Words::For::doing);
+}
+
+std::string check_line(const std::string& line) {
+    return follow(line, Words::For::checking);
 }
 
 std::vector<std::string> help_lines() {
@@ -67,6 +75,10 @@ void play_scene(const char* path) {
         if (c != '\n' && c != EOF) {
             line += static_cast<char>(c);
             continue;
+        }
+        // A folder can be opened, too.
+        if (std::ferror(file) != 0) {
+            stop(std::string("the scene ") + path + " cannot be read: " + std::strerror(errno));
         }
         if (const std::string error = run_line(line); !error.empty()) {
             stop(std::string(path) + ":" + std::to_string(number) + ": " + error);

@@ -29,6 +29,8 @@ extern const Verb fault_verbs[];
 
 // Does what the line says; what is wrong with it, or nothing.
 std::string run_line(const std::string& line) SIM_REQUIRES(g_lock);
+// What is wrong with the line as it stands, whatever the camera could do with it, or nothing.
+std::string check_line(const std::string& line) SIM_REQUIRES(g_lock);
 bool is_verb(const std::string& word);
 
 Card read_card(Words& words);  // in, out or full

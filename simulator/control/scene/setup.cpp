@@ -40,7 +40,7 @@ void set_time(Words& words) SIM_REQUIRES(g_lock) {
 
 void set_focus(Words& words) SIM_REQUIRES(g_lock) {
     set_time<&Setup::focus>(words);
-    if (words.error().empty()) {
+    if (words.finished()) {
         setup().can_focus = true;
     }
 }

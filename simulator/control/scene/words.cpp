@@ -43,7 +43,7 @@ bool take_escape(std::string_view line, std::size_t& at, std::string& text) {
 
 }  // namespace
 
-Words::Words(std::string_view line) : line_(line) {
+Words::Words(std::string_view line, For purpose) : line_(line), purpose_(purpose) {
     std::size_t at = 0;
     while (at < line.size()) {
         if (is_blank(line[at])) {
@@ -182,7 +182,7 @@ bool Words::finished() {
     if (left()) {
         wrong("\"" + words_[next_].text + "\" is not understood here");
     }
-    return error_.empty();
+    return error_.empty() && purpose_ == For::doing;
 }
 
 void Words::wrong(const std::string& sentence) {

@@ -2,7 +2,8 @@
 
 // One line of the scene language as words: parted by blanks and commas, quoted texts with escapes,
 // `#` starting a comment. A taker that does not find what it wants notes the first thing that is
-// wrong and returns nothing useful; the verb acts only when `finished`.
+// wrong and returns nothing useful; the verb acts only when `finished`. A line that is only checked
+// is never finished, and what it needs of the camera is not looked at.
 
 #include <cstdint>
 #include <optional>
@@ -16,7 +17,8 @@ namespace camera_sim {
 
 class Words {
   public:
-    explicit Words(std::string_view line);
+    enum class For { doing, checking };
+    explicit Words(std::string_view line, For purpose = For::doing);
 
     bool left() const {
         return next_ < words_.size();
@@ -35,6 +37,9 @@ class Words {
     std::string rest();  // the line from the next word on, as written
 
     bool finished();  // nothing is left and nothing was wrong
+    For purpose() const {
+        return purpose_;
+    }
     void wrong(const std::string& sentence);
     const std::string& error() const {
         return error_;
@@ -49,6 +54,7 @@ class Words {
     const Word* next(const char* what);
 
     std::string line_;
+    For purpose_;
     std::vector<Word> words_;
     std::size_t next_ = 0;
     std::string error_;
