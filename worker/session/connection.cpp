@@ -11,16 +11,16 @@
 
 namespace {
 
-// Logs every camera and returns the first one on USB; null when there is none.
-sdk::Camera* find_usb_camera(const sdk::CameraList& cameras) REQUIRES(main_thread) {
-    sdk::Camera* chosen = nullptr;
+// Logs every camera and returns the first one on USB, if any.
+sdk::Camera find_usb_camera(const sdk::CameraList& cameras) REQUIRES(main_thread) {
+    sdk::Camera chosen;
     for (std::uint32_t index = 0; index < cameras.count(); ++index) {
-        sdk::Camera* const camera = cameras.camera(index);
-        const char* const type = camera != nullptr ? sdk::connection_type(camera) : nullptr;
-        const char* const model = camera != nullptr ? sdk::model(camera) : nullptr;
+        const sdk::Camera camera = cameras.camera(index);
+        const char* const type = camera ? camera.connection_type() : nullptr;
+        const char* const model = camera ? camera.model() : nullptr;
         emit_log(std::string("camera \"") + (model != nullptr ? model : "?") + "\" over " +
                  (type != nullptr ? type : "?"));
-        if (chosen == nullptr && type != nullptr && std::string_view(type) == "USB") {
+        if (!chosen && type != nullptr && std::string_view(type) == "USB") {
             chosen = camera;
         }
     }
@@ -53,17 +53,19 @@ void SonyWorker::connect() {
         return;
     }
 
-    sdk::Camera* camera = find_usb_camera(cameras);
-    if (camera == nullptr) {
+    // Left as it is by a look that finds a camera, on purpose: the next failure is logged only if
+    // it differs from the last one, however many cameras were opened in between.
+    sdk::Camera camera = find_usb_camera(cameras);
+    if (!camera) {
         camera = cameras.camera(0);
     }
-    if (camera == nullptr) {
+    if (!camera) {
         cameras.hand_back();
         last_enum_error = found;
         emit("ERROR|Camera not detected");
         return;
     }
-    const char* const model = sdk::model(camera);
+    const char* const model = camera.model();
     camera_name.publish(model != nullptr ? model : "Sony camera");
     emit("STATUS|Opening camera session");
 
@@ -73,7 +75,7 @@ void SonyWorker::connect() {
     connect_deadline_ms.exchange(steady_now_ms() + connect_timeout.count());
     watchdog_armed.exchange(attempt);
 
-    const std::uint32_t result = sdk::connect(camera, this, &device_handle);
+    const std::uint32_t result = camera.connect(this, &device_handle);
     cameras.hand_back();
     if (result != sdk::ok) {
         watchdog_armed.exchange(0);

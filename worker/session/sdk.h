@@ -14,15 +14,32 @@
 // integer in one is an enumeration in another, a text is char* or const char*. So each argument is
 // passed as an object that takes the type of the parameter it meets, and each result is cast to the
 // plain integer that it is.
+//
+// Nothing leads past it: whatever calls the SDK requires the main thread, constructors and
+// destructors included, the SDK's own objects stay private, and its namespace cannot be named after
+// this file.
+
+#if defined(__clang__)
+// A call inside a class that derives from the SDK's finds these without the namespace.
+namespace SCRSDK {
+decltype(Init) Init REQUIRES(main_thread);
+decltype(GetSDKVersion) GetSDKVersion REQUIRES(main_thread);
+decltype(Release) Release REQUIRES(main_thread);
+decltype(EnumCameraObjects) EnumCameraObjects REQUIRES(main_thread);
+decltype(Connect) Connect REQUIRES(main_thread);
+decltype(Disconnect) Disconnect REQUIRES(main_thread);
+decltype(ReleaseDevice) ReleaseDevice REQUIRES(main_thread);
+decltype(GetSelectDeviceProperties) GetSelectDeviceProperties REQUIRES(main_thread);
+decltype(ReleaseDeviceProperties) ReleaseDeviceProperties REQUIRES(main_thread);
+decltype(SetDeviceProperty) SetDeviceProperty REQUIRES(main_thread);
+decltype(SendCommand) SendCommand REQUIRES(main_thread);
+decltype(SetSaveInfo) SetSaveInfo REQUIRES(main_thread);
+}  // namespace SCRSDK
+#endif
+
 namespace sdk {
 
 namespace headers {
-
-using namespace SCRSDK;
-
-using Handle = CrDeviceHandle;
-using Camera = ICrCameraObjectInfo;
-using Enumeration = ICrEnumCameraObjectInfo;
 
 // A number for a parameter of any integer or enumeration type.
 struct Number {
@@ -66,8 +83,7 @@ using Pointee = std::remove_cv_t<std::remove_pointer_t<Parameter<function, index
 
 }  // namespace headers
 
-using Handle = headers::Handle;
-using Camera = headers::Camera;
+using Handle = headers::Pointee<&SCRSDK::Connect, 2>;
 
 // What the callbacks are given, in the types that the headers declare.
 using DisconnectReason = headers::Parameter<&SCRSDK::IDeviceCallback::OnDisconnected, 0>;
@@ -96,36 +112,76 @@ inline void release() REQUIRES(main_thread) {
     SCRSDK::Release();
 }
 
+// One camera of a CameraList, or none; good for as long as the list.
+class Camera {
+  public:
+    Camera() = default;
+
+    explicit operator bool() const {
+        return camera_ != nullptr;
+    }
+
+    // Null: the camera gave none.
+    const char* model() const REQUIRES(main_thread) {
+        return camera_->GetModel();
+    }
+
+    // "USB" for a camera on USB; null: the SDK does not know.
+    const char* connection_type() const REQUIRES(main_thread) {
+        return camera_->GetConnectionTypeName();
+    }
+
+    // Asks for a session; when the result is ok the handle is written and the answer comes through
+    // the callback.
+    std::uint32_t connect(SCRSDK::IDeviceCallback* callback, Handle* handle) const
+        REQUIRES(main_thread) {
+        using headers::Empty;
+        using headers::Number;
+        return static_cast<std::uint32_t>(SCRSDK::Connect(camera_, callback, handle, Number{0},
+                                                          Number{0}, Empty{}, Empty{}, Empty{},
+                                                          Empty{}, Empty{}));
+    }
+
+  private:
+    friend class CameraList;
+    explicit Camera(const SCRSDK::ICrCameraObjectInfo* camera)
+        : camera_(const_cast<SCRSDK::ICrCameraObjectInfo*>(camera)) {}
+
+    SCRSDK::ICrCameraObjectInfo* camera_ = nullptr;
+};
+
 // The cameras that one enumeration found. The list is the SDK's and is handed back at the latest
-// when this object goes; the cameras in it live as long as it.
-class CameraList {
+// when this object goes; the cameras in it live as long as it. A local variable: of no other object
+// does the compiler see where it goes.
+class CameraList final {
   public:
     CameraList() REQUIRES(main_thread) {
         constexpr unsigned int wait_for_cameras = 3;
         result_ = static_cast<std::uint32_t>(
             SCRSDK::EnumCameraObjects(&enumeration_, headers::Number{wait_for_cameras}));
     }
-    ~CameraList() {
+    ~CameraList() REQUIRES(main_thread) {
         hand_back();
     }
     CameraList(const CameraList&) = delete;
     CameraList& operator=(const CameraList&) = delete;
+    static void* operator new(std::size_t) = delete;
 
     std::uint32_t result() const {
         return result_;
     }
 
     // Asked of the SDK each time. 0 when it gave no list.
-    std::uint32_t count() const {
+    std::uint32_t count() const REQUIRES(main_thread) {
         return enumeration_ == nullptr ? 0 : static_cast<std::uint32_t>(enumeration_->GetCount());
     }
 
-    // May be null.
-    Camera* camera(std::uint32_t index) const {
-        return const_cast<Camera*>(enumeration_->GetCameraObjectInfo(headers::Number{index}));
+    // May be none.
+    Camera camera(std::uint32_t index) const REQUIRES(main_thread) {
+        return Camera(enumeration_->GetCameraObjectInfo(headers::Number{index}));
     }
 
-    void hand_back() {
+    void hand_back() REQUIRES(main_thread) {
         if (enumeration_ != nullptr) {
             enumeration_->Release();
             enumeration_ = nullptr;
@@ -133,30 +189,9 @@ class CameraList {
     }
 
   private:
-    headers::Enumeration* enumeration_ = nullptr;
+    SCRSDK::ICrEnumCameraObjectInfo* enumeration_ = nullptr;
     std::uint32_t result_ = ok;
 };
-
-// Null: the camera gave none.
-inline const char* model(Camera* camera) REQUIRES(main_thread) {
-    return camera->GetModel();
-}
-
-// "USB" for a camera on USB; null: the SDK does not know.
-inline const char* connection_type(Camera* camera) REQUIRES(main_thread) {
-    return camera->GetConnectionTypeName();
-}
-
-// Asks for a session; when the result is ok the handle is written and the answer comes through the
-// callback.
-inline std::uint32_t connect(Camera* camera, SCRSDK::IDeviceCallback* callback, Handle* handle)
-    REQUIRES(main_thread) {
-    using headers::Empty;
-    using headers::Number;
-    return static_cast<std::uint32_t>(SCRSDK::Connect(camera, callback, handle, Number{0},
-                                                      Number{0}, Empty{}, Empty{}, Empty{}, Empty{},
-                                                      Empty{}));
-}
 
 inline void disconnect(Handle handle) REQUIRES(main_thread) {
     SCRSDK::Disconnect(handle);
@@ -166,9 +201,15 @@ inline void release_device(Handle handle) REQUIRES(main_thread) {
     SCRSDK::ReleaseDevice(handle);
 }
 
-// One property to write; the same object serves every attempt.
-class Property {
+// One property to write; the same object serves every attempt. A local variable, as a CameraList.
+class Property final {
   public:
+    Property() REQUIRES(main_thread) = default;
+    ~Property() REQUIRES(main_thread) = default;
+    Property(const Property&) = delete;
+    Property& operator=(const Property&) = delete;
+    static void* operator new(std::size_t) = delete;
+
     void set_code(std::uint32_t code) REQUIRES(main_thread) {
         property_.SetCode(headers::Number{code});
     }
@@ -187,35 +228,25 @@ class Property {
     SCRSDK::CrDeviceProperty property_;
 };
 
-// One property as the SDK lends it, handed back when this object goes.
-class PropertyReading {
-  public:
-    PropertyReading(Handle handle, std::uint32_t code) REQUIRES(main_thread) : handle_(handle) {
-        auto wanted = static_cast<headers::Pointee<&SCRSDK::GetSelectDeviceProperties, 2>>(code);
-        headers::Pointee<&SCRSDK::GetSelectDeviceProperties, 4> count{};
-        const auto result = static_cast<std::uint32_t>(SCRSDK::GetSelectDeviceProperties(
-            handle, headers::Number{1}, &wanted, &properties_, &count));
-        readable_ = result == ok && properties_ != nullptr &&
-                    static_cast<std::int64_t>(count) > 0 &&
-                    static_cast<bool>(properties_->IsGetEnableCurrentValue());
+// A property's current value, or the fallback when it cannot be read.
+inline std::uint64_t read_property(Handle handle, std::uint32_t code, std::uint64_t fallback)
+    REQUIRES(main_thread) {
+    auto wanted = static_cast<headers::Pointee<&SCRSDK::GetSelectDeviceProperties, 2>>(code);
+    headers::Pointee<&SCRSDK::GetSelectDeviceProperties, 4> count{};
+    SCRSDK::CrDeviceProperty* properties = nullptr;
+    const auto result = static_cast<std::uint32_t>(SCRSDK::GetSelectDeviceProperties(
+        handle, headers::Number{1}, &wanted, &properties, &count));
+    if (properties == nullptr) {
+        return fallback;
     }
-    ~PropertyReading() {
-        if (properties_ != nullptr) {
-            SCRSDK::ReleaseDeviceProperties(handle_, properties_);
-        }
-    }
-    PropertyReading(const PropertyReading&) = delete;
-    PropertyReading& operator=(const PropertyReading&) = delete;
-
-    std::uint64_t value_or(std::uint64_t fallback) const {
-        return readable_ ? static_cast<std::uint64_t>(properties_->GetCurrentValue()) : fallback;
-    }
-
-  private:
-    Handle handle_;
-    SCRSDK::CrDeviceProperty* properties_ = nullptr;
-    bool readable_ = false;
-};
+    // Lent, and to be handed back, whatever the result says.
+    const bool readable = result == ok && static_cast<std::int64_t>(count) > 0 &&
+                          static_cast<bool>(properties->IsGetEnableCurrentValue());
+    const std::uint64_t value =
+        readable ? static_cast<std::uint64_t>(properties->GetCurrentValue()) : fallback;
+    SCRSDK::ReleaseDeviceProperties(handle, properties);
+    return value;
+}
 
 // The shutter release: 1 presses it, 0 lifts it.
 inline void send_release_command(Handle handle, std::uint32_t parameter) REQUIRES(main_thread) {
@@ -231,4 +262,13 @@ inline std::uint32_t set_save_info(Handle handle, const std::string& folder) REQ
                             headers::Number{static_cast<std::uint64_t>(number)}));
 }
 
+// The names of the SDK that the other files may write.
+namespace fixed_names {
+using SCRSDK::DeviceConnectionVersioin;
+using SCRSDK::IDeviceCallback;
+}  // namespace fixed_names
+
 }  // namespace sdk
+
+// From here on the SDK's namespace holds these two names and no function.
+#define SCRSDK sdk::fixed_names

@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds retry_pause{400};
 }  // namespace
 
 unsigned long long SonyWorker::read_prop(unsigned int code, unsigned long long fallback) {
-    return sdk::PropertyReading(device_handle, code).value_or(fallback);
+    return sdk::read_property(device_handle, code, fallback);
 }
 
 unsigned int SonyWorker::write_prop(unsigned int code, unsigned long long value) {

@@ -9,13 +9,15 @@
 #include <stdlib.h>
 #include <string>
 
-#include "program/dispatch.h"
-#include "session/sony_worker.h"
 #include "simulator/camera/develop.h"
 #include "simulator/camera/shots.h"
 #include "simulator/camera/state.h"
 #include "simulator/control/scene/language.h"
 #include "simulator/sdk/delivery.h"
+
+// Behind the seam the SDK's namespace holds two names: the virtual camera comes before it.
+#include "program/dispatch.h"
+#include "session/sony_worker.h"
 #include "tests/worker/fuzz/bytes.h"
 #include "tests/worker/fuzz/given_input.h"
 #include "tests/worker/fuzz/happenings.h"

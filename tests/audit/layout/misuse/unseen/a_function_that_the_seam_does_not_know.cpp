@@ -1,0 +1,5 @@
+#include "session/sony_worker.h"
+
+void SonyWorker::OnError(sdk::ErrorCode) {
+    OnLvPropertyChanged();
+}
