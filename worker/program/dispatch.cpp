@@ -51,10 +51,7 @@ void set_download_dir(SonyWorker& worker, const Fields& fields) REQUIRES(main_th
 }
 
 void set_save_destination(SonyWorker& worker, const Fields& fields) REQUIRES(main_thread) {
-    worker.save_destination = fields[1];
-    if (worker.connected) {
-        worker.apply_store_destination();
-    }
+    worker.set_save_destination(fields[1]);
 }
 
 void capture(SonyWorker& worker, const Fields&) REQUIRES(main_thread) {
@@ -66,9 +63,7 @@ void set_file_type(SonyWorker& worker, const Fields& fields) REQUIRES(main_threa
 }
 
 void check_file_type(SonyWorker& worker, const Fields&) REQUIRES(main_thread) {
-    if (worker.connected) {
-        worker.apply_pair_transfer(false);
-    }
+    worker.file_type_check();
 }
 
 void check_card(SonyWorker& worker, const Fields&) REQUIRES(main_thread) {

@@ -9,8 +9,8 @@
 #include "threads/published_string.h"
 
 // The one camera-session object of the process. The SDK calls the On... operations on its own
-// threads and one thread runs the watchdog; everything else runs on the main thread. Every
-// operation reports its own outcome as lines.
+// threads and one thread runs the watchdog; everything else runs on the main thread. What a
+// command asks for reports its own outcome as lines.
 //
 //                                             device_handle  connected  watchdog_armed
 //   Idle: no camera                           0              false      0
@@ -52,11 +52,14 @@ class SonyWorker final : public SCRSDK::IDeviceCallback {
     void apply_save_info() REQUIRES(main_thread);
 
     // settings/save_destination.cpp
+    // Any word is kept; it reaches the camera at once, or with the next session.
+    void set_save_destination(const std::string& word) REQUIRES(main_thread);
     void apply_store_destination() REQUIRES(main_thread);
     void card_check() REQUIRES(main_thread);
 
     // settings/file_type.cpp
     void set_file_type(const std::string& name) REQUIRES(main_thread);
+    void file_type_check() REQUIRES(main_thread);
     // Announces the camera's file type and asks for both halves of a RAW pair; unless forced, only
     // after a change.
     void apply_pair_transfer(bool force) REQUIRES(main_thread);
@@ -80,7 +83,7 @@ class SonyWorker final : public SCRSDK::IDeviceCallback {
     // capture/download.cpp: any SDK thread.
     void OnCompleteDownload(sdk::FileName file_name, sdk::DownloadType type) override;
 
-    // Written by the main thread, read anywhere.
+    // Written by the main thread, read by it and by the SDK's threads.
     PublishedString download_dir;
     PublishedString camera_name;
 
@@ -91,17 +94,23 @@ class SonyWorker final : public SCRSDK::IDeviceCallback {
     std::uint64_t reported_file_type GUARDED_BY(main_thread) = ~std::uint64_t{0};
     std::uint32_t card_present GUARDED_BY(main_thread) = 0xFFFFFFFF;  // 1 in, 0 out, this: unknown
     std::uint32_t last_enum_error GUARDED_BY(main_thread) = 0;
+    // The number of the latest attempt. The watchdog has its own from watchdog_armed: by the time
+    // it looked here, the latest might be another.
+    std::atomic<std::uint32_t> connect_attempt GUARDED_BY(main_thread){0};
 
-    // Shared with the SDK's threads and the watchdog.
+    // Shared by the main thread and the SDK's.
     std::atomic<bool> connected{false};
     // The worker itself is giving the camera back: OnDisconnected stays silent. Only OnConnected
     // clears it.
     std::atomic<bool> closing{false};
-    // The number of the attempt that waits for its answer, 0 for none. It is the number and not a
-    // flag so that a late watchdog can take only the attempt whose deadline it saw pass.
+
+    // Shared with the watchdog: armed and disarmed by the main thread, disarmed by the SDK's
+    // threads too, taken by the watchdog. The number of the attempt that waits for its answer, 0
+    // for none. It is the number and not a flag so that a late watchdog can take only the attempt
+    // whose deadline it saw pass.
     std::atomic<std::uint32_t> watchdog_armed{0};
+    // Written by the main thread, read by the watchdog.
     std::atomic<std::int64_t> connect_deadline_ms{0};
-    std::atomic<std::uint32_t> connect_attempt{0};
 
   private:
     bool read_card_in() REQUIRES(main_thread);

@@ -57,6 +57,12 @@ void SonyWorker::set_file_type(const std::string& name) {
     apply_pair_transfer(true);
 }
 
+void SonyWorker::file_type_check() {
+    if (connected) {
+        apply_pair_transfer(false);
+    }
+}
+
 void SonyWorker::apply_pair_transfer(bool force) {
     const std::uint64_t value = read_prop(property::file_type, property::unreadable);
     if (value == property::unreadable || (!force && value == reported_file_type)) {

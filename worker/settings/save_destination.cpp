@@ -30,6 +30,13 @@ bool SonyWorker::read_card_in() {
     return first != card_status::no_card || second != card_status::no_card;
 }
 
+void SonyWorker::set_save_destination(const std::string& word) {
+    save_destination = word;
+    if (connected) {
+        apply_store_destination();
+    }
+}
+
 void SonyWorker::apply_store_destination() {
     // Taken before every destination; it goes on without, because the camera may accept the
     // destination all the same.

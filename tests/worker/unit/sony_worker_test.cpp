@@ -1,4 +1,4 @@
-// The worker's state before anything has happened.
+// The worker's state before anything has happened, and what it asks of no camera then.
 
 #include "session/sony_worker.h"
 
@@ -22,6 +22,25 @@ TEST(SonyWorker, BeginsWithNothingOpenAndNothingKnown) {
     EXPECT_EQ(worker.watchdog_armed, 0U);
     EXPECT_EQ(worker.connect_deadline_ms, 0);
     EXPECT_EQ(worker.connect_attempt, 0U);
+}
+
+// The SDK of this test was never started and ends the process of whoever calls it.
+TEST(SonyWorker, KeepsADestinationForTheNextSession) {
+    main_thread.assume();
+    SonyWorker worker;
+    testing::internal::CaptureStdout();
+    worker.set_save_destination("card");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(worker.save_destination, "card");
+}
+
+TEST(SonyWorker, ChecksNoFileTypeWithoutASession) {
+    main_thread.assume();
+    SonyWorker worker;
+    testing::internal::CaptureStdout();
+    worker.file_type_check();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(worker.reported_file_type, 0xFFFFFFFFFFFFFFFFU);
 }
 
 }  // namespace
