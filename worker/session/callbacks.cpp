@@ -22,6 +22,7 @@ void SonyWorker::OnConnected(SCRSDK::DeviceConnectionVersioin version) {
     closing.exchange(false);
     emit_log("session up (connection version " +
              std::to_string(static_cast<std::int32_t>(version)) + ")");
+    // Ahead of the line, on purpose: no command that the host sends in answer can overtake it.
     post_command("__APPLY_SETTINGS");
     emit("CONNECTED|" + escape_field(camera_name.get()));
 }
@@ -46,6 +47,7 @@ void SonyWorker::OnWarning(sdk::WarningCode warning) {
     }
     if (code == reconnecting_warning) {
         // The SDK repeats it while it tries; the host hears of one loss once.
+        // Even while closing, on purpose: only OnDisconnected is silent then.
         if (connected.exchange(false)) {
             emit_log("camera went away (the SDK is trying to reconnect)");
             emit("DISCONNECTED|");
