@@ -21,13 +21,13 @@ ExitWatch::~ExitWatch() {
 }
 
 bool ExitWatch::signal(int number) {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     return !exit_ && kill(process_, number) == 0;
 }
 
 std::optional<Exit> ExitWatch::await(TimePoint deadline) {
-    std::unique_lock lock(mutex_);
-    ended_.wait_until(lock, deadline, [this] { return exit_.has_value(); });
+    const MutexLock lock(mutex_);
+    while (!exit_ && mutex_.wait_until(ended_, deadline)) {}
     return exit_;
 }
 
@@ -40,7 +40,7 @@ void ExitWatch::watch() {
     Exit exit;
     exit.at = Clock::now();
     {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         int status = 0;
         while (waitpid(process_, &status, 0) < 0 && errno == EINTR) {}
         if (WIFSIGNALED(status)) {

@@ -3,13 +3,13 @@
 #pragma once
 
 #include <condition_variable>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <sys/types.h>
 #include <thread>
 
 #include "host/process/clock.h"
+#include "host/process/mutex.h"
 
 namespace host {
 
@@ -26,6 +26,7 @@ struct Exit {
 // "status 1" or "signal 9".
 std::string describe(const Exit& exit);
 
+// Every operation may be called from any thread.
 class ExitWatch {
   public:
     // Takes charge of the process, which is killed if it still runs when the watch is destroyed.
@@ -46,10 +47,10 @@ class ExitWatch {
     void watch();
 
     const pid_t process_;
-    std::mutex mutex_;
+    Mutex mutex_;
     std::condition_variable ended_;
-    std::optional<Exit> exit_;
-    std::thread thread_;
+    std::optional<Exit> exit_ HOST_GUARDED_BY(mutex_);
+    std::thread thread_;  // the constructor and the destructor only
 };
 
 }  // namespace host

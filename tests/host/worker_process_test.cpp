@@ -40,7 +40,7 @@ TEST(WorkerProcess, LinesGoInAndComeOut) {
 TEST(WorkerProcess, EmptyLinesAndBytesOfAnyValueAreKept) {
     const auto child = start_script("exec cat");
     EXPECT_TRUE(child->send(""));
-    EXPECT_TRUE(child->send(std::string("a\0\xFF\r", 4)));
+    EXPECT_TRUE(child->send_bytes(std::string("a\0\xFF\r\n", 5)));
     EXPECT_EQ(next_text(*child), "");
     EXPECT_EQ(next_text(*child), std::string("a\0\xFF\r", 4));
 }

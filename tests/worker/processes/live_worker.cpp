@@ -20,6 +20,9 @@ constexpr const char* sanitizers_own = "reading executable name failed";
 
 constexpr const char* announcement = "camera-sim: simulated SDK, no real camera is driven";
 
+// A test may write a million commands before it reads the first answer.
+constexpr host::OutputLimits limits{1 << 20, 256 << 20};
+
 fs::path make_folder() {
     // A socket's path must be short, and some systems' folders for temporary files are not.
     char pattern[] = "/tmp/processes-XXXXXX";
@@ -31,7 +34,7 @@ fs::path make_folder() {
 std::unique_ptr<host::LineStream> listen_to(const fs::path& journal) {
     mkfifo(journal.c_str(), 0600);
     host::Descriptor pipe(open(journal.c_str(), O_RDWR | O_CLOEXEC));
-    return std::make_unique<host::LineStream>(std::move(pipe), *host::make_pipe());
+    return std::make_unique<host::LineStream>(std::move(pipe), *host::make_pipe(), limits);
 }
 
 std::vector<std::pair<std::string, std::string>> environment(const Plan& plan,
@@ -71,7 +74,7 @@ LiveWorker::LiveWorker(const Plan& plan)
         request.executable = "/bin/sh";
     }
     std::string error;
-    process_ = host::WorkerProcess::start(request, error);
+    process_ = host::WorkerProcess::start(request, error, limits);
     if (!process_) {
         ADD_FAILURE() << error;
         std::abort();

@@ -1,0 +1,50 @@
+// A host that was started without its standard streams.
+#include "host/process/standard_streams.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+bool is_dev_null(int number) {
+    struct stat found {};
+    struct stat null {};
+    return fstat(number, &found) == 0 && stat("/dev/null", &null) == 0 &&
+           found.st_rdev == null.st_rdev;
+}
+
+// Nothing is printed while one of them is away.
+TEST(StandardStreams, ThoseThatAreClosedAreOpenedOnNothing) {
+    std::fflush(stdout);
+    for (unsigned closed = 1; closed < 8; ++closed) {
+        int kept[3];
+        bool before[3];
+        bool afterwards[3];
+        for (int number = 0; number < 3; ++number) {
+            kept[number] = fcntl(number, F_DUPFD_CLOEXEC, 10);
+        }
+        for (int number = 0; number < 3; ++number) {
+            before[number] = is_dev_null(number);
+            if ((closed >> number & 1u) != 0) {
+                close(number);
+            }
+        }
+        host::open_closed_standard_streams();
+        for (int number = 0; number < 3; ++number) {
+            afterwards[number] = is_dev_null(number);
+        }
+        for (int number = 0; number < 3; ++number) {
+            dup2(kept[number], number);
+            close(kept[number]);
+        }
+        for (int number = 0; number < 3; ++number) {
+            EXPECT_EQ(afterwards[number], before[number] || (closed >> number & 1u) != 0)
+                << "stream " << number << " of the closed ones in " << closed;
+        }
+    }
+}
+
+}  // namespace
