@@ -5,7 +5,7 @@
 namespace doctor {
 namespace {
 
-constexpr std::uint64_t magic = 0xFEEDFACF;
+constexpr std::uint64_t magic_of_one_processor = 0xFEEDFACF;
 constexpr std::uint64_t magic_universal = 0xCAFEBABE;  // most significant byte first
 // Java's class files begin with the same number and have a version of 45 or more in this place.
 constexpr std::uint64_t most_processors = 16;
@@ -16,7 +16,7 @@ constexpr std::uint64_t command_weak_library = 0x80000018;
 constexpr std::uint64_t command_reexported_library = 0x8000001F;
 constexpr std::uint64_t command_run_path = 0x8000001C;
 
-std::string processor(std::uint64_t type) {
+std::string name_of_processor(std::uint64_t type) {
     switch (type) {
         case 0x01000007:
             return "x86_64";
@@ -28,11 +28,11 @@ std::string processor(std::uint64_t type) {
 }
 
 std::optional<Image> read_image(const Bytes& file) {
-    if (file.number(0, 4) != magic) {
+    if (file.number(0, 4) != magic_of_one_processor) {
         return std::nullopt;
     }
     Image image;
-    image.processor = processor(file.number(4, 4));
+    image.processor = name_of_processor(file.number(4, 4));
     const std::uint64_t count = file.number(16, 4);
     Bytes command = file.from(32);
     for (std::uint64_t index = 0; index < count && command.size() > 0; ++index) {

@@ -104,6 +104,9 @@ std::string in_seconds(host::Duration duration) {
 
 Finding not_ready(host::WorkerProcess& worker, const Heard& heard, const std::string& complaints,
                   const StartTimes& times) {
+    if (const std::string trouble = worker.trouble(); !trouble.empty()) {
+        return failure("start: " + trouble, complaints);
+    }
     if (!heard.wrong.empty()) {
         worker.signal(SIGKILL);
         return failure("start: the worker says \"" + heard.wrong + "\"", complaints);

@@ -88,7 +88,12 @@ TEST_F(Start, ItHangs) {
 TEST_F(Start, ItTalksWithoutEnd) {
     // Faster than it is listened to.
     write_script("echo 'CPP_WORKER|START sony-1.0'; exec yes 'LOG|[SONY] and so on'");
-    EXPECT_EQ(said(start(impatient())), "FAIL start: the worker is not ready after 0.30 s");
+    EXPECT_EQ(said(start()),
+              "FAIL start: the worker wrote faster than its lines were taken and was ended with "
+              "more than 8,388,608 bytes waiting");
+    write_script("echo 'CPP_WORKER|START sony-1.0'; exec cat /dev/zero");
+    EXPECT_EQ(said(start()),
+              "FAIL start: the worker wrote a line of more than 65,536 bytes and was ended");
 }
 
 TEST_F(Start, ItTalksNonsense) {
