@@ -2,6 +2,7 @@
 // what both need.
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <signal.h>
@@ -9,6 +10,7 @@
 #include <system_error>
 
 #include "host/process/beside_this_program.h"
+#include "host/process/standard_streams.h"
 #include "tether/conversation/events.h"
 #include "tether/conversation/interactive.h"
 #include "tether/doctor/checks.h"
@@ -21,6 +23,7 @@ namespace fs = std::filesystem;
 
 struct Options {
     tether::Plan plan;
+    double shots = 3;
     double every = 0;
     double patience = 20;
     std::string folder = "shots";
@@ -39,26 +42,49 @@ struct Patient {
     std::optional<std::string> folder;
 };
 
-// CLI11's own check answers with the largest number there is.
-CLI::Validator number(const std::string& wanted, bool may_be_zero) {
+// What a number may be. The largest ones are far beyond any use, and far below what a clock holds.
+struct Range {
+    const char* kind;
+    const char* digits;  // the characters that it is written with
+    double least;
+    double most;
+    const char* words;
+};
+
+constexpr Range shots_range{"NUMBER", "0123456789", 1, 1'000'000, "1 to 1000000"};
+constexpr Range every_range{"SECONDS", "0123456789.", 0, 86'400, "0 to 86400"};
+constexpr Range patience_range{"SECONDS", "0123456789.", 0.1, 3'600, "0.1 to 3600"};
+
+// CLI11 itself takes "nan", "inf" and "0x10", and "010" for 8.
+CLI::Validator in(const Range& range) {
     return CLI::Validator(
-        [wanted, may_be_zero](std::string& text) {
-            double value = -1;
-            const bool read = CLI::detail::lexical_cast(text, value);
-            const bool good = read && (value > 0 || (may_be_zero && value == 0));
-            return good ? std::string() : "needs " + wanted + ", not " + text;
+        [&range](std::string& text) {
+            char* end = nullptr;
+            const double value = std::strtod(text.c_str(), &end);
+            const bool good = text.find_first_not_of(range.digits) == std::string::npos &&
+                              end != text.c_str() && *end == '\0' && value >= range.least &&
+                              value <= range.most;
+            return good ? std::string()
+                        : std::string("needs a number from ") + range.words + ", not " + text;
         },
-        "NUMBER");
+        "");
+}
+
+std::string type_of(const Range& range) {
+    return std::string(range.kind) + " from " + range.words;
 }
 
 void declare(CLI::App& app, Options& options) {
-    app.add_option("--shots", options.plan.shots, "How many shots")
-        ->check(number("a number above 0", false))
+    app.add_option("--shots", options.shots, "How many shots")
+        ->check(in(shots_range))
+        ->type_name(type_of(shots_range))
         ->capture_default_str();
     app.add_option("--every", options.every, "Seconds from one shot to the next, at least")
-        ->check(number("0 or a number above it", true));
+        ->check(in(every_range))
+        ->type_name(type_of(every_range));
     app.add_option("--patience", options.patience, "Seconds to wait for the pictures of a shot")
-        ->check(number("a number above 0", false))
+        ->check(in(patience_range))
+        ->type_name(type_of(patience_range))
         ->capture_default_str();
     app.add_option("--folder", options.folder, "Where the pictures go")->capture_default_str();
     app.add_option("--file-type", options.file_type, "What the camera makes of a shot")
@@ -74,7 +100,9 @@ void declare(CLI::App& app, Options& options) {
     app.add_flag("--interactive", options.interactive,
                  "Connect the terminal to the worker instead of shooting");
     CLI::Option* record =
-        app.add_option("--record", options.record, "Write every line with its time to a file");
+        app.add_option("--record", options.record,
+                       "Write every line with its time to a new file; one with something in it is "
+                       "refused");
     app.add_flag("--redact", options.redact, "Keep paths and names out of the record")
         ->needs(record);
 }
@@ -117,6 +145,7 @@ host::Duration duration(double seconds) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    host::open_closed_standard_streams();
     Options options;
     Patient patient;
     CLI::App app("A tethered shoot with the camera worker.", "tether");
@@ -149,11 +178,16 @@ int main(int argc, char** argv) {
     if (folder.verdict == doctor::Verdict::failure) {
         return wrong(folder.text);
     }
+    if (std::string why;
+        !options.interactive && !tether::command_for_folder(options.plan.folder, why)) {
+        return wrong(why);
+    }
     const auto start = host::Clock::now();
     tether::Record record(start, options.redact);
     if (!options.record.empty() && !record.open(options.record)) {
         return wrong("cannot write " + options.record + ": " + record.trouble());
     }
+    options.plan.shots = static_cast<unsigned>(options.shots);
     options.plan.every = duration(options.every);
     options.plan.patience = duration(options.patience);
     if (!options.file_type.empty()) {

@@ -6,8 +6,10 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -63,8 +65,20 @@ TEST_F(RecordTest, NamesAreLeftOutOnRequest) {
     EXPECT_EQ(lines().back(), "   0.000 < DOWNLOADED|<folder>/<file 1>.JPG");
 }
 
-TEST_F(RecordTest, AnOlderRecordIsReplaced) {
-    std::ofstream(folder_ / "record") << std::string(200, 'x') + "\nof two lines\n";
+TEST_F(RecordTest, AFileWithSomethingInItIsLeftAsItIs) {
+    std::ofstream(folder_ / "record") << "a picture, perhaps";
+    fs::create_symlink("record", folder_ / "link");
+    for (const char* name : {"record", "link"}) {
+        Record record(start_, false);
+        EXPECT_FALSE(record.open(folder_ / name));
+        EXPECT_EQ(record.trouble(), "it is not empty, and a record replaces nothing");
+        record.add('>', "CONNECT", start_);
+        EXPECT_EQ(lines(), std::vector<std::string>{"a picture, perhaps"});
+    }
+}
+
+TEST_F(RecordTest, AnEmptyFileIsTaken) {
+    std::ofstream(folder_ / "record").flush();
     Record record(start_, false);
     ASSERT_TRUE(record.open(folder_ / "record"));
     EXPECT_EQ(lines().size(), 1u);

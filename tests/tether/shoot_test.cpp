@@ -22,11 +22,12 @@ class ShootTest : public testing::Test {
   protected:
     ShootTest() {
         char pattern[] = "/tmp/shoot-test-XXXXXX";
-        plan_.folder = fs::canonical(mkdtemp(pattern));
+        folder_ = fs::canonical(mkdtemp(pattern));
+        plan_.folder = folder_;
         plan_.shots = 2;
     }
     ~ShootTest() override {
-        fs::remove_all(plan_.folder);
+        fs::remove_all(folder_);
     }
 
     // Starts the shoot and answers as a worker whose camera is there.
@@ -74,6 +75,7 @@ class ShootTest : public testing::Test {
         return shoot_->report();
     }
 
+    fs::path folder_;
     Plan plan_;
     std::string type_ = "jpeg";
     std::optional<Shoot> shoot_;
@@ -109,6 +111,18 @@ TEST_F(ShootTest, FoldersAndFilesTravelEscaped) {
     hear("DOWNLOADED|" + host::escape_field((plan_.folder / "a|b.JPG").string()));
     EXPECT_EQ(report().troubles, Lines{});
     EXPECT_EQ(report().shots[0].pictures.size(), 1u);
+}
+
+TEST_F(ShootTest, AFolderThatTheWorkerWouldCutEndsItBeforeTheFirstWord) {
+    plan_.folder = fs::path("/tmp") / std::string(1400, '%');
+    begin();
+    EXPECT_EQ(said(), Lines{});
+    EXPECT_TRUE(shoot_->over());
+    ASSERT_EQ(report().troubles.size(), 1u);
+    EXPECT_TRUE(report().troubles.front().ends_with(
+        " cannot be named to the worker: the command has 4222 bytes, and the worker takes at most "
+        "4095"))
+        << report().troubles.front();
 }
 
 TEST_F(ShootTest, KeepsTheTimeBetweenShots) {

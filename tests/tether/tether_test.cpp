@@ -5,8 +5,13 @@
 #include <gtest/gtest.h>
 #include <optional>
 #include <signal.h>
+#include <sstream>
 #include <stdlib.h>
+#include <string>
 #include <sys/stat.h>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 #include "simulator/control/client.h"
 #include "tests/host/child.h"
@@ -14,6 +19,12 @@
 namespace {
 
 namespace fs = std::filesystem;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool sanitized = true;
+#else
+constexpr bool sanitized = false;
+#endif
 
 class TetherTest : public testing::Test {
   protected:
@@ -235,6 +246,7 @@ TEST_F(TetherTest, TheTerminalsConversationIsRecordedToo) {
 
 TEST_F(TetherTest, AnInterruptIsRecorded) {
     for (const char* mode : {"--interactive", "--redact"}) {
+        fs::remove(folder_ / "record");
         start_tether({mode, "--shots", "100", "--record", folder_ / "record"});
         read_to("READY|OK");
         tether_->signal(SIGINT);
@@ -248,6 +260,7 @@ TEST_F(TetherTest, TheRecordTellsHowAWorkerDied) {
     write("dying", "#!/bin/sh\necho 'READY|OK'\nread line\necho 'STATUS|last words'\nkill -9 $$\n");
     fs::permissions(folder_ / "dying", fs::perms::owner_all);
     for (const char* mode : {"--interactive", "--redact"}) {
+        fs::remove(folder_ / "record");
         start_tether({mode, "--worker", folder_ / "dying", "--record", folder_ / "record"});
         read_to("READY|OK");
         tether_->send("CONNECT");
@@ -323,6 +336,181 @@ TEST_F(TetherTest, ARedactedRecordHoldsNoPathsAndNames) {
     }
 }
 
+TEST_F(TetherTest, ARecordReplacesNoFile) {
+    start_tether({"--record", folder_ / "own/a.jpg"});
+    EXPECT_EQ(status(), "status 2");
+    EXPECT_EQ(read("stderr"), "tether: cannot write " + (folder_ / "own/a.jpg").string() +
+                                  ": it is not empty, and a record replaces nothing\n");
+    EXPECT_EQ(read("own/a.jpg"), "first picture");
+}
+
+// Started with one of its standard streams closed, as programs that run at night are.
+TEST_F(TetherTest, AClosedStandardStreamPutsNothingForeignIntoTheRecord) {
+    for (const char* closed : {"<&-", ">&-", "2>&-", "<&- >&- 2>&-"}) {
+        fs::remove(folder_ / "record");
+        const auto command =
+            start({"/bin/sh",
+                   {"-c", "exec \"$@\" " + std::string(closed), "sh", TETHER_COMMAND, "--folder",
+                    folder_ / "shots", "--scene", folder_ / "scene", "--pictures", folder_ / "own",
+                    "--shots", "1", "--record", folder_ / "record"},
+                   {},
+                   folder_ / "stderr"});
+        const auto exit = command->await_exit(host::after(patience));
+        ASSERT_TRUE(exit);
+        EXPECT_EQ(describe(*exit), "status 0") << closed;
+        std::istringstream record(read("record"));
+        int lines = 0;
+        for (std::string line; std::getline(record, line); ++lines) {
+            ASSERT_GT(line.size(), 11u) << closed << ": " << line;
+            EXPECT_EQ(line.substr(0, 8).find_first_not_of(" .0123456789"), std::string::npos)
+                << closed << ": " << line;
+            EXPECT_NE(std::string("#<>").find(line[9]), std::string::npos)
+                << closed << ": " << line;
+        }
+        EXPECT_GT(lines, 10) << closed;
+    }
+}
+
+TEST_F(TetherTest, AFloodOfTheWorkerIsSaidSoAndTakesNoMemory) {
+    const std::string too_long = "the worker wrote a line of more than 65,536 bytes and was ended";
+    const std::string too_many =
+        "the worker wrote faster than its lines were taken and was ended with more than 8,388,608 "
+        "bytes waiting";
+    const std::vector<std::pair<std::string, std::string>> floods{
+        {"exec yes", too_many},
+        {"exec cat /dev/zero", too_long},
+        {"echo 'CPP_WORKER|START sony-1.0'; exec yes 'LOG|[SONY] and so on'", too_many},
+        {"echo 'CPP_WORKER|START sony-1.0'; echo 'READY|OK'; exec cat /dev/zero", too_long},
+    };
+    for (const auto& [script, sentence] : floods) {
+        for (const char* mode : {"--interactive", "--redact"}) {
+            write("flooding", "#!/bin/sh\n" + script + "\n");
+            fs::permissions(folder_ / "flooding", fs::perms::owner_all);
+            fs::remove(folder_ / "record");
+            // A sanitizer needs far more addresses than that.
+            const std::string limit = sanitized ? "" : "ulimit -v 524288; ";
+            tether_ = start({"/bin/sh",
+                             {"-c", limit + "\"$@\" > " + (folder_ / "output").string(), "sh",
+                              TETHER_COMMAND, mode, "--folder", folder_ / "shots", "--worker",
+                              folder_ / "flooding", "--record", folder_ / "record"},
+                             {},
+                             {}});
+            EXPECT_EQ(status(), "status 1") << script << mode;
+            const std::string output = read("output");
+            EXPECT_NE(output.find(sentence + "\n"), std::string::npos)
+                << script << mode << ": " << output.substr(output.size() - 500);
+            EXPECT_NE(read("record").find(" # " + sentence + "\n"), std::string::npos)
+                << script << mode;
+            // What waits behind it is not shown.
+            EXPECT_LT(fs::file_size(folder_ / "output"), 8u << 20) << script << mode;
+        }
+    }
+}
+
+TEST_F(TetherTest, AFolderThatTheWorkerWouldCutIsRefused) {
+    fs::path folder = folder_ / "shots";
+    for (int level = 0; level < 6; ++level) {
+        folder /= std::string(250, '%');
+    }
+    const auto command = start({TETHER_COMMAND, {"--folder", folder}, {}, folder_ / "errors"});
+    EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2");
+    const std::size_t bytes =
+        std::string("SET_DOWNLOAD_DIR|").size() + (folder_ / "shots").string().size() + 6 * 751;
+    EXPECT_EQ(read("errors"), "tether: the folder " + folder.string() +
+                                  " cannot be named to the worker: the command has " +
+                                  std::to_string(bytes) +
+                                  " bytes, and the worker takes at most 4095\n");
+    EXPECT_TRUE(fs::is_empty(folder));
+}
+
+TEST_F(TetherTest, ATypedLineThatIsNoCommandIsRefusedAloud) {
+    start_tether({"--interactive", "--record", folder_ / "record"});
+    read_to("READY|OK");
+    tether_->send_bytes(std::string(100'000, 'x') + "\nPRI\rME\nPRIME\r\n");
+    read_to("tether: the command has 4159 bytes, and the worker takes at most 4095");
+    read_to("tether: the command has a carriage return in it, which the worker may drop");
+    read_to(" < PRIME_DONE|OK");
+    tether_->send("QUIT");
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_FALSE(printed("Unknown command")) << output_;
+    expect_in_order(read("record"), {" # the command has 4159 bytes", " # the command has a carr",
+                                     " > PRIME\n", " < PRIME_DONE|OK\n"});
+}
+
+TEST_F(TetherTest, NumbersOutsideOfTheirRangeAreRefused) {
+    const std::vector<std::tuple<std::string, std::string, std::vector<std::string>>> options{
+        {"--shots", "1 to 1000000", {"0", "1000001", "1.5", "3.0"}},
+        {"--every", "0 to 86400", {"86400.1", "86401"}},
+        {"--patience", "0.1 to 3600", {"0", "0.09", "3600.1"}},
+    };
+    for (const auto& [option, range, own] : options) {
+        std::vector<std::string> numbers{"nan",
+                                         "inf",
+                                         "-inf",
+                                         "infinity",
+                                         "-1",
+                                         "-0.5",
+                                         "1e10",
+                                         "1e1",
+                                         "1e400",
+                                         "0x10",
+                                         "0x1p3",
+                                         "+1",
+                                         " 1",
+                                         "1 ",
+                                         "1,5",
+                                         "1_0",
+                                         "1'0",
+                                         "1.2.3",
+                                         ".",
+                                         "few",
+                                         "99999999999999999999",
+                                         std::string(5000, '9')};
+        numbers.insert(numbers.end(), own.begin(), own.end());
+        for (const std::string& number : numbers) {
+            fs::remove(folder_ / "errors");
+            const auto command =
+                start({TETHER_COMMAND, {option + "=" + number}, {}, folder_ / "errors"});
+            EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2");
+            EXPECT_EQ(read("errors"), "tether: " + option + ": needs a number from " + range +
+                                          ", not " + number + "\n");
+        }
+    }
+}
+
+TEST_F(TetherTest, NumbersAtTheEndsOfTheirRangeAreTaken) {
+    const std::vector<std::vector<std::string>> good{
+        {"--shots", "1"},      {"--shots", "1000000"}, {"--shots", "010"},
+        {"--every", "0"},      {"--every", "86400"},   {"--every", "0.25"},
+        {"--patience", "0.1"}, {"--patience", "3600"}, {"--patience", "1.5"},
+    };
+    for (const auto& arguments : good) {
+        fs::remove(folder_ / "errors");
+        std::vector<std::string> all{"--worker", "/no/such/worker"};
+        all.insert(all.begin(), arguments.begin(), arguments.end());
+        const auto command = start({TETHER_COMMAND, all, {}, folder_ / "errors"});
+        EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2");
+        EXPECT_EQ(read("errors"), "tether: --worker: File does not exist: /no/such/worker\n")
+            << arguments[0] << arguments[1];
+    }
+}
+
+TEST_F(TetherTest, ANumberWithALeadingZeroIsDecimal) {
+    start_tether({"--shots", "010"});
+    read_to("shot 1 of 10 on its way");
+    tether_->signal(SIGINT);
+    EXPECT_EQ(status(), "status 1");
+}
+
+TEST_F(TetherTest, TheHelpSaysTheRanges) {
+    start_tether({"--help"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("--shots NUMBER from 1 to 1000000=3")) << output_;
+    EXPECT_TRUE(printed("--every SECONDS from 0 to 86400")) << output_;
+    EXPECT_TRUE(printed("--patience SECONDS from 0.1 to 3600=20")) << output_;
+    EXPECT_TRUE(printed("one with something in it is refused")) << output_;
+}
+
 TEST_F(TetherTest, WrongArgumentsGetOneSentence) {
     write("file", "");
     const std::vector<std::vector<std::string>> wrong{
@@ -340,6 +528,7 @@ TEST_F(TetherTest, WrongArgumentsGetOneSentence) {
         {"--record", folder_ / "no/such/record"},
         {"--redact"},
         {"--record", folder_},
+        {"--record", folder_ / "own/a.jpg"},
         {"doctor", "/no/such/bundle"},
         {"doctor", "--shots"},
         {"surplus"},

@@ -45,12 +45,19 @@ void Conversation::say(const std::string& line) {
 
 void Conversation::pass_on(const std::string& typed, bool shown) {
     exchanged('>', typed, Clock::now(), shown);
-    if (!worker_->send(typed)) {
-        record_.note("the worker did not take this line", Clock::now());
+    std::string why;
+    if (!worker_->send(typed, why)) {
+        terminal_.show_text("tether: " + why + "\n");
+        record_.note(why, Clock::now());
     }
 }
 
 void Conversation::heard(const std::string& line, host::TimePoint at) {
+    // What waits behind a flood may be millions of lines.
+    if (!worker_->trouble().empty()) {
+        ++lines_passed_over_;
+        return;
+    }
     exchanged('<', line, at, false);
 }
 
@@ -90,9 +97,14 @@ void Conversation::end() {
 std::vector<std::string> Conversation::conclude() {
     end();
     std::vector<std::string> troubles;
-    const std::string trouble = what_was_wrong(*ending_);
+    const std::string flood = worker_->trouble();
+    const std::string trouble = flood.empty() ? what_was_wrong(*ending_) : flood;
     if (!trouble.empty()) {
         troubles.push_back(trouble);
+    }
+    if (lines_passed_over_ > 0) {
+        record_.note(std::to_string(lines_passed_over_) + " lines of the flood are left out",
+                     Clock::now());
     }
     record_.note(trouble.empty() ? "the worker ended in order" : trouble, Clock::now());
     if (!record_.trouble().empty()) {

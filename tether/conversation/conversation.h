@@ -1,6 +1,7 @@
 // The conversation with one worker, as it goes out, comes in, is shown and is recorded.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,7 +25,7 @@ class Conversation {
     // What the user has typed: shown already where it was typed on a terminal.
     void pass_on(const std::string& typed, bool shown);
 
-    // Shows and records a line that came.
+    // Shows and records a line that came, unless it is one of a flood.
     void heard(const std::string& line, host::TimePoint at);
 
     // No further commands: the worker carries out what it has been told and ends.
@@ -49,6 +50,7 @@ class Conversation {
     Record& record_;
     std::unique_ptr<host::WorkerProcess> worker_;
     bool input_open_ = true;
+    std::uint64_t lines_passed_over_ = 0;
     std::optional<host::Ending> ending_;
 };
 

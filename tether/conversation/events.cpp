@@ -6,26 +6,60 @@
 #include <unistd.h>
 #include <utility>
 
+#include "tether/conversation/typed_lines.h"
+
 namespace tether {
 
 using host::Clock;
+using host::MutexLock;
+
+namespace {
+
+// Beyond this, lines wait where they come from: in the worker's stream, which is bounded, or in the
+// pipe that is typed into.
+constexpr std::size_t most_waiting = 1024;
+constexpr std::size_t most_waiting_bytes = 1024 * 1024;
+
+}  // namespace
 
 void Events::post(Event event) {
     {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
+        waiting_bytes_ += event.text.size();
+        waiting_.push_back(std::move(event));
+    }
+    posted_.notify_one();
+}
+
+void Events::post_line(Event event) {
+    {
+        const MutexLock lock(mutex_);
+        while (waiting_.size() >= most_waiting || waiting_bytes_ >= most_waiting_bytes) {
+            mutex_.wait(taken_);
+        }
+        waiting_bytes_ += event.text.size();
         waiting_.push_back(std::move(event));
     }
     posted_.notify_one();
 }
 
 std::optional<Event> Events::next(host::TimePoint deadline) {
-    std::unique_lock lock(mutex_);
-    posted_.wait_until(lock, deadline, [this] { return !waiting_.empty(); });
-    if (waiting_.empty()) {
-        return std::nullopt;
+    std::optional<Event> event;
+    {
+        const MutexLock lock(mutex_);
+        while (waiting_.empty()) {
+            if (!mutex_.wait_until(posted_, deadline)) {
+                break;
+            }
+        }
+        if (waiting_.empty()) {
+            return std::nullopt;
+        }
+        event = std::move(waiting_.front());
+        waiting_.pop_front();
+        waiting_bytes_ -= event->text.size();
     }
-    Event event = std::move(waiting_.front());
-    waiting_.pop_front();
+    taken_.notify_all();
     return event;
 }
 
@@ -50,18 +84,14 @@ void post_interrupts() {
 
 void post_typed_lines() {
     std::thread([] {
-        std::string typed;
+        TypedLines typed([](std::string line) {
+            events().post_line({Event::Kind::typed, std::move(line), Clock::now()});
+        });
         std::array<char, 4096> buffer;
-        for (ssize_t count; (count = read(STDIN_FILENO, buffer.data(), buffer.size())) > 0;) {
-            typed.append(buffer.data(), static_cast<std::size_t>(count));
-            for (std::size_t end; (end = typed.find('\n')) != std::string::npos;) {
-                events().post({Event::Kind::typed, typed.substr(0, end), Clock::now()});
-                typed.erase(0, end + 1);
-            }
+        for (ssize_t count; (count = ::read(STDIN_FILENO, buffer.data(), buffer.size())) > 0;) {
+            typed.add({buffer.data(), static_cast<std::size_t>(count)});
         }
-        if (!typed.empty()) {
-            events().post({Event::Kind::typed, typed, Clock::now()});
-        }
+        typed.finish();
         events().post({Event::Kind::typing_ended, {}, Clock::now()});
     }).detach();
 }
@@ -69,7 +99,7 @@ void post_typed_lines() {
 void post_worker_lines(host::WorkerProcess& worker) {
     std::thread([&worker] {
         while (const auto line = worker.next_line(host::TimePoint::max())) {
-            events().post({Event::Kind::worker_line, line->text, line->at});
+            events().post_line({Event::Kind::worker_line, line->text, line->at});
         }
         events().post({Event::Kind::worker_ended, {}, Clock::now()});
     }).detach();

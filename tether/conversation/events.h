@@ -3,12 +3,13 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstddef>
 #include <deque>
-#include <mutex>
 #include <optional>
 #include <string>
 
 #include "host/process/clock.h"
+#include "host/process/mutex.h"
 #include "host/process/worker_process.h"
 
 namespace tether {
@@ -20,17 +21,24 @@ struct Event {
     host::TimePoint at;
 };
 
+// Every operation may be called from any thread.
 class Events {
   public:
+    // At once: what is rare and must not be held up.
     void post(Event event);
+
+    // Waits while much waits already: for lines, of which a worker or a file can have any number.
+    void post_line(Event event);
 
     // Nothing when nothing happened until the deadline.
     std::optional<Event> next(host::TimePoint deadline);
 
   private:
-    std::mutex mutex_;
+    host::Mutex mutex_;
     std::condition_variable posted_;
-    std::deque<Event> waiting_;
+    std::condition_variable taken_;
+    std::deque<Event> waiting_ HOST_GUARDED_BY(mutex_);
+    std::size_t waiting_bytes_ HOST_GUARDED_BY(mutex_) = 0;
 };
 
 // The one queue of the process. Never destroyed: threads still post while the process ends.

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/utsname.h>
 
 #include "tether/conversation/terminal.h"
@@ -25,9 +26,15 @@ std::string date_and_system() {
 }  // namespace
 
 bool Record::open(const std::filesystem::path& file) {
-    file_ = host::Descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    file_ = host::Descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666));
     if (!file_.is_open()) {
         trouble_ = std::strerror(errno);
+        return false;
+    }
+    struct stat found {};
+    if (fstat(file_.number(), &found) != 0 || (S_ISREG(found.st_mode) && found.st_size > 0)) {
+        file_.close();
+        trouble_ = "it is not empty, and a record replaces nothing";
         return false;
     }
     note(date_and_system(), start_);

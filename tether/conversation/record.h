@@ -15,7 +15,8 @@ class Record {
   public:
     Record(host::TimePoint start, bool redacted) : start_(start), redacted_(redacted) {}
 
-    // Begins the file with the date. False, and why in `trouble`, when it cannot be written.
+    // Begins the file with the date. False, and why in `trouble`, when it cannot be written or when
+    // something stands in it already: a record replaces nothing.
     bool open(const std::filesystem::path& file);
 
     // '>' to the worker, '<' from it. Nothing happens unless a file is open.

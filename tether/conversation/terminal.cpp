@@ -26,7 +26,7 @@ const char* style_of(std::string_view line) {
     return "";
 }
 
-void print(std::string_view text) {
+void write_out(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
 }
@@ -46,9 +46,9 @@ void Terminal::show_line(char direction, std::string_view text, host::TimePoint 
     erase_progress();
     const std::string time = time_column(start_, at) + " " + direction + " ";
     if (colored_) {
-        print(faint + time + plain + style_of(text) + std::string(text) + plain + "\n");
+        write_out(faint + time + plain + style_of(text) + std::string(text) + plain + "\n");
     } else {
-        print(time + std::string(text) + "\n");
+        write_out(time + std::string(text) + "\n");
     }
 }
 
@@ -64,16 +64,16 @@ void Terminal::show_progress(const std::string& text, host::TimePoint now) {
         char seconds[32];
         std::snprintf(seconds, sizeof seconds, " %.1f s",
                       std::chrono::duration<double>(now - progress_since_).count());
-        print("\r         · " + text + seconds + "\x1b[K");
+        write_out("\r         · " + text + seconds + "\x1b[K");
         progress_drawn_ = true;
     } else if (changed) {
-        print("         · " + text + "\n");
+        write_out("         · " + text + "\n");
     }
 }
 
 void Terminal::show_text(std::string_view text) {
     erase_progress();
-    print(text);
+    write_out(text);
 }
 
 host::TimePoint Terminal::next_redraw(host::TimePoint now) const {
@@ -82,7 +82,7 @@ host::TimePoint Terminal::next_redraw(host::TimePoint now) const {
 
 void Terminal::erase_progress() {
     if (progress_drawn_) {
-        print("\r\x1b[K");
+        write_out("\r\x1b[K");
         progress_drawn_ = false;
     }
 }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "host/process/command.h"
 #include "host/process/fields.h"
 
 namespace tether {
@@ -13,6 +14,15 @@ namespace {
 constexpr std::chrono::seconds time_to_start{10};
 
 }  // namespace
+
+std::optional<std::string> command_for_folder(const std::filesystem::path& folder,
+                                              std::string& why) {
+    auto command = host::write_command("SET_DOWNLOAD_DIR", {folder.string()}, why);
+    if (!command) {
+        why = "the folder " + folder.string() + " cannot be named to the worker: " + why;
+    }
+    return command;
+}
 
 Shoot::Shoot(Plan plan, std::function<void(const std::string&)> send)
     : plan_(std::move(plan)), send_(std::move(send)) {}
@@ -51,8 +61,7 @@ void Shoot::hear(std::string_view line, TimePoint at) {
     } else if (key == "FILE_TYPE") {
         file_type_ = payload;
     } else if (key == "READY" && state_ == State::starting) {
-        send_("SET_DOWNLOAD_DIR|" + host::escape_field(plan_.folder.string()));
-        connect(at);
+        hear_ready(at);
     } else if (key == "CONNECTED" && payload == "already" && state_ == State::connecting) {
         handle_held_ = true;
         connection_failed("the worker still holds the last session", at);
@@ -69,6 +78,16 @@ void Shoot::hear(std::string_view line, TimePoint at) {
     } else if (key == "ERROR") {
         hear_error(payload, at);
     }
+}
+
+void Shoot::hear_ready(TimePoint at) {
+    std::string why;
+    const auto command = command_for_folder(plan_.folder, why);
+    if (!command) {
+        return stop(why);
+    }
+    send_(*command);
+    connect(at);
 }
 
 void Shoot::pass(TimePoint now) {

@@ -37,6 +37,11 @@ struct Report {
     unsigned connection_losses = 0;
 };
 
+// What names the folder to the worker; nothing, and why, when it is too long: the worker would cut
+// it, and the pictures would go to another one.
+std::optional<std::string> command_for_folder(const std::filesystem::path& folder,
+                                              std::string& why);
+
 class Shoot {
   public:
     Shoot(Plan plan, std::function<void(const std::string&)> send);
@@ -75,6 +80,7 @@ class Shoot {
 
     // shoot.cpp
     void enter(State state, host::TimePoint deadline);
+    void hear_ready(host::TimePoint at);
     void hear_error(const std::string& text, host::TimePoint at);
 
     // shoot_connection.cpp

@@ -1,0 +1,45 @@
+#include "tether/conversation/typed_lines.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "host/process/command.h"
+
+namespace tether {
+namespace {
+
+// A line that is longer is refused anyway, and one byte too many is enough for that. Behind it may
+// stand the carriage returns that do not count.
+constexpr std::size_t most_kept = host::longest_command + 64;
+
+}  // namespace
+
+void TypedLines::add(std::string_view bytes) {
+    for (std::size_t end; (end = bytes.find('\n')) != std::string_view::npos;) {
+        append(bytes.substr(0, end));
+        give_line();
+        bytes.remove_prefix(end + 1);
+    }
+    append(bytes);
+}
+
+void TypedLines::finish() {
+    if (!line_.empty()) {
+        give_line();
+    }
+}
+
+void TypedLines::append(std::string_view bytes) {
+    line_ += bytes.substr(0, std::min(bytes.size(), most_kept - line_.size()));
+}
+
+// Without the carriage returns of a file from elsewhere: the worker drops them too.
+void TypedLines::give_line() {
+    while (!line_.empty() && line_.back() == '\r') {
+        line_.pop_back();
+    }
+    give_(std::exchange(line_, {}));
+}
+
+}  // namespace tether
