@@ -1,75 +1,32 @@
 #!/usr/bin/env python3
-"""report.py RESULTS FUNCTIONS FOLDER: writes the report from what the two programs measured."""
+"""report.py RESULTS FUNCTIONS FOLDER: writes the report from what the two programs measured. FOLDER is new or empty, or has
+an earlier report, whose pictures are deleted."""
 
 import json
 import sys
 from pathlib import Path
 
-import pictures
-from results import Results, number
 
-
-def table(rows):
-    head, *body = rows
-    lines = ["| " + " | ".join(head) + " |", "|" + "---|" * len(head)]
-    return "\n".join(lines + ["| " + " | ".join(row) + " |" for row in body])
-
-
-def with_unit(value, unit, like=None):
-    return f"{number(value, like)} {unit}".strip()
-
-
-def picture(folder, name, title):
-    return [f"![{title}]({name}.svg)"] if (folder / f"{name}.svg").exists() else []
-
-
-def write_text(results, functions, folder):
-    everything = results.all
-    bounded = [figure for figure in everything["figures"] if "bound" in figure]
-    plain = [figure for figure in everything["figures"] if "bound" not in figure]
-    met = sum(figure["met"] for figure in bounded)
-    parts = [
-        "# How fast the worker is",
-        "Written by `bench/run`; [what each figure means](../README.md). " +
-        "Measured on " + ", ".join(f"{value} cores" if key == "Cores" else value
-                                   for key, value in everything["machine"]) + ".",
-        f"**{met} of {len(bounded)} figures met.**",
-        "![What is allowed, and what is used of it](bounds.svg)",
-        table([("Figure", "Measured", "Bound", "", "In numbers")] + [
-            (figure["name"], with_unit(figure["value"], figure["unit"], figure["bound"]),
-             f"{figure['sense']} {number(figure['bound'])}", "met" if figure["met"] else "**missed**",
-             figure["measured"]) for figure in bounded]),
-    ]
-    if everything["skipped"]:
-        parts.append("Not measured here:\n\n" +
-                     "\n".join(f"- {what}: {why}" for what, why in everything["skipped"]))
-    for name, title in (("latency", "One line there, one line back"),
-                        ("burst", "A hundred thousand lines at once"),
-                        ("memory", "Memory over a million commands"),
-                        ("shutter", "From CAPTURE to the file")):
-        parts += picture(folder, name, title)
-    parts += [
-        "## How cost grows", "Nothing is promised of these.", *picture(folder, "growth", "How cost grows"),
-        table([("", "Measured", "In numbers")] + [
-            (figure["name"], with_unit(figure["value"], figure["unit"]), figure["measured"])
-            for figure in plain]),
-    ]
-    parts += [
-        "## The functions one by one",
-        table([("Function", "Time")] + [
-            (entry["name"].replace("_line", "").replace("_", " ").replace("/", ": "),
-             f"{number(entry['cpu_time'])} {entry['time_unit']}") for entry in functions]),
-    ]
-    (folder / "README.md").write_text("\n\n".join(parts) + "\n")
+def has_a_report(folder):
+    text = folder / "README.md"
+    return text.is_file() and "Written by `bench/run`" in text.read_text(errors="replace")
 
 
 def main():
-    results, functions, folder = Results(sys.argv[1]), Path(sys.argv[2]), Path(sys.argv[3])
+    folder = Path(sys.argv[3])
+    if folder.exists() and not has_a_report(folder) and (not folder.is_dir() or any(folder.iterdir())):
+        sys.exit(f"bench/report.py: {folder} is not empty and has no earlier report: name another folder")
+    # Only now: NumPy and Matplotlib take a second, and need not be there to refuse.
+    import pictures
+    from results import Results
+    from tables import write_text
+
+    results = Results(sys.argv[1])
     folder.mkdir(exist_ok=True)
     for old in folder.glob("*.svg"):
         old.unlink()
     pictures.draw(results, folder)
-    write_text(results, json.loads(functions.read_text())["benchmarks"], folder)
+    write_text(results, json.loads(Path(sys.argv[2]).read_text())["benchmarks"], folder)
 
 
 if __name__ == "__main__":

@@ -3,6 +3,9 @@
 if("$ENV{SOURCE_DATE_EPOCH}" STREQUAL "")
     message(FATAL_ERROR "SOURCE_DATE_EPOCH says how old the files are; tools/package sets it")
 endif()
+if("${CPACK_TEMPORARY_DIRECTORY}" STREQUAL "")
+    message(FATAL_ERROR "Only cpack runs this: it names the folder for what comes in between")
+endif()
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     set(name "${CPACK_PACKAGE_NAME}-${component}-${CPACK_PACKAGE_VERSION}-${CPACK_SYSTEM_NAME}")
     # The merged tree of two builds takes the place of what one of them has installed.

@@ -1,6 +1,14 @@
 # The target camera_sdk: headers and library of the SDK that the worker is built against, with the library and its
 # adapters laid into the build tree where the worker's run path and adapter check look for them.
 add_library(camera_sdk INTERFACE)
+include(cmake/install_guard.cmake)
+
+# Contents is cleared and filled below: it must be this build's. A build tree with a cache had its own already.
+set(contents_mark "${CMAKE_BINARY_DIR}/.contents-of-the-build")
+if(EXISTS "${bundle_contents}" AND NOT EXISTS "${contents_mark}" AND NOT DEFINED CACHE{STAGED_SDK_ROOT})
+    message(FATAL_ERROR "${bundle_contents} is there already and was not made by this build: name another build folder")
+endif()
+file(WRITE "${contents_mark}" "Contents beside this file is made by the build, and may be cleared by it.\n")
 
 # What another SDK, or the simulated one, has left in this build tree must not get into a bundle.
 if(SONY_SDK_ROOT OR STAGED_SDK_ROOT)
