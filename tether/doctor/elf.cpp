@@ -6,7 +6,7 @@
 namespace doctor {
 namespace {
 
-constexpr std::uint64_t magic = 0x464C457F;  // 0x7F "ELF"
+constexpr std::uint64_t elf_magic = 0x464C457F;  // 0x7F "ELF"
 constexpr std::uint64_t class_64_little_endian = 0x0102;
 
 constexpr std::uint64_t segment_loaded = 1;
@@ -47,7 +47,7 @@ std::uint64_t file_offset(const std::vector<Segment>& segments, std::uint64_t ad
     return address;
 }
 
-std::string processor(std::uint64_t machine) {
+std::string elf_processor(std::uint64_t machine) {
     switch (machine) {
         case 62:
             return "x86_64";
@@ -70,11 +70,11 @@ std::vector<std::string> split_at_colons(const std::string& paths) {
 }  // namespace
 
 std::optional<Image> read_elf(const Bytes& file) {
-    if (file.number(0, 4) != magic || file.number(4, 2) != class_64_little_endian) {
+    if (file.number(0, 4) != elf_magic || file.number(4, 2) != class_64_little_endian) {
         return std::nullopt;
     }
     Image image;
-    image.processor = processor(file.number(18, 2));
+    image.processor = elf_processor(file.number(18, 2));
     const std::vector<Segment> segments = segments_of(file);
     std::multimap<std::uint64_t, std::uint64_t> dynamic;
     for (const Segment& segment : segments) {
