@@ -89,11 +89,14 @@ void report_session(SonyWorker& worker) {
 // Every line with this key must carry one of the two payloads.
 int count_whole(const std::vector<std::string>& lines, const std::string& key,
                 const std::string& first, const std::string& second) {
+    const std::string begin = key + "|";
+    const std::string one = begin + first;
+    const std::string other = begin + second;
     int count = 0;
     for (const std::string& line : lines) {
-        if (line.rfind(key + "|", 0) == 0) {
+        if (line.rfind(begin, 0) == 0) {
             ++count;
-            EXPECT_TRUE(line == key + "|" + first || line == key + "|" + second) << line;
+            EXPECT_TRUE(line == one || line == other) << line;
         }
     }
     return count;

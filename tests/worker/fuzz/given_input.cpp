@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <sys/types.h>
 
 #include "program/reader.h"
@@ -18,7 +17,7 @@ struct Source {
 ssize_t give(void* cookie, char* buffer, std::size_t size) {
     Source& source = *static_cast<Source*>(cookie);
     const std::size_t count = std::min({size, source.piece, source.bytes.size() - source.given});
-    std::memcpy(buffer, source.bytes.data() + source.given, count);
+    std::copy_n(source.bytes.data() + source.given, count, buffer);
     source.given += count;
     return static_cast<ssize_t>(count);
 }

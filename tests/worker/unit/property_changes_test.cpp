@@ -17,6 +17,7 @@ using Lines = std::vector<std::string>;
 
 Lines posted_for(const std::vector<std::uint32_t>& codes, std::size_t count) REQUIRES(main_thread) {
     std::vector<Code> reported;
+    reported.reserve(codes.size());
     for (const std::uint32_t code : codes) {
         reported.push_back(static_cast<Code>(code));
     }

@@ -2,11 +2,11 @@
 
 #include "threads/published_string.h"
 
+#include <array>
 #include <atomic>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -51,9 +51,9 @@ TEST(PublishedString, ReadersNeverSeeAHalfWrittenText) {
     PublishedString text;
     std::atomic<int> torn{0};
     std::atomic<bool> done{false};
-    std::vector<std::thread> readers;
-    for (int reader = 0; reader < 3; ++reader) {
-        readers.emplace_back([&] {
+    std::array<std::thread, 3> readers;
+    for (std::thread& reader : readers) {
+        reader = std::thread([&] {
             while (!done) {
                 const std::string& seen = text.get();
                 if (seen.find_first_not_of(seen.empty() ? 'a' : seen.front()) !=

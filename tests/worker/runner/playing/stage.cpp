@@ -78,7 +78,7 @@ fs::path Stage::copy_without_adapter(const fs::path& worker) const {
     const fs::path contents = folder_ / "Contents";
     fs::create_directories(contents / "MacOS");
     fs::create_directories(contents / "Frameworks");
-    const fs::path executable = contents / "MacOS" / worker.filename();
+    fs::path executable = contents / "MacOS" / worker.filename();
     // A copy, because the worker would find itself, and the adapter, where a symbolic link leads.
     // Made by a process of its own: a sibling that is being started at this moment would inherit
     // the file open for writing, and nobody can run such a file.
