@@ -49,6 +49,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     std::vector<std::thread> threads;
+    threads.reserve(thread_count);
     for (int thread = 0; thread < thread_count; ++thread) {
         threads.emplace_back(write_lines, thread, count, write_line);
     }

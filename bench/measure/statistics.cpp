@@ -1,11 +1,11 @@
 #include "bench/measure/statistics.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <cmath>
 
 double quantile(Samples samples, double share) {
     const auto last = static_cast<double>(samples.size() - 1);
-    const auto place = samples.begin() + static_cast<std::ptrdiff_t>(share * last + 0.5);
+    const auto place = samples.begin() + std::lround(share * last);
     std::nth_element(samples.begin(), place, samples.end());
     return *place;
 }
