@@ -2,6 +2,8 @@
 // the worker did in each of them is what the protocol promises.
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -9,7 +11,9 @@
 #include "tests/explore/search/kept_schedules.h"
 #include "tests/explore/tasks.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int carry_out(int argc, char** argv) {
     using namespace explore;
     Wishes wishes;
     wishes.worker = EXPLORED_WORKER;
@@ -58,4 +62,15 @@ int main(int argc, char** argv) {
         return check_replays(wishes);
     }
     return faults ? explore_faults(wishes) : explore_scenes(wishes);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return carry_out(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "explore: %s\n", error.what());
+        return 2;
+    }
 }

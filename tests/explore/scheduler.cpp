@@ -132,7 +132,8 @@ void carry_out(void (*main_body)(void*), void (*scripts)()) {
 }
 
 std::uint64_t state_key() {
-    const auto turn = static_cast<std::uint64_t>(run.self->number + 32 * run.jumps_left);
+    const auto turn = static_cast<std::uint64_t>(run.self->number) +
+                      32U * static_cast<std::uint64_t>(run.jumps_left);
     return mix(run_key(), turn);
 }
 

@@ -20,7 +20,7 @@ std::vector<char>& g_heap = *new std::vector<char>;
 
 // The library's writable segment, without the part that the loader has made read-only.
 struct Segment {
-    ElfW(Addr) base;
+    char* base;
     char* low = nullptr;
     char* high = nullptr;
     bool thread_local_data = false;
@@ -28,12 +28,12 @@ struct Segment {
 
 int find_segment(dl_phdr_info* library, std::size_t, void* result) {
     auto& segment = *static_cast<Segment*>(result);
-    if (library->dlpi_addr != segment.base) {
+    if (library->dlpi_addr != reinterpret_cast<ElfW(Addr)>(segment.base)) {
         return 0;
     }
     for (int i = 0; i < library->dlpi_phnum; ++i) {
         const ElfW(Phdr)& header = library->dlpi_phdr[i];
-        char* const low = reinterpret_cast<char*>(library->dlpi_addr + header.p_vaddr);
+        char* const low = segment.base + header.p_vaddr;
         if (header.p_type == PT_LOAD && (header.p_flags & PF_W) != 0) {
             segment.low = std::max(segment.low, low);
             segment.high = low + header.p_memsz;
@@ -56,9 +56,10 @@ bool load_worker(const std::string& path, WorkerLibrary& library) {
         return false;
     }
     library.main = reinterpret_cast<int (*)(int, char**)>(dlsym(handle, "main"));
-    link_map* map = nullptr;
-    dlinfo(handle, RTLD_DI_LINKMAP, &map);
-    Segment segment{map->l_addr};
+    // The library is linked to begin at 0, so it lies at its base.
+    Dl_info found{};
+    dladdr(reinterpret_cast<void*>(library.main), &found);
+    Segment segment{static_cast<char*>(found.dli_fbase)};
     dl_iterate_phdr(find_segment, &segment);
     if (library.main == nullptr || segment.low == nullptr) {
         std::fprintf(stderr, "explore: %s is not the worker\n", path.c_str());

@@ -12,7 +12,7 @@ WORKER_CALL std::int64_t __wrap__ZNSt6chrono3_V212steady_clock3nowEv() {
     Fiber& self = *run.self;
     self.hash = mix(self.hash, static_cast<std::uint64_t>(run.now));
     // A machine that has been up for a day.
-    constexpr Time up = 24 * 3600 * second;
+    constexpr Time up = Time{24} * 3600 * second;
     return up + run.now;
 }
 

@@ -103,7 +103,7 @@ WORKER_CALL char* __wrap_fgets(char* buffer, int size, FILE* stream) {
         complain("a scene's line is too long");
     }
     writes(buffer, text.size() + 2, CALLER);
-    std::memcpy(buffer, text.data(), text.size());
+    text.copy(buffer, text.size());
     std::memcpy(buffer + text.size(), "\n", 2);
     return buffer;
 }

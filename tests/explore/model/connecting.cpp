@@ -48,9 +48,36 @@ bool choose_camera(State& state) {
     return true;
 }
 
-}  // namespace
+bool no_camera_found(State& state, const Event* event) {
+    switch (state.at) {
+        case At::none_found_release:
+            return calls(state, event, Call::release_enumeration, 0, 0, At::none_found_released);
+        case At::none_found_released:
+            state.at = At::none_found_log;
+            return answers(event, Call::release_enumeration);
+        case At::none_found_log: {
+            const std::uint32_t result = state.result;
+            const bool silent = result == 0 || result == state.last_enum_error;
+            state.last_enum_error = result;
+            state.result = 0;
+            if (silent) {
+                return event == nullptr && goes_on(state, At::none_found_line);
+            }
+            const char* const hint = result == adapter_missing
+                                         ? " — the SDK could not create its USB adapter; check "
+                                           "Contents/Frameworks/CrAdapter"
+                                         : "";
+            return logs(state, event, "enumeration failed (" + hex_code(result) + ")" + hint,
+                        At::none_found_line);
+        }
+        default:
+            state.list = 0;
+            state.command = 0;
+            return line(state, event, "ERROR|Camera not detected", At::next_command);
+    }
+}
 
-bool connect(State& state, const Event* event) {
+bool find_camera(State& state, const Event* event) {
     switch (state.at) {
         case At::connect: {
             const std::string word = argument(state);
@@ -77,30 +104,6 @@ bool connect(State& state, const Event* event) {
                 return goes_on(state, At::camera_line);
             }
             return goes_on(state, event->who != 0 ? At::none_found_release : At::none_found_log);
-        case At::none_found_release:
-            return calls(state, event, Call::release_enumeration, 0, 0, At::none_found_released);
-        case At::none_found_released:
-            state.at = At::none_found_log;
-            return answers(event, Call::release_enumeration);
-        case At::none_found_log: {
-            const std::uint32_t result = state.result;
-            const bool silent = result == 0 || result == state.last_enum_error;
-            state.last_enum_error = result;
-            state.result = 0;
-            if (silent) {
-                return event == nullptr && goes_on(state, At::none_found_line);
-            }
-            const char* const hint = result == adapter_missing
-                                         ? " — the SDK could not create its USB adapter; check "
-                                           "Contents/Frameworks/CrAdapter"
-                                         : "";
-            return logs(state, event, "enumeration failed (" + hex_code(result) + ")" + hint,
-                        At::none_found_line);
-        }
-        case At::none_found_line:
-            state.list = 0;
-            state.command = 0;
-            return line(state, event, "ERROR|Camera not detected", At::next_command);
         case At::camera_line: {
             const std::vector<std::string> cameras = cameras_of(state);
             const std::string& camera = cameras[state.index++];
@@ -114,10 +117,15 @@ bool connect(State& state, const Event* event) {
                            choose_camera(state) ? At::opening_line : At::none_chosen_release);
         case At::none_chosen_release:
             return calls(state, event, Call::release_enumeration, 0, 0, At::none_chosen_released);
-        case At::none_chosen_released:
+        default:
             state.last_enum_error = 0;
             state.at = At::none_found_line;
             return answers(event, Call::release_enumeration);
+    }
+}
+
+bool open_camera(State& state, const Event* event) {
+    switch (state.at) {
         case At::opening_line:
             return line(state, event, "STATUS|Opening camera session", At::arm);
         case At::arm:
@@ -156,6 +164,15 @@ bool connect(State& state, const Event* event) {
                         At::next_command);
         }
     }
+}
+
+}  // namespace
+
+bool connect(State& state, const Event* event) {
+    if (state.at >= At::none_found_release && state.at <= At::none_found_line) {
+        return no_camera_found(state, event);
+    }
+    return state.at < At::opening_line ? find_camera(state, event) : open_camera(state, event);
 }
 
 }  // namespace explore::model

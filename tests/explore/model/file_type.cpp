@@ -10,9 +10,7 @@ std::uint64_t value_of_file_type(const std::string& name) {
     return name == "jpeg" ? 1 : name == "raw" ? 2 : name == "both" ? 3 : 0;
 }
 
-}  // namespace
-
-bool file_type(State& state, const Event* event) {
+bool set_file_type(State& state, const Event* event) {
     switch (state.at) {
         case At::set_file_type: {
             const std::uint64_t value = value_of_file_type(argument(state));
@@ -50,12 +48,17 @@ bool file_type(State& state, const Event* event) {
             return logs(state, event, "the camera would not change its file type (" + code + ")",
                         At::file_type_error_line);
         }
-        case At::file_type_error_line:
+        default:
             state.forced = true;
             state.back[state.depth++] = At::next_command;
             return line(state, event,
                         "ERROR|The camera would not change its file type — set it on the camera",
                         At::pair);
+    }
+}
+
+bool report_file_type(State& state, const Event* event) {
+    switch (state.at) {
         case At::file_type_check:
             if (!state.connected) {
                 return command_done(state);
@@ -105,6 +108,13 @@ bool file_type(State& state, const Event* event) {
             return logs(state, event, text, state.at);
         }
     }
+}
+
+}  // namespace
+
+bool file_type(State& state, const Event* event) {
+    return state.at < At::file_type_check ? set_file_type(state, event)
+                                          : report_file_type(state, event);
 }
 
 bool apply_settings(State& state) {

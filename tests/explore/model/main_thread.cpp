@@ -4,11 +4,11 @@
 
 namespace explore::model {
 
-Waits main_waits_for(const State& state) {
-    switch (state.at) {
-        case At::none_found_log:
-            return state.result != 0 && state.result != state.last_enum_error ? Waits::line
-                                                                              : Waits::nothing;
+namespace {
+
+// Nobody outside can see the step.
+bool is_unseen(At at) {
+    switch (at) {
         case At::next_command:
         case At::connect:
         case At::choose:
@@ -46,7 +46,14 @@ Waits main_waits_for(const State& state) {
         case At::write_retry:
         case At::sleeping:
         case At::loop_ended:
-            return Waits::nothing;
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool is_call(At at) {
+    switch (at) {
         case At::init_call:
         case At::version_call:
         case At::enum_call:
@@ -66,7 +73,14 @@ Waits main_waits_for(const State& state) {
         case At::read_call:
         case At::read_release_call:
         case At::release_call:
-            return Waits::call;
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool is_answer(At at) {
+    switch (at) {
         case At::init_answer:
         case At::version_answer:
         case At::enum_answer:
@@ -86,10 +100,26 @@ Waits main_waits_for(const State& state) {
         case At::read_answer:
         case At::read_release_answer:
         case At::release_answer:
-            return Waits::answer;
+            return true;
         default:
-            return Waits::line;
+            return false;
     }
+}
+
+}  // namespace
+
+Waits main_waits_for(const State& state) {
+    if (state.at == At::none_found_log) {
+        const bool told = state.result != 0 && state.result != state.last_enum_error;
+        return told ? Waits::line : Waits::nothing;
+    }
+    if (is_unseen(state.at)) {
+        return Waits::nothing;
+    }
+    if (is_call(state.at)) {
+        return Waits::call;
+    }
+    return is_answer(state.at) ? Waits::answer : Waits::line;
 }
 
 bool step_main(State& state, const Event* event, Time until) {

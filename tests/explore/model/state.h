@@ -143,12 +143,14 @@ struct Calling {
     std::uint8_t unused;
     Text text;
     std::uint64_t number;
+
+    bool operator==(const Calling&) const = default;
 };
 
 inline constexpr int most_queued = 24;
 inline constexpr std::uint32_t card_unknown = 2;
 
-// No padding that is not named: states are compared byte by byte.
+// No padding that is not named: states are hashed byte by byte.
 struct State {
     Time now;  // of the last event
 
@@ -210,9 +212,7 @@ struct State {
     State() {
         std::memset(static_cast<void*>(this), 0, sizeof *this);
     }
-    bool operator==(const State& other) const {
-        return std::memcmp(this, &other, sizeof *this) == 0;
-    }
+    bool operator==(const State&) const = default;
 };
 
 // One step of a thread. Without an event: a step that nobody outside can see, if the thread has
