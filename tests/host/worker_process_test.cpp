@@ -174,6 +174,7 @@ TEST(WorkerProcess, ParallelStartsLeakNoPipeIntoEachOther) {
     constexpr int hosts = 8;
     constexpr int rounds = 10;
     std::vector<std::thread> threads;
+    threads.reserve(hosts);
     std::atomic<int> ended{0};
     for (int number = 0; number < hosts; ++number) {
         threads.emplace_back([&ended] {
