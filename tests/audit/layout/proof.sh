@@ -1,6 +1,7 @@
 # Counting for the scripts that prove something about the tree; sourced by each.
 passed=0
 failed=0
+skipped=0
 
 holds() {
     passed=$((passed + 1))
@@ -12,6 +13,12 @@ broken() {
     failed=$((failed + 1))
     printf '  FAILED  %s\n' "$1"
     sed 's/^/            /' <<<"$2"
+}
+
+# skip NAME REASON: it cannot be proven here.
+skip() {
+    skipped=$((skipped + 1))
+    printf '  skip    %s: %s\n' "$1" "$2"
 }
 
 # prove NAME COMMAND...: the command succeeds; when it does not, its last lines are shown.
@@ -26,7 +33,7 @@ prove() {
 }
 
 finish() {
-    printf '%d passed, %d failed\n' "$passed" "$failed"
+    printf '%d passed, %d failed, %d skipped\n' "$passed" "$failed" "$skipped"
     [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
     exit
 }

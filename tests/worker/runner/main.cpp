@@ -82,7 +82,7 @@ class Tally {
         add(text, failed_);
     }
     int close() const {
-        std::printf("%u passed, %u failed\n", passed_, failed_);
+        std::printf("%u passed, %u failed, 0 skipped\n", passed_, failed_);
         return failed_ == 0 ? 0 : 1;
     }
 
