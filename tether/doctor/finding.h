@@ -2,28 +2,22 @@
 #pragma once
 
 #include <string>
-#include <utility>
 
 namespace doctor {
 
 enum class Verdict { ok, warning, failure };
 
+// Both texts can be shown as they are: names of files, and what programs say of themselves, may
+// hold any bytes and be of any length. Those that no terminal should get are written as \xNN, and
+// what is too long to be read is cut.
 struct Finding {
     Verdict verdict;
-    std::string text;
+    std::string text;    // one line
     std::string advice;  // what to do about it; may have several lines
 };
 
-inline Finding ok(std::string text) {
-    return {Verdict::ok, std::move(text), {}};
-}
-
-inline Finding warning(std::string text, std::string advice) {
-    return {Verdict::warning, std::move(text), std::move(advice)};
-}
-
-inline Finding failure(std::string text, std::string advice) {
-    return {Verdict::failure, std::move(text), std::move(advice)};
-}
+Finding ok(const std::string& text);
+Finding warning(const std::string& text, const std::string& advice);
+Finding failure(const std::string& text, const std::string& advice);
 
 }  // namespace doctor
