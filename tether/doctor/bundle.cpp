@@ -6,8 +6,13 @@ namespace fs = std::filesystem;
 
 Bundle bundle_at(const fs::path& path) {
     std::error_code failure;
-    const fs::path whole = fs::weakly_canonical(path, failure);
-    if (fs::is_regular_file(whole, failure)) {
+    fs::path whole = fs::weakly_canonical(path, failure);
+    if (failure) {
+        // Behind a folder that is closed or links that lead back: nothing, which is not the
+        // current folder.
+        whole = fs::absolute(path, failure).lexically_normal();
+    }
+    if (fs::exists(whole, failure) && !fs::is_directory(whole, failure)) {
         return {whole.parent_path().parent_path(), whole};
     }
     const fs::path contents =

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "tether/doctor/checks.h"
+#include "tether/doctor/regular_file.h"
 #include "tether/doctor/sdk_library.h"
 
 namespace doctor {
@@ -18,18 +19,6 @@ const std::string copy_the_sdk =
 
 bool lies_in_an_application(const Bundle& bundle) {
     return bundle.contents.parent_path().extension() == ".app";
-}
-
-// Why nothing usable is at the place; empty when there is a file.
-std::string why_missing(const fs::path& file) {
-    std::error_code failure;
-    if (fs::is_regular_file(file, failure)) {
-        return {};
-    }
-    if (fs::is_symlink(file, failure) && !fs::exists(file, failure)) {
-        return "is a link to " + fs::read_symlink(file, failure).string() + ", which is not there";
-    }
-    return fs::exists(file, failure) ? "is not a file" : "is not there";
 }
 
 const Image* image_for(const ProgramFile& program, const std::string& processor) {
@@ -50,7 +39,7 @@ Finding sdk_of_image(const Bundle& bundle, const ProgramFile& worker, const Imag
     }
     const fs::path library = sdk_library(bundle, image, *called);
     const std::string name = name_in(bundle, library);
-    if (const std::string why = why_missing(library); !why.empty()) {
+    if (const std::string why = why_unreadable(library); !why.empty()) {
         return failure("SDK library: " + name + " " + why, copy_the_sdk);
     }
     const auto program = read_program_file(library);
@@ -82,11 +71,17 @@ Finding sdk_of_image(const Bundle& bundle, const ProgramFile& worker, const Imag
 
 Finding worker_is_there(const Bundle& bundle, const std::optional<ProgramFile>& program) {
     const std::string name = "worker: " + bundle.worker.string();
-    if (const std::string why = why_missing(bundle.worker); !why.empty()) {
+    const std::string why = why_unreadable(bundle.worker);
+    std::error_code nowhere;
+    if (!why.empty() && !fs::is_regular_file(bundle.worker, nowhere)) {
         return failure(name + " " + why, build_it);
     }
     if (access(bundle.worker.c_str(), X_OK) != 0) {
         return failure(name + " is not executable", "chmod +x '" + bundle.worker.string() + "'");
+    }
+    if (!why.empty()) {
+        return warning(name + " " + why,
+                       "It may start all the same; what it loads cannot be seen.");
     }
     if (!program) {
         return warning(name + " is no program of Linux or macOS, maybe a script",
@@ -133,7 +128,7 @@ Finding adapter_is_there(const Bundle& bundle, bool simulated) {
     const std::string name = "USB adapter: " + name_in(bundle, adapter);
     const std::string advice =
         "Without it the SDK sees no camera (0x8703). Copy the SDK's folder CrAdapter.";
-    if (const std::string why = why_missing(adapter); !why.empty()) {
+    if (const std::string why = why_unreadable(adapter); !why.empty()) {
         return failure(name + " " + why, advice);
     }
     if (!simulated && !read_program_file(adapter)) {

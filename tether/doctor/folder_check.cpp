@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "tether/doctor/checks.h"
+#include "tether/doctor/regular_file.h"
 #include "tether/shoot/summary.h"
 
 namespace doctor {
@@ -49,8 +50,15 @@ std::string advice_for(int error) {
 Finding folder_takes_pictures(const fs::path& folder) {
     const std::string name = "folder: " + folder.string();
     std::error_code unreadable;
-    if (!fs::exists(folder, unreadable)) {
+    const fs::file_type there = fs::status(folder, unreadable).type();
+    if (there == fs::file_type::not_found && fs::is_symlink(folder, unreadable)) {
+        return failure(name + " " + why_unreadable(folder), "Take another one.");
+    }
+    if (there == fs::file_type::not_found) {
         return failure(name + " is not there", "mkdir -p '" + folder.string() + "'");
+    }
+    if (there == fs::file_type::none) {
+        return failure(name + " " + why_unreadable(folder), "Take another one.");
     }
     if (!fs::is_directory(folder, unreadable)) {
         return failure(name + " is not a folder", "Take another one.");

@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tether/doctor/regular_file.h"
+
 namespace doctor {
 
 namespace fs = std::filesystem;
@@ -70,7 +72,9 @@ fs::path sdk_library(const Bundle& bundle, const Image& worker, const std::strin
 }
 
 bool is_simulated(const fs::path& library) {
-    return bytes_of(library).find(only_in_the_simulated) != std::string::npos;
+    std::string why;
+    const auto file = RegularFile::open(library, why);
+    return file && file->contains(only_in_the_simulated);
 }
 
 }  // namespace doctor

@@ -3,11 +3,13 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <stdlib.h>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 
 #include "tether/doctor/bundle.h"
 #include "tether/doctor/checks.h"
@@ -37,6 +39,13 @@ class BundleTest : public testing::Test {
         std::ofstream(file, std::ios::binary) << bytes;
     }
 
+    static std::string bytes_of(const std::filesystem::path& file) {
+        std::ifstream stream(file, std::ios::binary);
+        std::ostringstream bytes;
+        bytes << stream.rdbuf();
+        return bytes.str();
+    }
+
     void write_script(const std::string& lines) {
         write(worker, "#!/bin/sh\n" + lines);
         std::filesystem::permissions(worker, std::filesystem::perms::owner_all);
@@ -46,7 +55,7 @@ class BundleTest : public testing::Test {
     static void replace(const std::filesystem::path& file, std::string_view old,
                         std::string_view text) {
         ASSERT_EQ(old.size(), text.size());
-        std::string bytes = doctor::bytes_of(file);
+        std::string bytes = bytes_of(file);
         const auto permissions = std::filesystem::status(file).permissions();
         std::size_t replaced = 0;
         for (std::size_t at = 0; (at = bytes.find(old, at)) != std::string::npos; ++replaced) {
@@ -60,6 +69,17 @@ class BundleTest : public testing::Test {
     // The virtual camera without what it is recognised by.
     void take_for_the_makers() const {
         replace(sdk, "CAMERA_SIM_SCENE", "CAMERA_XXX_SCENE");
+    }
+
+    // By somebody who is not allowed everything.
+    static void as_nobody(const std::function<void()>& work) {
+        constexpr uid_t nobody = 65534;
+        const uid_t user = geteuid();
+        if (user == 0) {
+            ASSERT_EQ(seteuid(nobody), 0);
+        }
+        work();
+        ASSERT_EQ(seteuid(user), 0);
     }
 
     doctor::Bundle bundle() const {

@@ -1,6 +1,13 @@
 // What lies where in a bundle, and every way in which it can be missing or wrong.
 #include "tether/doctor/bundle.h"
 
+#include <cerrno>
+#include <cstring>
+#include <functional>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
 #include "tests/tether/doctor/bundle_fixture.h"
 #include "tether/doctor/sdk_library.h"
 
@@ -47,7 +54,7 @@ TEST_F(Bundle, TheWorkerIsMissing) {
     fs::remove(worker);
     EXPECT_EQ(worker_finding(), "FAIL worker: " + worker.string() + " is not there");
     fs::create_directory(worker);
-    EXPECT_EQ(worker_finding(), "FAIL worker: " + worker.string() + " is not a file");
+    EXPECT_EQ(worker_finding(), "FAIL worker: " + worker.string() + " is a folder, not a file");
 }
 
 TEST_F(Bundle, TheWorkerIsNotExecutable) {
@@ -119,7 +126,7 @@ TEST_F(Bundle, TheSdkIsMissing) {
                                  " is a link to libCr_Core.so.9, which is not there");
     fs::remove(sdk);
     fs::create_directory(sdk);
-    EXPECT_EQ(sdk_finding(), "FAIL SDK library: " + sdk_name() + " is not a file");
+    EXPECT_EQ(sdk_finding(), "FAIL SDK library: " + sdk_name() + " is a folder, not a file");
 }
 
 TEST_F(Bundle, TheSdkIsForAnotherSystem) {
@@ -213,6 +220,139 @@ TEST_F(Bundle, TheAdapterIsMissing) {
         EXPECT_EQ(adapter_finding(simulated),
                   "FAIL USB adapter: Frameworks/CrAdapter/libCr_PTP_USB.dylib is not there");
     }
+}
+
+// What is no file, put in the place of one, and what is said about it.
+struct Oddity {
+    std::string said;
+    std::function<void(const fs::path&)> put;
+};
+
+const Oddity oddities[] = {
+    {"is a named pipe, not a file",
+     [](const fs::path& place) {
+         ASSERT_EQ(mkfifo(place.c_str(), 0700), 0);
+     }},
+    {"is a device, not a file",
+     [](const fs::path& place) {
+         fs::create_symlink("/dev/zero", place);
+     }},
+    {"is a socket, not a file",
+     [](const fs::path& place) {
+         const host::Descriptor bound(socket(AF_UNIX, SOCK_STREAM, 0));
+         sockaddr_un address{};
+         address.sun_family = AF_UNIX;
+         place.string().copy(address.sun_path, sizeof address.sun_path - 1);
+         ASSERT_EQ(
+             bind(bound.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0)
+             << strerror(errno);
+     }},
+    {"is a folder, not a file",
+     [](const fs::path& place) {
+         fs::create_directory(place);
+     }},
+    {"is behind links that lead back to themselves",
+     [](const fs::path& place) {
+         fs::create_symlink(place.filename(), place);
+     }},
+    {"is a link to nowhere, which is not there",
+     [](const fs::path& place) {
+         fs::create_symlink("nowhere", place);
+     }},
+};
+
+TEST_F(Bundle, WhatIsNoFileInThePlaceOfTheWorker) {
+    for (const Oddity& oddity : oddities) {
+        fs::remove(worker);
+        oddity.put(worker);
+        EXPECT_EQ(worker_finding(), "FAIL worker: " + worker.string() + " " + oddity.said);
+    }
+}
+
+TEST_F(Bundle, WhatIsNoFileInThePlaceOfTheSdk) {
+    for (const Oddity& oddity : oddities) {
+        fs::remove(sdk);
+        oddity.put(sdk);
+        EXPECT_EQ(sdk_finding(), "FAIL SDK library: " + sdk_name() + " " + oddity.said);
+    }
+}
+
+TEST_F(Bundle, WhatIsNoFileInThePlaceOfTheAdapter) {
+    for (const Oddity& oddity : oddities) {
+        for (const bool simulated : {false, true}) {
+            fs::remove(adapter);
+            oddity.put(adapter);
+            EXPECT_EQ(adapter_finding(simulated),
+                      "FAIL USB adapter: Frameworks/CrAdapter/libCr_PTP_USB.dylib " + oddity.said);
+        }
+    }
+}
+
+TEST_F(Bundle, WhatMayNotBeReadSaysSo) {
+    const ProgramFile program = *doctor::read_program_file(worker);
+    fs::remove(sdk);
+    write(sdk, "secret");
+    for (const fs::path& file : {worker, sdk, adapter}) {
+        fs::permissions(file, fs::perms{0111});
+    }
+    fs::permissions(folder, fs::perms{0711});
+    std::vector<std::string> found;
+    as_nobody([&] {
+        found = {worker_finding(), said(doctor::sdk_is_there(bundle(), program)),
+                 adapter_finding(false), adapter_finding(true)};
+    });
+    const std::string denied = " cannot be read: Permission denied";
+    const std::string adapter_denied =
+        "FAIL USB adapter: Frameworks/CrAdapter/libCr_PTP_USB.dylib" + denied;
+    EXPECT_EQ(found, (std::vector<std::string>{"warn worker: " + worker.string() + denied,
+                                               "FAIL SDK library: " + sdk_name() + denied,
+                                               adapter_denied, adapter_denied}));
+}
+
+TEST_F(Bundle, InAFolderThatMayNotBeEnteredIsNotTakenForTheCurrentOne) {
+    fs::permissions(folder, fs::perms{0700});
+    std::string found;
+    as_nobody([&] { found = worker_finding(); });
+    EXPECT_EQ(found, "FAIL worker: " + worker.string() + " cannot be read: Permission denied");
+}
+
+TEST_F(Bundle, BehindLinksThatLeadBackIsNotTakenForTheCurrentOne) {
+    fs::create_symlink("loop", folder / "loop");
+    const doctor::Bundle found = doctor::bundle_at(folder / "loop");
+    EXPECT_EQ(said(doctor::worker_is_there(found, doctor::read_program_file(found.worker))),
+              "FAIL worker: " + (folder / "loop/Contents/MacOS/sony-worker").string() +
+                  " is behind links that lead back to themselves");
+}
+
+TEST_F(Bundle, IsAPipe) {
+    const fs::path pipe = folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const doctor::Bundle found = doctor::bundle_at(pipe);
+    EXPECT_EQ(said(doctor::worker_is_there(found, doctor::read_program_file(found.worker))),
+              "FAIL worker: " + pipe.string() + " is a named pipe, not a file");
+}
+
+TEST_F(Bundle, ANameOfAnyBytesIsShownInOneLine) {
+    const fs::path odd = folder / "\xFF\x1B[2J\nb";
+    const doctor::Bundle found = doctor::bundle_at(odd);
+    EXPECT_EQ(said(doctor::worker_is_there(found, {})),
+              "FAIL worker: " + folder.string() +
+                  "/\\xFF\\x1B[2J\\x0Ab/Contents/MacOS/sony-worker is not there");
+    fs::create_directory(odd);
+    fs::rename(contents, odd / "Contents");
+    const doctor::Bundle there = doctor::bundle_at(odd);
+    EXPECT_TRUE(said(doctor::worker_is_there(there, doctor::read_program_file(there.worker)))
+                    .starts_with("ok worker: " + folder.string() + "/\\xFF\\x1B[2J\\x0Ab/"));
+    EXPECT_TRUE(said(doctor::sdk_is_there(there, *doctor::read_program_file(there.worker)))
+                    .starts_with("ok"));
+}
+
+TEST(RunPath, OfAnyLengthIsCut) {
+    const std::string finding = said(doctor::run_path_is_right(
+        {ProgramFile::Format::mach_o,
+         {{"arm64", {}, std::vector<std::string>(256, std::string(4096, 'a'))}}}));
+    EXPECT_LT(finding.size(), 5000u);
+    EXPECT_TRUE(finding.ends_with("…"));
 }
 
 }  // namespace
