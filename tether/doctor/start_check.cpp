@@ -1,16 +1,19 @@
 // The worker as a host starts it, until it says that it is ready.
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
+#include <optional>
 #include <signal.h>
+#include <sstream>
 #include <unistd.h>
 
 #include "tether/doctor/checks.h"
+#include "tether/doctor/regular_file.h"
 
 namespace doctor {
 
 using host::Clock;
-using host::EndedBy;
 
 namespace {
 
@@ -18,6 +21,12 @@ constexpr std::string_view banner = "CPP_WORKER|START ";
 constexpr std::string_view sdk_version = "LOG|[SONY] Camera Remote SDK ";
 constexpr std::string_view ready = "READY|OK";
 constexpr int most_complaints = 6;
+constexpr std::size_t longest_complaints = 2000;  // bytes
+
+// Bytes, of either output, beyond anything that a worker says until it is ready or while it leaves.
+constexpr std::uint64_t most_said = std::uint64_t{1} << 20;
+// How often is looked at how much standard error has grown.
+constexpr std::chrono::milliseconds between_looks{50};
 
 // Takes what the worker writes to standard error; nothing keeps it where no file can be made.
 class ErrorFile {
@@ -48,7 +57,11 @@ class ErrorFile {
         if (path_ == nowhere) {
             return "What it wrote to standard error is lost: no temporary file can be made.";
         }
-        std::ifstream stream(path_);
+        std::string why;
+        std::string start(longest_complaints, '\0');
+        const auto file = RegularFile::open(path_, why);
+        start.resize(file ? file->read(0, start.data(), start.size()) : 0);
+        std::istringstream stream(start);
         std::string text;
         std::string line;
         for (int count = 0; count < most_complaints && std::getline(stream, line); ++count) {
@@ -57,10 +70,75 @@ class ErrorFile {
         return text.empty() ? "It wrote nothing to standard error." : text;
     }
 
+    bool is_flooded() const {
+        std::error_code failure;
+        const auto size = std::filesystem::file_size(path_, failure);
+        return !failure && size > most_said;
+    }
+
   private:
     static constexpr const char* nowhere = "/dev/null";
 
     std::string path_ = nowhere;
+};
+
+// Hears a worker out, as long as it does not say too much: one that writes without end would fill
+// the memory with lines and the disk with complaints.
+class Listener {
+  public:
+    Listener(host::WorkerProcess& worker, const ErrorFile& errors)
+        : worker_(worker), errors_(errors) {}
+
+    // Nothing when there is no more: the output has ended, it is time or it was too much.
+    std::optional<std::string> next_line(host::TimePoint deadline) {
+        while (!flooded() && Clock::now() < deadline) {
+            auto line = worker_.next_line(next_look(deadline));
+            if (line) {
+                said_ += line->text.size() + 1;
+                return std::move(line->text);
+            }
+            if (worker_.output_ended()) {
+                break;
+            }
+        }
+        return std::nullopt;
+    }
+
+    // Nothing when it still runs then, or said too much.
+    std::optional<host::Exit> await_exit(host::TimePoint deadline) {
+        while (next_line(deadline)) {}
+        while (!flooded() && Clock::now() < deadline) {
+            if (const auto exit = worker_.await_exit(next_look(deadline))) {
+                return exit;
+            }
+        }
+        return std::nullopt;
+    }
+
+    bool flooded() {
+        if (const auto now = Clock::now(); now >= looked_ + between_looks) {
+            looked_ = now;
+            errors_flooded_ = errors_.is_flooded();
+        }
+        return said_ > most_said || errors_flooded_ || !worker_.trouble().empty();
+    }
+
+    // What it did, for a sentence that begins with "start: ".
+    std::string what_flooded() const {
+        const std::string trouble = worker_.trouble();
+        return trouble.empty() ? "the worker writes without end" : trouble;
+    }
+
+  private:
+    static host::TimePoint next_look(host::TimePoint deadline) {
+        return std::min(deadline, host::after(between_looks));
+    }
+
+    host::WorkerProcess& worker_;
+    const ErrorFile& errors_;
+    std::uint64_t said_ = 0;
+    bool errors_flooded_ = false;
+    host::TimePoint looked_{};
 };
 
 struct Heard {
@@ -70,14 +148,10 @@ struct Heard {
     std::string sdk;
 };
 
-Heard listen(host::WorkerProcess& worker, host::TimePoint deadline) {
+Heard listen(Listener& worker, host::TimePoint deadline) {
     Heard heard;
-    while (Clock::now() < deadline) {
-        const auto line = worker.next_line(deadline);
-        if (!line) {
-            break;
-        }
-        const std::string& text = line->text;
+    while (const auto line = worker.next_line(deadline)) {
+        const std::string& text = *line;
         if (heard.worker.empty() && !text.starts_with(banner)) {
             heard.wrong = text;
             break;
@@ -102,23 +176,32 @@ std::string in_seconds(host::Duration duration) {
     return text;
 }
 
-Finding not_ready(host::WorkerProcess& worker, const Heard& heard, const std::string& complaints,
-                  const StartTimes& times) {
-    if (const std::string trouble = worker.trouble(); !trouble.empty()) {
-        return failure("start: " + trouble, complaints);
-    }
+// What is wrong with a worker that does not get ready; nothing of it is left to be ended in order.
+std::string why_not_ready(host::WorkerProcess& worker, Listener& listener, const Heard& heard,
+                          const StartTimes& times) {
     if (!heard.wrong.empty()) {
-        worker.signal(SIGKILL);
-        return failure("start: the worker says \"" + heard.wrong + "\"", complaints);
+        return "says \"" + heard.wrong + "\"";
     }
-    if (!worker.output_ended()) {
-        worker.signal(SIGKILL);
-        return failure("start: the worker is not ready after " + in_seconds(times.until_ready),
-                       complaints);
+    if (!listener.flooded() && worker.output_ended()) {
+        if (const auto exit = listener.await_exit(host::after(times.end.after_quit))) {
+            return "ended with " + describe(*exit) + " before it was ready";
+        }
+        if (!listener.flooded()) {
+            return "closes its output before it is ready";
+        }
     }
-    const host::Ending ending = worker.end(times.end);
-    return failure("start: the worker ended with " + describe(ending.exit) + " before it was ready",
-                   complaints);
+    return "is not ready after " + in_seconds(times.until_ready);
+}
+
+// What is wrong with how a worker leaves that has got ready; empty when it leaves as it should.
+std::string why_not_gone(host::WorkerProcess& worker, Listener& listener, const StartTimes& times) {
+    if (worker.send("QUIT")) {
+        const auto exit = listener.await_exit(host::after(times.end.after_quit));
+        if (exit && exit->clean()) {
+            return {};
+        }
+    }
+    return "gets ready, but does not end in order at a QUIT";
 }
 
 }  // namespace
@@ -131,15 +214,17 @@ Finding worker_starts(const std::filesystem::path& worker, const StartTimes& tim
     if (!process) {
         return failure("start: " + why, "Is it built for this system and processor?");
     }
-    const Heard heard = listen(*process, start + times.until_ready);
+    Listener listener(*process, errors);
+    const Heard heard = listen(listener, start + times.until_ready);
     const auto took = Clock::now() - start;
-    if (!heard.ready) {
-        return not_ready(*process, heard, errors.complaints(), times);
-    }
-    const host::Ending ending = process->end(times.end);
-    if (ending.by != EndedBy::quit || !ending.exit.clean()) {
-        return failure("start: the worker gets ready, but does not end in order at a QUIT",
-                       errors.complaints());
+    const std::string wrong = heard.ready ? why_not_gone(*process, listener, times)
+                                          : why_not_ready(*process, listener, heard, times);
+    if (!wrong.empty()) {
+        process->signal(SIGKILL);
+        // Whatever else is wrong comes from that.
+        const std::string what =
+            listener.flooded() ? listener.what_flooded() : "the worker " + wrong;
+        return failure("start: " + what, errors.complaints());
     }
     return ok("start: ready after " + in_seconds(took) + ", " + heard.worker + ", SDK " +
               (heard.sdk.empty() ? "without a version" : heard.sdk));

@@ -85,15 +85,65 @@ TEST_F(Start, ItHangs) {
     EXPECT_EQ(said(start(impatient())), "FAIL start: the worker is not ready after 0.30 s");
 }
 
+// By the doctor, or by the library when the lines are read faster than the doctor looks at them.
+bool tells_of_a_flood(const std::string& finding) {
+    return finding == "FAIL start: the worker writes without end" ||
+           finding ==
+               "FAIL start: the worker wrote faster than its lines were taken and was ended with "
+               "more than 8,388,608 bytes waiting";
+}
+
 TEST_F(Start, ItTalksWithoutEnd) {
     // Faster than it is listened to.
     write_script("echo 'CPP_WORKER|START sony-1.0'; exec yes 'LOG|[SONY] and so on'");
-    EXPECT_EQ(said(start()),
-              "FAIL start: the worker wrote faster than its lines were taken and was ended with "
-              "more than 8,388,608 bytes waiting");
-    write_script("echo 'CPP_WORKER|START sony-1.0'; exec cat /dev/zero");
-    EXPECT_EQ(said(start()),
-              "FAIL start: the worker wrote a line of more than 65,536 bytes and was ended");
+    EXPECT_TRUE(tells_of_a_flood(said(start())));
+}
+
+TEST_F(Start, ItTalksWithoutEndOnceItIsReady) {
+    write_script(
+        "echo 'CPP_WORKER|START sony-1.0'; echo 'READY|OK'; exec yes 'LOG|[SONY] and so on'");
+    EXPECT_TRUE(tells_of_a_flood(said(start())));
+}
+
+TEST_F(Start, ItComplainsWithoutEnd) {
+    // With its output closed and open, and when it should leave.
+    for (const char* before :
+         {"", "exec 3>&1; ", "exec 3>&1; echo 'CPP_WORKER|START sony-1.0'; echo 'READY|OK'; "}) {
+        write_script(before + std::string("exec yes 'it hurts' >&2"));
+        const doctor::Finding finding = start();
+        EXPECT_EQ(said(finding), "FAIL start: the worker writes without end");
+        EXPECT_EQ(finding.advice, "it hurts\nit hurts\nit hurts\nit hurts\nit hurts\nit hurts");
+    }
+}
+
+TEST_F(Start, ItClosesItsOutput) {
+    write_script("exec >&-; while read line; do :; done");
+    EXPECT_EQ(said(start(impatient())),
+              "FAIL start: the worker closes its output before it is ready");
+}
+
+TEST_F(Start, ItComplainsInOneLineWithoutEnd) {
+    write_script("exec tr '\\0' x </dev/zero >&2");
+    const doctor::Finding finding = start();
+    EXPECT_EQ(said(finding), "FAIL start: the worker writes without end");
+    EXPECT_EQ(finding.advice, std::string(2000, 'x'));
+}
+
+TEST_F(Start, ItSaysOneLineWithoutEnd) {
+    for (const char* line : {"exec cat /dev/zero", "printf '%01000000d' 0; read line"}) {
+        write_script("echo 'CPP_WORKER|START sony-1.0'; " + std::string(line));
+        EXPECT_EQ(said(start()),
+                  "FAIL start: the worker wrote a line of more than 65,536 bytes and was ended");
+    }
+}
+
+TEST_F(Start, WhatItSaysDoesNotReachTheTerminalRaw) {
+    write_script("printf '\\033[2J\\377\\000\\n'; printf '\\033[2J\\a\\n' >&2; read line");
+    const doctor::Finding finding = start();
+    EXPECT_EQ(said(finding), "FAIL start: the worker says \"\\x1B[2J\\xFF\\x00\"");
+    EXPECT_TRUE(finding.advice == "\\x1B[2J\\x07" ||
+                finding.advice == "It wrote nothing to standard error.")
+        << finding.advice;
 }
 
 TEST_F(Start, ItTalksNonsense) {
