@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <optional>
 #include <signal.h>
@@ -142,10 +143,7 @@ host::Duration duration(double seconds) {
     return std::chrono::duration_cast<host::Duration>(std::chrono::duration<double>(seconds));
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    host::open_closed_standard_streams();
+int carry_out(int argc, char** argv) {
     Options options;
     Patient patient;
     CLI::App app("A tethered shoot with the camera worker.", "tether");
@@ -201,4 +199,15 @@ int main(int argc, char** argv) {
     return options.interactive
                ? tether::connect_terminal(request(options), terminal, record)
                : tether::carry_out(options.plan, request(options), terminal, record);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    host::open_closed_standard_streams();
+    try {
+        return carry_out(argc, argv);
+    } catch (const std::exception& error) {
+        return wrong(error.what());
+    }
 }

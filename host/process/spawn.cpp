@@ -89,13 +89,14 @@ std::vector<std::string> environment_with(
         }
     }
     for (const auto& [name, value] : additions) {
-        environment.push_back(name + "=" + value);
+        environment.emplace_back(name).append("=").append(value);
     }
     return environment;
 }
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> result;
+    result.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         result.push_back(text.data());
     }

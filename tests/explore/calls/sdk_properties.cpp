@@ -86,7 +86,7 @@ CrInt32u SetDeviceProperty(CrDeviceHandle handle, CrDeviceProperty* property) {
 
 CrDeviceProperty::CrDeviceProperty()
     : code_(0), value_type_(CrDataType_Undefined), value_(0), readable_(false) {}
-CrDeviceProperty::~CrDeviceProperty() = default;
+CrDeviceProperty::~CrDeviceProperty() {}
 CrDeviceProperty::CrDeviceProperty(const CrDeviceProperty&) = default;
 CrDeviceProperty& CrDeviceProperty::operator=(const CrDeviceProperty&) = default;
 

@@ -7,7 +7,7 @@ namespace explore {
 namespace {
 
 // A hanging call takes a minute, and one that hangs each time many of them.
-constexpr Time very_long = 24 * 3600 * second;
+constexpr Time very_long = Time{24} * 3600 * second;
 
 // Each reaches a state of the session, and there the faults begin.
 
@@ -163,6 +163,7 @@ const std::vector<const Scene*>& fault_tours() {
     };
     static const auto& all = *new std::vector<const Scene*>([] {
         std::vector<const Scene*> result;
+        result.reserve(std::size(tours));
         for (const Scene& each : tours) {
             result.push_back(&each);
         }

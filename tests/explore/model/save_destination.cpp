@@ -27,9 +27,8 @@ bool second_status(State& state, At known) {
     return goes_on(state, known);
 }
 
-}  // namespace
-
-bool save_destination(State& state, const Event* event) {
+// What becomes of the destination, up to the answer of the camera.
+bool store_destination(State& state, const Event* event) {
     const std::string& word = text_of(state.word);
     switch (state.at) {
         case At::set_word:
@@ -68,10 +67,17 @@ bool save_destination(State& state, const Event* event) {
             write_property(state, 0x0119, value, At::store_written);
             return true;
         }
-        case At::store_written:
+        default:
             return goes_on(state, state.result != 0     ? At::store_error_line
                                   : state.card_fallback ? At::store_fallback_log
                                                         : At::store_log);
+    }
+}
+
+// What the host is told about it.
+bool report_destination(State& state, const Event* event) {
+    const std::string& word = text_of(state.word);
+    switch (state.at) {
         case At::store_error_line: {
             const std::string code = hex_code(state.result);
             forget_property(state);
@@ -102,6 +108,13 @@ bool save_destination(State& state, const Event* event) {
             done(state);
             return line(state, event, "SAVE_DEST|" + word, state.at);
     }
+}
+
+}  // namespace
+
+bool save_destination(State& state, const Event* event) {
+    return state.at <= At::store_written ? store_destination(state, event)
+                                         : report_destination(state, event);
 }
 
 bool card_check(State& state, const Event* event) {

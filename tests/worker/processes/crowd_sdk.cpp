@@ -48,7 +48,7 @@ void send_files(IDeviceCallback* application, int thread, int files) {
 
 CrDeviceProperty::CrDeviceProperty()
     : code_(0), value_type_(CrDataType_Undefined), value_(0), readable_(false) {}
-CrDeviceProperty::~CrDeviceProperty() = default;
+CrDeviceProperty::~CrDeviceProperty() {}
 
 void CrDeviceProperty::SetCode(CrInt32u code) {
     code_ = code;

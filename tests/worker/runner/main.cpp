@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <mutex>
 #include <stdlib.h>
@@ -139,9 +140,7 @@ int list(const std::vector<Job>& jobs) {
     return 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int carry_out(int argc, char** argv) {
     Options options;
     CLI::App app("Plays transcripts of the line protocol against the camera worker.",
                  "transcripts");
@@ -179,4 +178,15 @@ int main(int argc, char** argv) {
     // The pictures of whoever runs the tests are not part of any scene.
     unsetenv("CAMERA_SIM_PICTURES");
     return run_all(jobs, options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return carry_out(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "transcripts: %s\n", error.what());
+        return 2;
+    }
 }
