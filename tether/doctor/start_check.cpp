@@ -20,6 +20,7 @@ namespace {
 constexpr std::string_view banner = "CPP_WORKER|START ";
 constexpr std::string_view sdk_version = "LOG|[SONY] Camera Remote SDK ";
 constexpr std::string_view ready = "READY|OK";
+const std::string writes_without_end = "the worker writes without end";
 constexpr int most_complaints = 6;
 constexpr std::size_t longest_complaints = 2000;  // bytes
 
@@ -120,13 +121,7 @@ class Listener {
             looked_ = now;
             errors_flooded_ = errors_.is_flooded();
         }
-        return said_ > most_said || errors_flooded_ || !worker_.trouble().empty();
-    }
-
-    // What it did, for a sentence that begins with "start: ".
-    std::string what_flooded() const {
-        const std::string trouble = worker_.trouble();
-        return trouble.empty() ? "the worker writes without end" : trouble;
+        return said_ > most_said || errors_flooded_;
     }
 
   private:
@@ -180,17 +175,24 @@ std::string in_seconds(host::Duration duration) {
 std::string why_not_ready(host::WorkerProcess& worker, Listener& listener, const Heard& heard,
                           const StartTimes& times) {
     if (!heard.wrong.empty()) {
-        return "says \"" + heard.wrong + "\"";
+        return "the worker says \"" + heard.wrong + "\"";
     }
-    if (!listener.flooded() && worker.output_ended()) {
+    if (listener.flooded()) {
+        return writes_without_end;
+    }
+    if (const std::string trouble = worker.trouble(); !trouble.empty()) {
+        return trouble;
+    }
+    if (worker.output_ended()) {
         if (const auto exit = listener.await_exit(host::after(times.end.after_quit))) {
-            return "ended with " + describe(*exit) + " before it was ready";
+            return "the worker ended with " + describe(*exit) + " before it was ready";
         }
         if (!listener.flooded()) {
-            return "closes its output before it is ready";
+            return "the worker closes its output before it is ready";
         }
     }
-    return "is not ready after " + in_seconds(times.until_ready);
+    return listener.flooded() ? writes_without_end
+                              : "the worker is not ready after " + in_seconds(times.until_ready);
 }
 
 // What is wrong with how a worker leaves that has got ready; empty when it leaves as it should.
@@ -201,7 +203,11 @@ std::string why_not_gone(host::WorkerProcess& worker, Listener& listener, const 
             return {};
         }
     }
-    return "gets ready, but does not end in order at a QUIT";
+    if (const std::string trouble = worker.trouble(); !listener.flooded() && !trouble.empty()) {
+        return trouble;
+    }
+    return listener.flooded() ? writes_without_end
+                              : "the worker gets ready, but does not end in order at a QUIT";
 }
 
 }  // namespace
@@ -221,10 +227,7 @@ Finding worker_starts(const std::filesystem::path& worker, const StartTimes& tim
                                           : why_not_ready(*process, listener, heard, times);
     if (!wrong.empty()) {
         process->signal(SIGKILL);
-        // Whatever else is wrong comes from that.
-        const std::string what =
-            listener.flooded() ? listener.what_flooded() : "the worker " + wrong;
-        return failure("start: " + what, errors.complaints());
+        return failure("start: " + wrong, errors.complaints());
     }
     return ok("start: ready after " + in_seconds(took) + ", " + heard.worker + ", SDK " +
               (heard.sdk.empty() ? "without a version" : heard.sdk));

@@ -85,24 +85,16 @@ TEST_F(Start, ItHangs) {
     EXPECT_EQ(said(start(impatient())), "FAIL start: the worker is not ready after 0.30 s");
 }
 
-// By the doctor, or by the library when the lines are read faster than the doctor looks at them.
-bool tells_of_a_flood(const std::string& finding) {
-    return finding == "FAIL start: the worker writes without end" ||
-           finding ==
-               "FAIL start: the worker wrote faster than its lines were taken and was ended with "
-               "more than 8,388,608 bytes waiting";
-}
-
 TEST_F(Start, ItTalksWithoutEnd) {
     // Faster than it is listened to.
     write_script("echo 'CPP_WORKER|START sony-1.0'; exec yes 'LOG|[SONY] and so on'");
-    EXPECT_TRUE(tells_of_a_flood(said(start())));
+    EXPECT_EQ(said(start()), "FAIL start: the worker writes without end");
 }
 
 TEST_F(Start, ItTalksWithoutEndOnceItIsReady) {
     write_script(
         "echo 'CPP_WORKER|START sony-1.0'; echo 'READY|OK'; exec yes 'LOG|[SONY] and so on'");
-    EXPECT_TRUE(tells_of_a_flood(said(start())));
+    EXPECT_EQ(said(start()), "FAIL start: the worker writes without end");
 }
 
 TEST_F(Start, ItComplainsWithoutEnd) {
@@ -130,10 +122,12 @@ TEST_F(Start, ItComplainsInOneLineWithoutEnd) {
 }
 
 TEST_F(Start, ItSaysOneLineWithoutEnd) {
-    for (const char* line : {"exec cat /dev/zero", "printf '%01000000d' 0; read line"}) {
-        write_script("echo 'CPP_WORKER|START sony-1.0'; " + std::string(line));
+    for (const char* before : {"", "echo 'CPP_WORKER|START sony-1.0'; ",
+                               "echo 'CPP_WORKER|START sony-1.0'; echo 'READY|OK'; read line; "}) {
+        write_script(before + std::string("exec cat /dev/zero"));
         EXPECT_EQ(said(start()),
-                  "FAIL start: the worker wrote a line of more than 65,536 bytes and was ended");
+                  "FAIL start: the worker wrote a line of more than 65,536 bytes and was ended")
+            << before;
     }
 }
 
