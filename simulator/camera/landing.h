@@ -1,5 +1,3 @@
-#pragma once
-
 // Where a shot comes down on the computer: a number of the folder that is this shot's alone, and
 // files that stay hidden until they are whole. Nothing that lies in the folder is ever replaced or
 // written through. All of it is for the thread that transfers; none of it needs the lock.
@@ -9,6 +7,7 @@
 //   .DSC00001.JPG.camera-sim.part  a file that is not whole yet
 // A camera that was killed leaves them. The next shot into the folder removes those whose flock
 // nobody holds any more; unlike a process id that cannot be mistaken for another's.
+#pragma once
 
 #include <functional>
 #include <string>
