@@ -190,9 +190,6 @@ bool send_file(Hold& hold, Transfer& transfer, Landing& landing, std::size_t ind
     const std::string path =
         landing.path(numbered ? landing.number() : wanted.number, ending(kind));
     landing.discard();
-    if (index + 1 == transfer.kinds.size()) {
-        landing.let_go();  // before anybody is told: the folder is as it stays
-    }
     const DeliveringThread from(transfer.shot.delivering_thread);
     if (error != 0) {
         tell_not_written(path, numbered, error);
@@ -217,6 +214,8 @@ void send_files() {
         for (std::size_t file = 0; file < transfer.kinds.size(); ++file) {
             all_sent = !given_up(transfer) && send_file(hold, transfer, landing, file) && all_sent;
         }
+        // With the lock still held from the last report, so that who is told finds the folder as it
+        // stays.
         landing.let_go();
         finish(transfer.shot, !all_sent);
     }
