@@ -205,6 +205,7 @@ TEST(SceneDeath, ABadLineStopsTheProcessWithItsPlace) {
 // Every verb, in a session: nothing happens before Release. That is left out: it would stop here.
 TEST(SceneDeath, ALineForReleaseIsOnlyCheckedNow) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const Stage outer;  // removes what the other process leaves
     EXPECT_EXIT(tell_every_verb_for_release(), testing::ExitedWithCode(0), "");
 }
 
