@@ -55,10 +55,12 @@ class TranscriptsCommand : public testing::Test {
 TEST_F(TranscriptsCommand, StatusTellsWhetherAllPassed) {
     const Run good = run({file("good"), file("slow")});
     EXPECT_EQ(good.status, "status 0");
-    EXPECT_NE(good.output.find("\n2 passed, 0 failed, 0 skipped\n"), std::string::npos) << good.output;
+    EXPECT_NE(good.output.find("\n2 passed, 0 failed, 0 skipped\n"), std::string::npos)
+        << good.output;
     const Run bad = run({folder_});
     EXPECT_EQ(bad.status, "status 1");
-    EXPECT_NE(bad.output.find("\n2 passed, 2 failed, 0 skipped\n"), std::string::npos) << bad.output;
+    EXPECT_NE(bad.output.find("\n2 passed, 2 failed, 0 skipped\n"), std::string::npos)
+        << bad.output;
     EXPECT_NE(bad.output.find("FAILED  bad\n    " + file("bad") + ":3\n"), std::string::npos);
     EXPECT_NE(bad.output.find("broken.transcript:1: the transcript expects nothing"),
               std::string::npos);
