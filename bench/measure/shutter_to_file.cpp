@@ -53,6 +53,7 @@ void measure_shutter_to_file(Bench& bench) {
     }
     // The cables side by side: most of the time is spent waiting.
     std::vector<std::thread> threads;
+    threads.reserve(measured.size());
     for (std::size_t cable = 0; cable < measured.size(); ++cable) {
         threads.emplace_back([&, cable] {
             for (const int size : sizes) {

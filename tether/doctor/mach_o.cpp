@@ -59,6 +59,8 @@ std::optional<Image> read_image(const Bytes& file) {
             case command_run_path:
                 add_text(image.run_paths, command);
                 break;
+            default:
+                break;
         }
         commands = commands.from(size);
     }

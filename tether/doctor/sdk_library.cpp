@@ -35,6 +35,7 @@ std::vector<fs::path> places(const std::string& library, const Image& worker,
         return {replace_prefix(library, folder)};
     }
     std::vector<fs::path> found;
+    found.reserve(worker.run_paths.size());
     for (const std::string& run_path : worker.run_paths) {
         found.push_back(replace_prefix(run_path, folder) /
                         (searched ? library.substr(by_run_path.size()) : library));

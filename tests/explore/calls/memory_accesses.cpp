@@ -71,11 +71,11 @@ WORKER_CALL void __tsan_write_range(void* address, std::size_t size) {
     writes(address, size, CALLER);
 }
 WORKER_CALL void __tsan_vptr_read(void** place) {
-    reads<8>(place, CALLER);
+    reads<8>(static_cast<const void*>(place), CALLER);
 }
 // The compiler calls this before every write of a table pointer, the same one again included.
 WORKER_CALL void __tsan_vptr_update(void** place, void* table) {
     if (*place != table) {
-        writes<8>(place, CALLER);
+        writes<8>(static_cast<const void*>(place), CALLER);
     }
 }

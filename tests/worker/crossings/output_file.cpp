@@ -16,7 +16,7 @@ OutputFile::~OutputFile() {
 
 std::vector<std::string> OutputFile::take() {
     give_back();
-    std::rewind(file_);
+    std::fseek(file_, 0, SEEK_SET);
     std::vector<std::string> lines;
     std::string line;
     for (int byte; (byte = std::getc(file_)) != EOF;) {

@@ -33,6 +33,7 @@ CrError GetSelectDeviceProperties(CrDeviceHandle handle, CrInt16u count,
                                   const CrPropertyCode* codes, CrDeviceProperty** properties,
                                   CrInt64* found) {
     std::vector<unsigned int> wanted;
+    wanted.reserve(count);
     for (CrInt16u index = 0; index < count; ++index) {
         wanted.push_back(static_cast<unsigned int>(codes[index]));
     }

@@ -27,8 +27,9 @@ void let_the_watchdog_look(SonyWorker& worker) {
     g_sleeps_allowed = 1;
     try {
         worker.connect_watchdog_thread();
-    } catch (const Interrupted&) {}
-    g_sleeps_allowed = all;
+    } catch (const Interrupted&) {
+        g_sleeps_allowed = all;
+    }
 }
 
 extern "C" int __wrap_nanosleep(const timespec* time, timespec*) {
