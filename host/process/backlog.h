@@ -21,8 +21,8 @@ struct Line {
 
 // A worker that passes one of these is broken, and nothing that it would still say is waited for.
 struct OutputLimits {
-    std::size_t line = 64 * 1024;           // bytes of one line, without its line feed
-    std::size_t backlog = 8 * 1024 * 1024;  // bytes that nobody has taken yet
+    std::size_t line = std::size_t{64} * 1024;           // bytes of one line, without its line feed
+    std::size_t backlog = std::size_t{8} * 1024 * 1024;  // bytes that nobody has taken yet
 };
 
 class Backlog {

@@ -116,7 +116,7 @@ std::string SocketFile::bind_and_listen(int socket, const std::string& path) {
     if (!folder.in_time()) {
         return "lies in a folder that another program has locked";
     }
-    if (const std::string why_not = clear_name(address); !why_not.empty()) {
+    if (std::string why_not = clear_name(address); !why_not.empty()) {
         return why_not;
     }
     if (bind_privately(socket, address) != 0) {

@@ -20,6 +20,7 @@ template <typename Operation>
 void at_once(int threads, const Operation& operation) {
     std::atomic<bool> go{false};
     std::vector<std::thread> running;
+    running.reserve(static_cast<std::size_t>(threads));
     for (int number = 0; number < threads; ++number) {
         running.emplace_back([&operation, &go, number] {
             while (!go.load()) {

@@ -11,7 +11,6 @@ using host::Clock;
 using host::describe;
 using host::EndedBy;
 using host::Ending;
-using host::EndTimes;
 using std::chrono::milliseconds;
 
 // A step that is meant to work gets all the time it needs; one that is meant to fail gets little.

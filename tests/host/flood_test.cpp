@@ -33,7 +33,7 @@ long peak_memory() {
 }
 
 // The lines that wait twice while a buffer grows, and a sanitizer's own keeping of them.
-constexpr long most_growth = 256 * 1024;
+constexpr long most_growth = 256L * 1024;
 
 TEST(Flood, AnEndlessLineEndsTheWorker) {
     const long before = peak_memory();

@@ -224,6 +224,7 @@ TEST(Control, OfSeveralAtTheSameMomentOneStays) {
             PlainSocket().bind(path);
         }
         std::vector<std::unique_ptr<OtherProcess>> all;
+        all.reserve(4);
         for (int count = 0; count < 4; ++count) {
             all.push_back(std::make_unique<OtherProcess>(stage.shots().string(), 0,
                                                          (stage.folder() / "errors").string()));

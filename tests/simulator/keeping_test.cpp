@@ -325,9 +325,9 @@ TEST_F(Keeping, TwoCamerasAtOnceInOneFolderLoseNothing) {
         }
         EXPECT_EQ(process->end(), 0);
     }
-    EXPECT_EQ(reports, std::size_t{2 * shots});
+    EXPECT_EQ(reports, std::size_t{2} * shots);
     EXPECT_EQ(stage.files(), Names(reported.begin(), reported.end()));
-    EXPECT_EQ(reported.size(), std::size_t{2 * shots});
+    EXPECT_EQ(reported.size(), std::size_t{2} * shots);
     for (const std::string& name : reported) {
         EXPECT_TRUE(is_whole_jpeg(shot(name))) << name;
     }

@@ -414,8 +414,8 @@ TEST_F(TetherTest, AFolderThatTheWorkerWouldCutIsRefused) {
     }
     const auto command = start({TETHER_COMMAND, {"--folder", folder}, {}, folder_ / "errors"});
     EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2");
-    const std::size_t bytes =
-        std::string("SET_DOWNLOAD_DIR|").size() + (folder_ / "shots").string().size() + 6 * 751;
+    const std::size_t bytes = std::string("SET_DOWNLOAD_DIR|").size() +
+                              (folder_ / "shots").string().size() + std::size_t{6} * 751;
     EXPECT_EQ(read("errors"), "tether: the folder " + folder.string() +
                                   " cannot be named to the worker: the command has " +
                                   std::to_string(bytes) +
@@ -469,11 +469,14 @@ TEST_F(TetherTest, NumbersOutsideOfTheirRangeAreRefused) {
         numbers.insert(numbers.end(), own.begin(), own.end());
         for (const std::string& number : numbers) {
             fs::remove(folder_ / "errors");
-            const auto command =
-                start({TETHER_COMMAND, {option + "=" + number}, {}, folder_ / "errors"});
+            std::string argument = option;
+            argument.append("=").append(number);
+            const auto command = start({TETHER_COMMAND, {argument}, {}, folder_ / "errors"});
             EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2");
-            EXPECT_EQ(read("errors"), "tether: " + option + ": needs a number from " + range +
-                                          ", not " + number + "\n");
+            std::string sentence = "tether: ";
+            sentence.append(option).append(": needs a number from ").append(range);
+            sentence.append(", not ").append(number).append("\n");
+            EXPECT_EQ(read("errors"), sentence);
         }
     }
 }

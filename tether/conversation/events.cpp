@@ -18,7 +18,7 @@ namespace {
 // Beyond this, lines wait where they come from: in the worker's stream, which is bounded, or in the
 // pipe that is typed into.
 constexpr std::size_t most_waiting = 1024;
-constexpr std::size_t most_waiting_bytes = 1024 * 1024;
+constexpr std::size_t most_waiting_bytes = std::size_t{1024} * 1024;
 
 }  // namespace
 

@@ -180,7 +180,7 @@ std::string why_not_ready(host::WorkerProcess& worker, Listener& listener, const
     if (listener.flooded()) {
         return writes_without_end;
     }
-    if (const std::string trouble = worker.trouble(); !trouble.empty()) {
+    if (std::string trouble = worker.trouble(); !trouble.empty()) {
         return trouble;
     }
     if (worker.output_ended()) {
@@ -203,7 +203,7 @@ std::string why_not_gone(host::WorkerProcess& worker, Listener& listener, const 
             return {};
         }
     }
-    if (const std::string trouble = worker.trouble(); !listener.flooded() && !trouble.empty()) {
+    if (std::string trouble = worker.trouble(); !listener.flooded() && !trouble.empty()) {
         return trouble;
     }
     return listener.flooded() ? writes_without_end
