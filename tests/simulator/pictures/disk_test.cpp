@@ -172,7 +172,8 @@ TEST_P(Disk, AFullDiskIsReportedAndNothingStays) {
             return files().empty() ? error : left_behind;
         });
         if (status == no_disk) {
-            GTEST_SKIP() << "only root may mount a small disk";
+            GTEST_SKIP() << "a small disk cannot be mounted here: it takes root, and a mount point "
+                            "as the root";
         }
         EXPECT_EQ(status, ENOSPC) << "a disk of " << disk << " bytes for a file of " << size;
     }

@@ -100,7 +100,8 @@ std::string finding_on_disk(const fs::path& pictures, const char* options, const
 TEST_F(Folder, IsFull) {
     const std::string full = finding_on_disk(pictures, "size=64k", folder / "answer");
     if (full.empty()) {
-        GTEST_SKIP() << "only root may mount a small disk";
+        GTEST_SKIP()
+            << "a small disk cannot be mounted here: it takes root, and a mount point as the root";
     }
     EXPECT_EQ(full,
               "FAIL folder: " + pictures.string() + " takes no files: No space left on device");
