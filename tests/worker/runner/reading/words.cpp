@@ -25,9 +25,9 @@ std::optional<char> take_escape(std::string_view& rest) {
             return '\t';
         case 'x': {
             unsigned value = 0;
-            const std::string_view digits = rest.substr(0, 2);
-            const char* const end = digits.data() + digits.size();
-            if (digits.size() < 2 || std::from_chars(digits.data(), end, value, 16).ptr != end) {
+            const std::string digits(rest.substr(0, 2));
+            const char* const end = digits.c_str() + digits.size();
+            if (digits.size() < 2 || std::from_chars(digits.c_str(), end, value, 16).ptr != end) {
                 return std::nullopt;
             }
             rest.remove_prefix(2);
