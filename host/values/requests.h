@@ -15,6 +15,10 @@ namespace host {
 
 using RequestId = std::uint64_t;
 
+// Brings the folder and the worker up, without a camera. Answered by SessionState once the worker
+// is ready for commands, by the Problem that stands in the way otherwise, or after 30 s.
+struct Start {};
+
 // Answered by SessionState once the session is ready; by the Problem that stands in the way after
 // 60 s. The session goes on trying.
 struct Connect {};
@@ -48,7 +52,7 @@ struct Shutdown {
     std::optional<Time> patience;  // for files that are on their way
 };
 
-using Request = std::variant<Connect, Disconnect, Capture, Cancel, Configure, Shutdown>;
+using Request = std::variant<Start, Connect, Disconnect, Capture, Cancel, Configure, Shutdown>;
 
 struct Done {
     bool operator==(const Done&) const = default;

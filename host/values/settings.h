@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "host/values/time.h"
+
 namespace host {
 
 enum class SaveDestination { disk, card, both };
@@ -57,6 +59,16 @@ struct Setting {
     std::optional<Value> in_force;
 
     bool operator==(const Setting&) const = default;
+};
+
+// What a session begins with.
+struct Wishes {
+    std::string folder = "shots";
+    SaveDestination save_destination = SaveDestination::disk;
+    std::optional<FileType> file_type;  // nothing: the camera's own
+    std::string name;                   // a template for file names; empty: "{camera}"
+    Time patience = std::chrono::seconds(20);
+    Time expires = std::chrono::seconds(5);
 };
 
 }  // namespace host

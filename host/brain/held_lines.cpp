@@ -1,0 +1,105 @@
+#include "host/brain/held_lines.h"
+
+#include <algorithm>
+
+#include "host/brain/times.h"
+#include "host/process/fields.h"
+
+namespace host::brain {
+namespace {
+
+constexpr std::string_view landed = "LOG|[SONY] landed ";
+constexpr std::string_view downloaded = "DOWNLOADED|";
+
+bool begins_with(std::string_view text, std::string_view beginning) {
+    return text.substr(0, beginning.size()) == beginning;
+}
+
+// Whether the line reports a file with a line break in its path.
+bool has_break(std::string_view line) {
+    return begins_with(line, downloaded) && (line.find("%0A") != std::string_view::npos ||
+                                             line.find("%0a") != std::string_view::npos);
+}
+
+bool ends_with_name(std::string_view path, std::string_view name) {
+    if (path.size() < name.size() || path.substr(path.size() - name.size()) != name) {
+        return false;
+    }
+    return path.size() == name.size() || path[path.size() - name.size() - 1] == '/';
+}
+
+}  // namespace
+
+void HeldLines::hear(std::string_view text, Time at) {
+    lines_.push_back({std::string(text), at});
+    bytes_ += text.size();
+    reports_with_breaks_ += has_break(text) ? 1 : 0;
+}
+
+std::optional<HeldLine> HeldLines::next(Time now) {
+    while (!lines_.empty()) {
+        const HeldLine& first = lines_.front();
+        if (!begins_with(first.text, landed)) {
+            return take_first();
+        }
+        const bool full = lines_.size() > limit::held_lines || bytes_ > limit::held_bytes;
+        if (now < first.at + hold_ && !full && !ended_) {
+            return std::nullopt;
+        }
+        for (std::size_t count = 1 + lines_of_name(); count > 0; --count) {
+            take_first();
+        }
+    }
+    return std::nullopt;
+}
+
+HeldLine HeldLines::take_first() {
+    HeldLine line = std::move(lines_.front());
+    lines_.pop_front();
+    bytes_ -= line.text.size();
+    reports_with_breaks_ -= has_break(line.text) ? 1 : 0;
+    return line;
+}
+
+// The most that any report explains: a report can be forged by a name too, but then that name's own
+// report explains more.
+std::size_t HeldLines::lines_of_name() const {
+    std::size_t most = 0;
+    if (reports_with_breaks_ == 0) {
+        return most;
+    }
+    for (std::size_t report = 1; report < lines_.size(); ++report) {
+        if (!has_break(lines_[report].text)) {
+            continue;
+        }
+        const std::string path =
+            unescape_field(std::string_view(lines_[report].text).substr(downloaded.size()));
+        const auto breaks = static_cast<std::size_t>(std::count(path.begin(), path.end(), '\n'));
+        if (breaks <= most) {
+            continue;
+        }
+        const std::string_view last_part =
+            std::string_view(path).substr(path.find_last_of('\n') + 1);
+        std::string name = lines_.front().text.substr(landed.size());
+        for (std::size_t count = 1; count < report && count <= breaks; ++count) {
+            name += '\n' + lines_[count].text;
+            if (count > most && lines_[count].text == last_part && ends_with_name(path, name)) {
+                most = count;
+            }
+        }
+    }
+    return most;
+}
+
+void HeldLines::forget() {
+    lines_.clear();
+    bytes_ = 0;
+    reports_with_breaks_ = 0;
+    ended_ = false;
+}
+
+Time HeldLines::wake_at() const {
+    return lines_.empty() ? never : lines_.front().at + hold_;
+}
+
+}  // namespace host::brain

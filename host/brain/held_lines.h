@@ -1,0 +1,52 @@
+// What follows the log line of a file that landed is held until it is known what belongs to the
+// file's name: a line break in a name splits the log line, and the rest of the name can look like
+// any line. The report of the same file, where breaks are escaped, tells the two apart.
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/values/time.h"
+
+namespace host::brain {
+
+struct HeldLine {
+    std::string text;
+    Time at{};  // when it was read
+};
+
+class HeldLines {
+  public:
+    explicit HeldLines(Time hold) : hold_(hold) {}
+
+    void hear(std::string_view text, Time at);
+
+    // The next line that the worker itself has written; nothing while that is open.
+    std::optional<HeldLine> next(Time now);
+
+    // No more lines will come: what is held is judged by what is there.
+    void no_more() {
+        ended_ = true;
+    }
+
+    void forget();
+
+    // When the first one that is held is let go.
+    Time wake_at() const;
+
+  private:
+    // How many of the lines behind the first, which is a log line, belong to its file's name.
+    std::size_t lines_of_name() const;
+    HeldLine take_first();
+
+    Time hold_;
+    std::deque<HeldLine> lines_;
+    std::size_t bytes_ = 0;
+    std::size_t reports_with_breaks_ = 0;
+    bool ended_ = false;
+};
+
+}  // namespace host::brain

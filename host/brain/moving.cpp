@@ -1,0 +1,134 @@
+// Another folder: the worker is moved, its files of before are not.
+#include <utility>
+
+#include "host/brain/brain.h"
+#include "host/process/fields.h"
+
+namespace host::brain {
+
+// The fence says that no command under the old folder is open.
+void Brain::fence_before_moving() {
+    Configuring& now = *configuring_;
+    if (worker_ == Worker::up && prepared_) {
+        if (now.fence == 0) {
+            now.fence = fence();
+        }
+        if (!fence_.passed(now.fence)) {
+            return;
+        }
+    } else if (worker_ != Worker::none || folder_ticket_ != 0) {
+        return;
+    }
+    now.step = Configuring::Step::opening_folder;
+    now.ticket = open_folder(*now.wish.folder);
+}
+
+void Brain::folder_opened_to_move(const FolderOpened& answer) {
+    Configuring& now = *configuring_;
+    now.ticket = 0;
+    now.folder = answer.folder;
+    now.step = Configuring::Step::folder_opened;
+    open_run_to_move();
+}
+
+// A worker that took the place of another meanwhile is waited for.
+void Brain::open_run_to_move() {
+    Configuring& now = *configuring_;
+    if (worker_ == Worker::none || (folder_open_ && now.folder == folder_)) {
+        return adopt_folder();
+    }
+    if (worker_ == Worker::up && prepared_) {
+        now.step = Configuring::Step::opening_run;
+        now.ticket = ++last_ticket_;
+        ask_disk(OpenRun{now.ticket, now.folder, run_.name}, times_.disk_silence);
+    }
+}
+
+void Brain::run_opened_to_move(const RunOpened& answer) {
+    Configuring& now = *configuring_;
+    now.ticket = 0;
+    now.run = answer;
+    const std::string line = "SET_DOWNLOAD_DIR|" + escape_field(answer.staging);
+    if (line.size() > limit::command) {
+        return move_failed({Code::folder_not_taken, "The folder's path is too long.", {}, {}});
+    }
+    now.step = Configuring::Step::moving;
+    now.echoed = false;
+    now.refusal.reset();
+    say(line);
+    now.fence = fence();
+}
+
+void Brain::folder_refused(std::optional<std::uint32_t> code) {
+    if (configuring_ && configuring_->step == Configuring::Step::moving) {
+        configuring_->echoed = false;
+        configuring_->refusal =
+            Problem{Code::folder_not_taken, "The camera SDK does not take the folder.", code, {}};
+    } else {
+        raise({Code::folder_not_taken, "The camera SDK does not take the folder.", code, {}});
+    }
+}
+
+void Brain::moved() {
+    Configuring& now = *configuring_;
+    if (!fence_.passed(now.fence)) {
+        return;
+    }
+    if (!now.echoed || now.refusal) {
+        say("SET_DOWNLOAD_DIR|" + escape_field(run_.staging));
+        return move_failed(now.refusal.value_or(
+            Problem{Code::folder_not_taken, "The worker does not take the folder.", {}, {}}));
+    }
+    old_runs_.push_back(run_);
+    run_ = {now.run.run, now.folder, now.run.staging};
+    adopt_folder();
+    if (old_runs_.size() > limit::old_runs) {
+        left_runs_.push_back(std::move(old_runs_.front()));
+        old_runs_.erase(old_runs_.begin());
+        sweep_left_runs();
+    }
+}
+
+void Brain::adopt_folder() {
+    const std::string before = std::exchange(folder_, configuring_->folder);
+    const bool was_open = std::exchange(folder_open_, true);
+    clear_folder_problems();
+    dirty_ = true;
+    if (was_open) {
+        close_folder_unless_used(before);
+    }
+    configuring_->step = Configuring::Step::settings;
+    settle_wishes();
+    if (state_ == State::down && (wanted_ || !starts_.empty())) {
+        begin();
+    }
+}
+
+void Brain::move_failed(const Problem& problem) {
+    Configuring& now = *configuring_;
+    raise(problem);
+    if (!now.run.run.empty()) {
+        sweep(std::exchange(now.run, {}).run, true);
+    }
+    if (!now.folder.empty()) {
+        close_folder_unless_used(now.folder);
+    }
+    now.ticket = 0;
+    now.step = Configuring::Step::settings;
+    settle_wishes();
+}
+
+// The next one begins in the new folder, if that is open already.
+void Brain::worker_lost_while_configuring() {
+    Configuring& now = *configuring_;
+    now.fence = 0;
+    if (now.step == Configuring::Step::moving || now.step == Configuring::Step::opening_run) {
+        if (!now.run.run.empty()) {
+            sweep(now.run.run, true);
+        }
+        now.ticket = 0;
+        adopt_folder();
+    }
+}
+
+}  // namespace host::brain

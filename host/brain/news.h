@@ -1,0 +1,58 @@
+// What the brain is told about the worker's process, and about the time of day.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+
+#include "host/values/requests.h"
+#include "host/values/time.h"
+
+namespace host::brain {
+
+// Each names the run that the worker was started for: news of one that was given up count for
+// nothing.
+struct WorkerStarted {
+    std::string run;
+    std::int64_t process = 0;
+};
+
+struct WorkerNotStarted {
+    std::string run;
+    std::string why;
+};
+
+// All its lines have been told before.
+struct WorkerEnded {
+    std::string run;
+    EndedBy by = EndedBy::gone;  // gone: nobody asked it to
+    int status = 0;              // a signal n counts as 128 + n
+};
+
+struct WorkerFlooded {
+    std::string run;
+    std::string what;  // "50,000 lines in 1 s"
+};
+
+// A line that was too long to keep, and was not told.
+struct LineTooLong {
+    std::string run;
+};
+
+// It has read none of its input for so long that the pipe is full.
+struct WorkerInputFull {
+    std::string run;
+};
+
+// The virtual camera has announced itself on standard error.
+struct CameraIsSimulated {};
+
+// Told before anything else, and again whenever pass() is about to be called.
+struct TimeOfDayIs {
+    TimeOfDay now{};
+};
+
+using News = std::variant<WorkerStarted, WorkerNotStarted, WorkerEnded, WorkerFlooded, LineTooLong,
+                          WorkerInputFull, CameraIsSimulated, TimeOfDayIs>;
+
+}  // namespace host::brain

@@ -1,0 +1,184 @@
+// A worker that is gone, hangs, floods or is none: ended if need be, and replaced.
+#include <algorithm>
+#include <utility>
+
+#include "host/brain/brain.h"
+
+namespace host::brain {
+namespace {
+
+std::string how(const WorkerEnded& news) {
+    return news.status > 128 ? "signal " + std::to_string(news.status - 128)
+                             : "status " + std::to_string(news.status);
+}
+
+}  // namespace
+
+// Ends it by the ladder. What it still says of files counts.
+void Brain::give_up_worker(const Problem& problem) {
+    if (worker_ == Worker::none || worker_ == Worker::making_run || worker_ == Worker::leaving) {
+        return;
+    }
+    raise(problem);
+    last_loss_ = problem;
+    climb(times_.rung_when_hung);
+    lose_session(problem);
+    if (!ending_) {
+        enter(State::starting);
+        deadline_ = now_ + 3 * times_.rung_when_hung + times_.after_sigkill;
+    }
+}
+
+void Brain::climb(Time rung) {
+    worker_ = Worker::leaving;
+    do_now(EndWorker{run_.name, rung});
+    if (ending_) {
+        ending_->laddering = true;
+        ending_->stuck_at = now_ + 3 * rung + times_.after_sigkill;
+    }
+}
+
+// Whatever was under way with the camera comes to nothing.
+void Brain::lose_session(const Problem& problem) {
+    fence_.forget(now_);
+    prepared_ = false;
+    prepare_ = 0;
+    after_stop_ = 0;
+    give_up_shot(problem);
+    if (configuring_) {
+        worker_lost_while_configuring();
+    }
+    forget_session();
+    dirty_ = true;
+}
+
+void Brain::on(const WorkerEnded& news) {
+    if (news.run != run_.name || worker_ == Worker::none || worker_ == Worker::making_run) {
+        return;
+    }
+    held_.no_more();
+    believe_lines();
+    if (ending_) {
+        ending_->how = {news.by, news.status};
+    }
+    if (worker_ != Worker::leaving) {
+        last_loss_ = worker_ == Worker::up
+                         ? Problem{Code::worker_gone,
+                                   "The worker ended by itself (" + how(news) + ").",
+                                   {},
+                                   {}}
+                         : why_not_starting_.value_or(
+                               Problem{Code::worker_not_starting,
+                                       "The worker ended before it was ready (" + how(news) + ").",
+                                       {},
+                                       {}});
+        raise(last_loss_);
+        lose_session(last_loss_);
+    }
+    replace_worker();
+}
+
+void Brain::replace_worker() {
+    worker_ = Worker::none;
+    leave_run();
+    if (ending_) {
+        return;
+    }
+    replaces_ = true;
+    const Time when = restarts_.lost(now_);
+    if (when <= now_) {
+        return begin();
+    }
+    Problem why = last_loss_;
+    why.text += " Workers are lost so often that one a minute is tried.";
+    go_down(why, when);
+}
+
+// It has been killed and does not end. Its staging folder stays its own.
+void Brain::abandon_worker() {
+    raise({Code::worker_hangs,
+           "A worker, process " + std::to_string(process_) +
+               ", cannot be ended: it is stuck in the system.",
+           {},
+           {}});
+    worker_ = Worker::none;
+    run_ = {};
+    old_runs_.clear();
+}
+
+// What the worker has left is brought in once its reports are dealt with.
+void Brain::leave_run() {
+    if (!run_.name.empty()) {
+        left_runs_.push_back(std::exchange(run_, {}));
+    }
+    left_runs_.insert(left_runs_.end(), old_runs_.begin(), old_runs_.end());
+    old_runs_.clear();
+    sweep_left_runs();
+}
+
+void Brain::sweep_left_runs() {
+    for (auto run = left_runs_.begin(); run != left_runs_.end();) {
+        const bool reported =
+            std::any_of(reports_.begin(), reports_.end(),
+                        [&](const auto& report) { return report.second.run == run->name; });
+        if (reported) {
+            ++run;
+            continue;
+        }
+        const Run left = *run;
+        run = left_runs_.erase(run);
+        sweep(left.name, true);
+        close_folder_unless_used(left.folder);
+    }
+}
+
+void Brain::close_folder_unless_used(const std::string& folder) {
+    const auto in = [&](const Run& run) {
+        return run.folder == folder;
+    };
+    if (folder != folder_ && !in(run_) && std::none_of(old_runs_.begin(), old_runs_.end(), in) &&
+        std::none_of(left_runs_.begin(), left_runs_.end(), in)) {
+        do_now(FileWork(CloseFolder{folder}));
+    }
+}
+
+void Brain::go_down(const Problem& problem, Time until) {
+    raise(problem);
+    enter(State::down);
+    deadline_ = until;
+    reply_all(starts_, problem);
+}
+
+void Brain::on(const WorkerFlooded& news) {
+    if (news.run == run_.name) {
+        give_up_worker({Code::worker_floods, "The worker wrote " + news.what + ".", {}, {}});
+    }
+}
+
+void Brain::on(const LineTooLong& news) {
+    if (news.run == run_.name) {
+        mention({Code::worker_floods, "The worker wrote a line over 64 KiB.", {}, {}});
+    }
+}
+
+void Brain::on(const WorkerInputFull& news) {
+    if (news.run == run_.name) {
+        give_up_worker({Code::worker_hangs, "The worker no longer takes commands.", {}, {}});
+    }
+}
+
+void Brain::on(const CameraIsSimulated&) {
+    dirty_ = dirty_ || !simulated_;
+    simulated_ = true;
+}
+
+// The brain's clock stands still while the machine sleeps; the time of day goes on.
+void Brain::on(const TimeOfDayIs& news) {
+    const auto begins = news.now - std::chrono::duration_cast<TimeOfDay>(now_);
+    if (day_begins_ && begins - *day_begins_ > times_.stop) {
+        excuse_the_stop();
+    }
+    day_begins_ = begins;
+}
+
+}  // namespace host::brain

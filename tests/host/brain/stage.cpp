@@ -1,0 +1,403 @@
+#include "tests/host/brain/stage.h"
+
+#include <algorithm>
+
+#include "host/process/fields.h"
+
+namespace host::brain {
+namespace {
+
+bool begins_with(std::string_view text, std::string_view beginning) {
+    return text.substr(0, beginning.size()) == beginning;
+}
+
+}  // namespace
+
+Stage::Stage(Wishes wishes) : brain(std::move(wishes)) {
+    tell(TimeOfDayIs{std::chrono::milliseconds(1'700'000'000'000)});
+}
+
+void Stage::get_idle() {
+    ask(Start{});
+    after(milliseconds(1));
+    EXPECT_EQ(word(state().state), "idle");
+    forget();
+}
+
+void Stage::get_ready() {
+    ask(Connect{});
+    after(seconds(2));
+    EXPECT_EQ(word(state().state), "ready");
+    forget();
+}
+
+void Stage::hear(std::string_view line) {
+    brain.hear(line, now);
+    work();
+}
+
+void Stage::tell(const News& news) {
+    brain.tell(news, now);
+    work();
+}
+
+void Stage::answer(const FileAnswer& answer) {
+    brain.tell(answer, now);
+    work();
+}
+
+RequestId Stage::ask(const Request& request) {
+    brain.ask(++last_request_, request, now);
+    work();
+    return last_request_;
+}
+
+void Stage::after(Time duration) {
+    const Time end = now + duration;
+    for (;;) {
+        const Time line = lines_.empty() ? Time::max() : lines_.front().at;
+        const Time next = std::max(now, std::min({end, brain.wake_at(), line}));
+        now = next;
+        hear_what_is_due();
+        brain.pass(now);
+        work();
+        if (now >= end) {
+            return;
+        }
+        if (brain.wake_at() <= now) {
+            ADD_FAILURE() << "the brain wants to be called again at once";
+            return;
+        }
+    }
+}
+
+void Stage::stand_still(Time duration) {
+    now += duration;
+    hear_what_is_due();
+    brain.pass(now);
+    work();
+}
+
+void Stage::hear_what_is_due() {
+    while (!lines_.empty() && lines_.front().at <= now) {
+        const std::string text = lines_.front().text;
+        lines_.pop_front();
+        hear(text);
+    }
+}
+
+void Stage::file(const std::string& name) {
+    staged.insert(name);
+    report(name);
+}
+
+void Stage::report(const std::string& name) {
+    say_landed(name, "/shots/.incoming/" + run + "/");
+    after(milliseconds(20));
+}
+
+void Stage::say_landed(const std::string& name, const std::string& folder) {
+    std::string text = "LOG|[SONY] landed " + name + "\n";
+    text += "DOWNLOADED|" + escape_field(folder + name) + "\n";
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = text.find('\n', at);
+        hear(text.substr(at, end - at));
+        at = end + 1;
+    }
+}
+
+// Everything that the brain wants is done at once, and what comes of it is told.
+void Stage::work() {
+    for (;;) {
+        const std::vector<Effect> effects = brain.take();
+        for (const Effect& effect : effects) {
+            log_.push_back(effect);
+            carry_out(effect);
+        }
+        if (disk_answers && !disk_work_.empty()) {
+            const FileWork next = disk_work_.front();
+            disk_work_.pop_front();
+            answer_disk(next);
+        } else if (effects.empty()) {
+            return;
+        }
+    }
+}
+
+void Stage::carry_out(const Effect& effect) {
+    if (const auto* say = std::get_if<Say>(&effect)) {
+        obey(say->line);
+    } else if (const auto* start = std::get_if<StartWorker>(&effect)) {
+        session = false;
+        lines_.clear();
+        if (!worker_starts) {
+            return brain.tell(WorkerNotStarted{start->run, "No such file."}, now);
+        }
+        brain.tell(WorkerStarted{start->run, 4711}, now);
+        worker_says("CPP_WORKER|START sony-1.0");
+        if (worker_gets_ready) {
+            worker_says("READY|OK");
+        }
+    } else if (const auto* end = std::get_if<EndWorker>(&effect)) {
+        if (worker_ends) {
+            lines_.clear();
+            brain.tell(WorkerEnded{end->run, EndedBy::quit, 0}, now);
+        }
+    } else if (const auto* work = std::get_if<FileWork>(&effect)) {
+        disk_work_.push_back(*work);
+    } else if (const auto* reply = std::get_if<Reply>(&effect)) {
+        answers_[reply->request].push_back(reply->answer);
+    }
+}
+
+void Stage::worker_says(const std::string& line) {
+    busy_until_ = std::max(busy_until_, now);
+    lines_.push_back({busy_until_, line});
+}
+
+void Stage::obey(const std::string& command) {
+    if (!worker_answers) {
+        return;
+    }
+    const auto rest = [&] {
+        return command.substr(command.find('|') + 1);
+    };
+    if (command == "PRIME") {
+        worker_says("PRIME_DONE|OK");
+    } else if (begins_with(command, "SET_DOWNLOAD_DIR|")) {
+        worker_says("DOWNLOAD_DIR|" + rest());
+    } else if (begins_with(command, "SET_SAVE_DEST|")) {
+        destination_ = rest();
+        if (session && !takes_destination) {
+            worker_says(
+                "LOG|[SONY] could not set the save destination (0x00008000) — the camera keeps its "
+                "own setting");
+        } else if (session) {
+            worker_says("SAVE_DEST|" + (card ? destination_ : "disk"));
+        }
+    } else if (begins_with(command, "SET_FILE_TYPE|")) {
+        if (!session) {
+            return worker_says("ERROR|Camera not connected");
+        }
+        if (!takes_type) {
+            worker_says("LOG|[SONY] the camera would not change its file type (0x00008402)");
+            worker_says("ERROR|The camera would not change its file type — set it on the camera");
+        } else {
+            dial = rest();
+        }
+        worker_says("FILE_TYPE|" + dial);
+    } else if (command == "CONNECT") {
+        worker_says("STATUS|Looking for a camera");
+        if (!camera_there) {
+            return worker_says("ERROR|Camera not detected");
+        }
+        worker_says("LOG|[SONY] camera \"" + camera_name + "\" over USB");
+        worker_says("STATUS|Opening camera session");
+        if (camera_answers) {
+            session = true;
+            worker_says("CONNECTED|" + escape_field(camera_name));
+            if (takes_destination) {
+                worker_says("SAVE_DEST|" + (card ? destination_ : "disk"));
+            }
+            worker_says("FILE_TYPE|" + dial);
+        }
+    } else if (command == "DISCONNECT") {
+        session = false;
+        worker_says("DISCONNECTED|");
+    } else if (command == "CAPTURE") {
+        if (!session) {
+            return worker_says("ERROR|Camera not connected");
+        }
+        busy_until_ = std::max(busy_until_, now) + milliseconds(735);
+        worker_says("REMOTE_CAPTURED|OK");
+    }
+}
+
+void Stage::answer_disk(const FileWork& work) {
+    if (const auto* open = std::get_if<OpenFolder>(&work)) {
+        FolderOpened opened;
+        opened.ticket = open->ticket;
+        opened.folder = begins_with(open->folder, "/") ? open->folder : "/" + open->folder;
+        opened.room = room;
+        brain.tell(opened, now);
+    } else if (const auto* run_work = std::get_if<OpenRun>(&work)) {
+        run = "run-" + std::to_string(++runs_);
+        brain.tell(RunOpened{run_work->ticket, run, run_work->folder + "/.incoming/" + run, 7},
+                   now);
+    } else if (const auto* sweep = std::get_if<SweepRun>(&work)) {
+        brain.tell(RunSwept{sweep->ticket, {}, {}}, now);
+    } else if (const auto* one = std::get_if<Examine>(&work)) {
+        const Examined found = examine(*one);
+        examined_[one->ticket] = found;
+        brain.tell(found, now);
+    } else if (const auto* place = std::get_if<Place>(&work)) {
+        const Examined& found = examined_[place->ticket];
+        Picture picture;
+        picture.id = "id-" + std::to_string(place->ticket);
+        picture.shot = place->shot;
+        picture.tag = place->tag;
+        picture.pair = place->pair;
+        picture.kind = found.kind;
+        picture.format = found.format;
+        picture.path = "/shots/" + found.camera_name;
+        picture.camera_name = found.camera_name;
+        picture.bytes = found.bytes;
+        picture.whole = found.whole;
+        picture.after = place->after;
+        staged.erase(found.camera_name);
+        placed_.insert(found.camera_name);
+        brain.tell(Placed{place->ticket, picture}, now);
+    } else if (const auto* look = std::get_if<LookAtFolder>(&work)) {
+        brain.tell(FolderLooked{look->ticket, folder_there, folder_there, true, room}, now);
+    }
+}
+
+Examined Stage::examine(const Examine& work) {
+    Examined found;
+    found.ticket = work.ticket;
+    const std::size_t slash = work.path.find_last_of('/');
+    found.camera_name = work.path.substr(slash + 1);
+    if (work.path.find("/.incoming/") == std::string::npos) {
+        found.verdict = Verdict::outside;
+        return found;
+    }
+    if (staged.count(found.camera_name) == 0) {
+        found.verdict =
+            placed_.count(found.camera_name) == 0 ? Verdict::not_there : Verdict::reported_before;
+        return found;
+    }
+    const bool examined = std::any_of(examined_.begin(), examined_.end(), [&](const auto& known) {
+        return known.second.verdict == Verdict::there &&
+               known.second.camera_name == found.camera_name &&
+               placed_.count(found.camera_name) == 0;
+    });
+    if (examined) {
+        found.verdict = Verdict::reported_before;
+        return found;
+    }
+    const std::size_t dot = found.camera_name.find_last_of('.');
+    const std::string ending = found.camera_name.substr(dot + 1);
+    found.verdict = Verdict::there;
+    found.stem = found.camera_name.substr(0, dot);
+    found.kind = ending == "ARW" || ending == "DNG"   ? Kind::raw
+                 : ending == "JPG" || ending == "HIF" ? Kind::developed
+                                                      : Kind::other;
+    found.bytes = 1000;
+    found.whole = damaged.count(found.camera_name) == 0;
+    found.room = room;
+    return found;
+}
+
+std::vector<std::string> Stage::said() {
+    std::vector<std::string> lines;
+    for (const Effect& effect : log_) {
+        if (const auto* say = std::get_if<Say>(&effect)) {
+            lines.push_back(say->line);
+        }
+    }
+    return lines;
+}
+
+bool Stage::said(const std::string& line) {
+    const std::vector<std::string> lines = said();
+    return std::find(lines.begin(), lines.end(), line) != lines.end();
+}
+
+std::vector<State> Stage::states() {
+    std::vector<State> found;
+    for (const Effect& effect : log_) {
+        if (const auto* changed = std::get_if<StateChanged>(&effect)) {
+            if (found.empty() || found.back() != changed->state.state) {
+                found.push_back(changed->state.state);
+            }
+        }
+    }
+    return found;
+}
+
+std::vector<Picture> Stage::pictures() {
+    std::vector<Picture> found;
+    for (const Effect& effect : log_) {
+        if (const auto* came = std::get_if<PictureCame>(&effect)) {
+            found.push_back(came->picture);
+        }
+    }
+    return found;
+}
+
+std::vector<Shot> Stage::shots() {
+    std::vector<Shot> found;
+    for (const Effect& effect : log_) {
+        if (const auto* changed = std::get_if<ShotChanged>(&effect)) {
+            found.push_back(changed->shot);
+        }
+    }
+    return found;
+}
+
+std::vector<Problem> Stage::problems() {
+    std::vector<Problem> found;
+    for (const Effect& effect : log_) {
+        if (const auto* came = std::get_if<ProblemCame>(&effect)) {
+            found.push_back(came->problem);
+        }
+    }
+    return found;
+}
+
+bool Stage::told(Code code) {
+    const std::vector<Problem> all = problems();
+    return std::any_of(all.begin(), all.end(),
+                       [code](const Problem& problem) { return problem.code == code; });
+}
+
+std::vector<StartWorker> Stage::workers() {
+    std::vector<StartWorker> found;
+    for (const Effect& effect : log_) {
+        if (const auto* start = std::get_if<StartWorker>(&effect)) {
+            found.push_back(*start);
+        }
+    }
+    return found;
+}
+
+std::vector<EndWorker> Stage::ladders() {
+    std::vector<EndWorker> found;
+    for (const Effect& effect : log_) {
+        if (const auto* end = std::get_if<EndWorker>(&effect)) {
+            found.push_back(*end);
+        }
+    }
+    return found;
+}
+
+void Stage::forget() {
+    log_.clear();
+}
+
+bool Stage::is_answered(RequestId request) const {
+    return answers_.count(request) != 0;
+}
+
+std::size_t Stage::answers(RequestId request) const {
+    const auto found = answers_.find(request);
+    return found == answers_.end() ? 0 : found->second.size();
+}
+
+bool Stage::stands(Code code) const {
+    const SessionState all = state();
+    return std::any_of(all.problems.begin(), all.problems.end(),
+                       [code](const Problem& problem) { return problem.code == code; });
+}
+
+Problem Stage::standing(Code code) const {
+    for (const Problem& problem : state().problems) {
+        if (problem.code == code) {
+            return problem;
+        }
+    }
+    ADD_FAILURE() << word(code) << " does not stand";
+    return {};
+}
+
+}  // namespace host::brain
