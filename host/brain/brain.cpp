@@ -82,7 +82,8 @@ void Brain::excuse_the_stop() {
 }
 
 bool Brain::stands_still() const {
-    return now_ < still_until_ && !fence_.passed(after_stop_);
+    const bool read = held_.wake_at() == never && reports_.empty();
+    return now_ < still_until_ && !(fence_.passed(after_stop_) && read);
 }
 
 void Brain::believe_lines() {
@@ -168,6 +169,9 @@ void Brain::go_on() {
 }
 
 Time Brain::wake_at() const {
+    if (stands_still()) {
+        return std::min(still_until_, held_.wake_at());
+    }
     Time wake = std::min({deadline_, held_.wake_at(), disk_deadline_});
     const auto at = [&wake](Time time) {
         wake = std::min(wake, time);
@@ -179,9 +183,6 @@ Time Brain::wake_at() const {
         at(fence_.silent_since() + times_.to_answer);
     } else if (prepared_) {
         at(fence_.last() + times_.between_fences);
-    }
-    if (stands_still()) {
-        at(still_until_);
     }
     if (!disconnects_.empty() && !let_go_now_) {
         at(let_go_by_);
@@ -195,7 +196,7 @@ Time Brain::wake_at() const {
         at(configuring_->deadline);
     }
     if (ending_) {
-        at(ending_->laddering ? ending_->stuck_at : ending_->files_until);
+        at(worker_ == Worker::leaving ? ending_->stuck_at : ending_->files_until);
         for (const Waiting& request : ending_->requests) {
             at(request.deadline);
         }

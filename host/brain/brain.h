@@ -347,7 +347,7 @@ class Brain {
     Time now_{};
     std::optional<TimeOfDay> day_begins_;  // the time of day less the brain's
     Fence::Number after_stop_ = 0;
-    Time still_until_ = never;
+    Time still_until_ = Time::min();
 
     // The session.
     State state_ = State::down;

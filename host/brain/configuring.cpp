@@ -87,8 +87,7 @@ void Brain::configured() {
 void Brain::give_configuring_up() {
     if (configuring_->step != Configuring::Step::settings &&
         configuring_->step != Configuring::Step::turn) {
-        return move_failed(
-            {Code::folder_not_taken, "The folder could not be changed in time.", {}, {}});
+        move_failed({Code::folder_not_taken, "The folder could not be changed in time.", {}, {}});
     }
     const RequestId request = configuring_->request;
     configuring_.reset();

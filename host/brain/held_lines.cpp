@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/brain/text.h"
 #include "host/brain/times.h"
 #include "host/process/fields.h"
 
@@ -9,11 +10,9 @@ namespace host::brain {
 namespace {
 
 constexpr std::string_view landed = "LOG|[SONY] landed ";
+constexpr std::string_view camera = "LOG|[SONY] camera \"";
+constexpr std::string_view opening = "STATUS|Opening camera session";
 constexpr std::string_view downloaded = "DOWNLOADED|";
-
-bool begins_with(std::string_view text, std::string_view beginning) {
-    return text.substr(0, beginning.size()) == beginning;
-}
 
 // Whether the line reports a file with a line break in its path.
 bool has_break(std::string_view line) {
@@ -39,14 +38,16 @@ void HeldLines::hear(std::string_view text, Time at) {
 std::optional<HeldLine> HeldLines::next(Time now) {
     while (!lines_.empty()) {
         const HeldLine& first = lines_.front();
-        if (!begins_with(first.text, landed)) {
+        const bool of_file = begins_with(first.text, landed);
+        if (!of_file && !begins_with(first.text, camera)) {
             return take_first();
         }
         const bool full = lines_.size() > limit::held_lines || bytes_ > limit::held_bytes;
         if (now < first.at + hold_ && !full && !ended_) {
             return std::nullopt;
         }
-        for (std::size_t count = 1 + lines_of_name(); count > 0; --count) {
+        const std::size_t name = of_file ? lines_of_file_name() : lines_of_camera_name();
+        for (std::size_t count = 1 + name; count > 0; --count) {
             take_first();
         }
     }
@@ -63,7 +64,7 @@ HeldLine HeldLines::take_first() {
 
 // The most that any report explains: a report can be forged by a name too, but then that name's own
 // report explains more.
-std::size_t HeldLines::lines_of_name() const {
+std::size_t HeldLines::lines_of_file_name() const {
     std::size_t most = 0;
     if (reports_with_breaks_ == 0) {
         return most;
@@ -89,6 +90,16 @@ std::size_t HeldLines::lines_of_name() const {
         }
     }
     return most;
+}
+
+// The last such line is the worker's own.
+std::size_t HeldLines::lines_of_camera_name() const {
+    for (std::size_t line = lines_.size() - 1; line > 0; --line) {
+        if (lines_[line].text == opening) {
+            return line - 1;
+        }
+    }
+    return 0;
 }
 
 void HeldLines::forget() {

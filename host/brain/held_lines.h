@@ -1,6 +1,7 @@
-// What follows the log line of a file that landed is held until it is known what belongs to the
-// file's name: a line break in a name splits the log line, and the rest of the name can look like
-// any line. The report of the same file, where breaks are escaped, tells the two apart.
+// What follows a log line with somebody else's words in it is held until it is known which lines
+// are the rest of those words: a line break splits the log line, and what comes behind it can look
+// like any line. Of a file that landed, the report tells, where breaks are escaped; of a camera,
+// the line with which the worker begins to open one: until then it says nothing else.
 #pragma once
 
 #include <cstddef>
@@ -38,8 +39,9 @@ class HeldLines {
     Time wake_at() const;
 
   private:
-    // How many of the lines behind the first, which is a log line, belong to its file's name.
-    std::size_t lines_of_name() const;
+    // How many of the lines behind the first, which is a log line, belong to its name.
+    std::size_t lines_of_file_name() const;
+    std::size_t lines_of_camera_name() const;
     HeldLine take_first();
 
     Time hold_;

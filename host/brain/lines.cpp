@@ -4,13 +4,10 @@
 #include <cstdlib>
 
 #include "host/brain/brain.h"
+#include "host/brain/text.h"
 
 namespace host::brain {
 namespace {
-
-bool begins_with(std::string_view text, std::string_view beginning) {
-    return text.substr(0, beginning.size()) == beginning;
-}
 
 // The first "0x" and eight digits of a line.
 std::optional<std::uint32_t> code_in(std::string_view text) {

@@ -75,7 +75,6 @@ void Brain::moved() {
         return;
     }
     if (!now.echoed || now.refusal) {
-        say("SET_DOWNLOAD_DIR|" + escape_field(run_.staging));
         return move_failed(now.refusal.value_or(
             Problem{Code::folder_not_taken, "The worker does not take the folder.", {}, {}}));
     }
@@ -107,6 +106,9 @@ void Brain::adopt_folder() {
 void Brain::move_failed(const Problem& problem) {
     Configuring& now = *configuring_;
     raise(problem);
+    if (now.step == Configuring::Step::moving) {
+        say("SET_DOWNLOAD_DIR|" + escape_field(run_.staging));
+    }
     if (!now.run.run.empty()) {
         sweep(std::exchange(now.run, {}).run, true);
     }

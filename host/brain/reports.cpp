@@ -9,8 +9,14 @@ namespace host::brain {
 
 void Brain::hear_downloaded(std::string_view text) {
     const std::string path = unescape_field(text);
-    if (path.size() > limit::path || run_.name.empty()) {
+    if (run_.name.empty()) {
         return;
+    }
+    if (path.size() > limit::path) {
+        return mention({Code::picture_not_there,
+                        "A picture was reported under a path that no file can have.",
+                        {},
+                        {}});
     }
     if (reports_.size() >= limit::reports) {
         missed_reports_ = true;
@@ -77,6 +83,9 @@ void Brain::complain(const Report& report, Problem problem) {
 
 // It may have been meant for the folder of before.
 void Brain::look_in_old_runs() {
+    if (sweeps_ > 0) {
+        return;
+    }
     for (const Run& run : old_runs_) {
         sweep(run.name, false);
     }

@@ -31,6 +31,8 @@ void Brain::give_up_worker(const Problem& problem) {
 
 void Brain::climb(Time rung) {
     worker_ = Worker::leaving;
+    fence_.forget(now_);
+    prepared_ = false;
     do_now(EndWorker{run_.name, rung});
     if (ending_) {
         ending_->laddering = true;
@@ -80,6 +82,7 @@ void Brain::on(const WorkerEnded& news) {
 
 void Brain::replace_worker() {
     worker_ = Worker::none;
+    prepared_ = false;
     leave_run();
     if (ending_) {
         return;

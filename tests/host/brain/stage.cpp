@@ -82,8 +82,16 @@ void Stage::hear_what_is_due() {
     while (!lines_.empty() && lines_.front().at <= now) {
         const std::string text = lines_.front().text;
         lines_.pop_front();
-        hear(text);
+        hear_all(text);
     }
+}
+
+RequestId Stage::shoot(const std::string& tag) {
+    Capture capture;
+    capture.tag = tag;
+    const RequestId request = ask(capture);
+    after(milliseconds(800));
+    return request;
 }
 
 void Stage::file(const std::string& name) {
@@ -97,13 +105,17 @@ void Stage::report(const std::string& name) {
 }
 
 void Stage::say_landed(const std::string& name, const std::string& folder) {
-    std::string text = "LOG|[SONY] landed " + name + "\n";
-    text += "DOWNLOADED|" + escape_field(folder + name) + "\n";
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = text.find('\n', at);
+    hear_all("LOG|[SONY] landed " + name);
+    hear_all("DOWNLOADED|" + escape_field(folder + name));
+}
+
+// A line break in a name makes several lines of one.
+void Stage::hear_all(const std::string& text) {
+    std::size_t at = 0;
+    for (std::size_t end; (end = text.find('\n', at)) != std::string::npos; at = end + 1) {
         hear(text.substr(at, end - at));
-        at = end + 1;
     }
+    hear(text.substr(at));
 }
 
 // Everything that the brain wants is done at once, and what comes of it is told.
@@ -255,9 +267,11 @@ void Stage::answer_disk(const FileWork& work) {
 Examined Stage::examine(const Examine& work) {
     Examined found;
     found.ticket = work.ticket;
-    const std::size_t slash = work.path.find_last_of('/');
-    found.camera_name = work.path.substr(slash + 1);
-    if (work.path.find("/.incoming/") == std::string::npos) {
+    const std::string staging = "/.incoming/" + work.run + "/";
+    const std::size_t inside = work.path.find(staging);
+    found.camera_name = work.path.substr(
+        inside == std::string::npos ? work.path.find_last_of('/') + 1 : inside + staging.size());
+    if (inside == std::string::npos) {
         found.verdict = Verdict::outside;
         return found;
     }
@@ -282,7 +296,7 @@ Examined Stage::examine(const Examine& work) {
     found.kind = ending == "ARW" || ending == "DNG"   ? Kind::raw
                  : ending == "JPG" || ending == "HIF" ? Kind::developed
                                                       : Kind::other;
-    found.bytes = 1000;
+    found.bytes = file_size;
     found.whole = damaged.count(found.camera_name) == 0;
     found.room = room;
     return found;

@@ -39,6 +39,9 @@ class Stage {
     // Nobody calls the brain for so long; then pass() is called.
     void stand_still(Time duration);
 
+    // A capture, up to the moment when its shutter sequence was sent.
+    RequestId shoot(const std::string& tag = {});
+
     // A file lands in the worker's folder and is reported.
     void file(const std::string& name);
     void report(const std::string& name);
@@ -89,6 +92,7 @@ class Stage {
     bool disk_answers = true;
     bool folder_there = true;
     std::uint64_t room = std::uint64_t{100} << 30;
+    std::uint64_t file_size = 1000;
     std::set<std::string> staged;   // names in the worker's folder
     std::set<std::string> damaged;  // of these
     std::string run = "run-1";      // the one at work
@@ -109,6 +113,7 @@ class Stage {
     Examined examine(const Examine& work);
     void worker_says(const std::string& line);
     void hear_what_is_due();
+    void hear_all(const std::string& text);
 
     std::vector<Effect> log_;
     std::map<RequestId, std::vector<Answer>> answers_;

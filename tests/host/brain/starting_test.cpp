@@ -1,4 +1,4 @@
-// A worker from nothing to its first session.
+// A worker from nothing to its first session, and what keeps it from that.
 #include "tests/host/brain/stage.h"
 
 namespace host::brain {
@@ -19,6 +19,7 @@ TEST(BrainStarting, TheFolderIsOpenedAndTheWorkerStartedInARunOfItsOwn) {
               (Lines{"SET_DOWNLOAD_DIR|/shots/.incoming/run-1", "SET_SAVE_DEST|disk", "PRIME"}));
     EXPECT_EQ(stage.states(), (States{State::starting, State::idle}));
     EXPECT_EQ(stage.answer_to<SessionState>(start).folder, "/shots");
+    EXPECT_EQ(stage.brain.banner(), "START sony-1.0");
 }
 
 TEST(BrainStarting, ConnectGoesFromDownToReadyInTheOrderOfTheContract) {
@@ -32,6 +33,161 @@ TEST(BrainStarting, ConnectGoesFromDownToReadyInTheOrderOfTheContract) {
     EXPECT_EQ(state.save_destination.in_force, SaveDestination::disk);
     EXPECT_EQ(state.file_type.in_force, FileType::jpeg);
     EXPECT_TRUE(state.problems.empty());
+}
+
+TEST(BrainStarting, WhatWasLeftByARunOfThePastIsToldAndTheDiskKnowsThatItWas) {
+    Stage stage;
+    stage.disk_answers = false;
+    stage.ask(Start{});
+    Picture left;
+    left.id = "left";
+    left.recovered = true;
+    FolderOpened opened;
+    opened.ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
+    opened.folder = "/shots";
+    opened.pictures = {left};
+    opened.problems = {{Code::picture_not_placed, "x stays where it is", {}, {}}};
+    stage.answer(opened);
+    EXPECT_EQ(stage.pictures().at(0).id, "left");
+    EXPECT_EQ(stage.asked_of_disk<Told>().at(0).id, "left");
+    EXPECT_TRUE(stage.told(Code::picture_not_placed));
+}
+
+TEST(BrainStarting, ShotsAreNumberedOnFromTheLedger) {
+    Stage stage;
+    stage.disk_answers = false;
+    stage.ask(Connect{});
+    FolderOpened opened;
+    opened.ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
+    opened.folder = "/shots";
+    opened.last_shot = 41;
+    stage.answer(opened);
+    stage.answer(RunOpened{stage.asked_of_disk<OpenRun>().at(0).ticket, "run-1", "/s", 7});
+    stage.after(seconds(1));
+    ASSERT_EQ(stage.state().state, State::ready);
+    stage.ask(Capture{});
+    stage.after(seconds(6));
+    EXPECT_EQ(stage.shots().at(0).number, 42U);
+}
+
+TEST(BrainStarting, AWorkerThatIsMissingIsAProblemAndTriedAgainAfterAMinute) {
+    Stage stage;
+    stage.worker_starts = false;
+    const RequestId start = stage.ask(Start{});
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.answer_to<Problem>(start).code, Code::worker_missing);
+    EXPECT_EQ(stage.state().state, State::down);
+    EXPECT_TRUE(stage.stands(Code::worker_missing));
+    stage.worker_starts = true;
+    stage.after(seconds(58));
+    EXPECT_EQ(stage.state().state, State::down);
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.state().state, State::idle);
+    EXPECT_FALSE(stage.stands(Code::worker_missing));
+}
+
+TEST(BrainStarting, ConnectTriesAtOnceWhenDown) {
+    Stage stage;
+    stage.worker_starts = false;
+    stage.ask(Start{});
+    stage.after(seconds(1));
+    stage.worker_starts = true;
+    const RequestId connect = stage.ask(Connect{});
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.answer_to<SessionState>(connect).state, State::ready);
+}
+
+TEST(BrainStarting, AFolderInUseIsAnErrorOfStartAndTriedAgain) {
+    Stage stage;
+    stage.disk_answers = false;
+    const RequestId start = stage.ask(Start{});
+    stage.answer(FolderNotOpened{stage.asked_of_disk<OpenFolder>().at(0).ticket,
+                                 {Code::folder_in_use, "in use", {}, {}}});
+    EXPECT_EQ(stage.answer_to<Problem>(start).code, Code::folder_in_use);
+    EXPECT_EQ(stage.state().state, State::down);
+    stage.forget();
+    stage.after(minutes(1));
+    EXPECT_EQ(stage.asked_of_disk<OpenFolder>().size(), 1U);
+}
+
+TEST(BrainStarting, AWorkerThatDoesNotGetReadyIsEndedQuicklyAndReplaced) {
+    Stage stage;
+    stage.worker_gets_ready = false;
+    stage.ask(Start{});
+    stage.after(seconds(9));
+    EXPECT_TRUE(stage.ladders().empty());
+    stage.worker_gets_ready = true;
+    stage.after(seconds(2));
+    ASSERT_EQ(stage.ladders().size(), 1U);
+    EXPECT_EQ(stage.ladders()[0].rung, seconds(1));
+    EXPECT_TRUE(stage.told(Code::worker_not_starting));
+    EXPECT_EQ(stage.state().state, State::idle);
+    EXPECT_EQ(stage.state().restarts, 1U);
+}
+
+TEST(BrainStarting, AnSdkThatDoesNotStartIsSaidSo) {
+    Stage stage;
+    stage.worker_gets_ready = false;
+    stage.ask(Start{});
+    stage.hear("ERROR|Sony Camera Remote SDK failed to initialise");
+    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 1});
+    EXPECT_TRUE(stage.told(Code::sdk_not_initialised));
+}
+
+TEST(BrainStarting, WhatSaysReadyWithoutSayingWhoItIsIsNoWorker) {
+    Stage stage;
+    stage.worker_gets_ready = false;
+    stage.disk_answers = false;
+    stage.ask(Start{});
+    FolderOpened opened;
+    opened.ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
+    opened.folder = "/shots";
+    stage.brain.tell(opened, stage.now);
+    stage.brain.tell(RunOpened{2, "r", "/s", 7}, stage.now);
+    stage.brain.tell(WorkerStarted{"r", 1}, stage.now);
+    stage.brain.hear("READY|OK", stage.now);
+    EXPECT_EQ(stage.state().state, State::starting);
+    stage.brain.hear("CPP_WORKER|START sony-1.0", stage.now);
+    stage.brain.hear("READY|OK", stage.now);
+    EXPECT_EQ(stage.state().state, State::idle);
+}
+
+TEST(BrainStarting, WhatDoesNotEchoItsFolderIsNoWorker) {
+    Stage stage;
+    stage.worker_answers = false;
+    stage.ask(Start{});
+    stage.after(milliseconds(1));
+    stage.hear("DOWNLOAD_DIR|/somewhere/else");
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_TRUE(stage.told(Code::worker_not_starting));
+    EXPECT_EQ(stage.ladders().size(), 1U);
+}
+
+TEST(BrainStarting, StartIsAnsweredAfter30SecondsAtTheLatest) {
+    Stage stage;
+    stage.disk_answers = false;
+    const RequestId start = stage.ask(Start{});
+    stage.after(seconds(29));
+    EXPECT_FALSE(stage.is_answered(start));
+    stage.after(seconds(2));
+    stage.answer_to<Problem>(start);
+}
+
+TEST(BrainStarting, NewsOfAWorkerThatWasGivenUpCountForNothing) {
+    Stage stage;
+    stage.get_ready();
+    stage.tell(WorkerEnded{"another-run", EndedBy::gone, 1});
+    stage.tell(WorkerFlooded{"another-run", "much"});
+    stage.tell(WorkerInputFull{"another-run"});
+    EXPECT_EQ(stage.state().state, State::ready);
+}
+
+TEST(BrainStarting, TheVirtualCameraIsShownAsSuch) {
+    Stage stage;
+    stage.get_idle();
+    stage.tell(CameraIsSimulated{});
+    EXPECT_TRUE(stage.state().simulated);
+    EXPECT_EQ(stage.states(), (States{State::idle}));
 }
 
 }  // namespace

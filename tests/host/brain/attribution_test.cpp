@@ -1,0 +1,220 @@
+// Whose file is it? A shot's only when nothing speaks against it.
+#include "tests/host/brain/stage.h"
+
+namespace host::brain {
+namespace {
+
+std::optional<std::uint64_t> shot_of(Stage& stage, const std::string& name) {
+    for (const Picture& picture : stage.pictures()) {
+        if (picture.camera_name == name) {
+            return picture.shot;
+        }
+    }
+    ADD_FAILURE() << name << " was not told";
+    return 0;
+}
+
+TEST(BrainAttribution, APictureOfTheButtonOnTheBodyIsUnasked) {
+    Stage stage;
+    stage.get_ready();
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
+}
+
+TEST(BrainAttribution, AFileSoonerThan650MillisecondsAfterCaptureIsUnasked) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.ask(Capture{});
+    stage.after(milliseconds(649));
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
+    stage.after(seconds(1));
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.file("DSC00002.JPG");
+    EXPECT_EQ(shot_of(stage, "DSC00002.JPG"), 1U);
+}
+
+TEST(BrainAttribution, ItIsTheTimeOfTheReportThatCountsAndNotThatOfTheDisk) {
+    Stage stage;
+    stage.get_ready();
+    stage.ask(Capture{});
+    stage.after(milliseconds(600));
+    stage.disk_answers = false;
+    stage.file("DSC00001.JPG");
+    stage.after(seconds(1));
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
+}
+
+TEST(BrainAttribution, AnotherStemThanTheShotsOwnIsUnasked) {
+    Stage stage;
+    stage.dial = "both";
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    stage.file("DSC00001.ARW");
+    stage.file("DSC00002.ARW");
+    stage.file("DSC00002.JPG");
+    EXPECT_EQ(shot_of(stage, "DSC00002.ARW"), std::nullopt);
+    EXPECT_EQ(shot_of(stage, "DSC00002.JPG"), std::nullopt);
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+}
+
+TEST(BrainAttribution, AFileReportedTwiceCountsOnce) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    stage.file("DSC00001.JPG");
+    const RequestId second = stage.shoot();
+    stage.report("DSC00001.JPG");
+    stage.after(seconds(3));
+    EXPECT_EQ(stage.pictures().size(), 1U);
+    EXPECT_FALSE(stage.is_answered(second));
+    EXPECT_TRUE(stage.problems().empty());
+}
+
+TEST(BrainAttribution, AFileReportedTwiceBeforeItIsPlacedCountsOnce) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    stage.disk_answers = false;
+    stage.file("DSC00001.JPG");
+    stage.report("DSC00001.JPG");
+    stage.disk_answers = true;
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.pictures().size(), 1U);
+    EXPECT_TRUE(stage.problems().empty());
+}
+
+TEST(BrainAttribution, AfterAShotWithoutFilesALateFileDoesNotCountForTheNext) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    stage.after(seconds(21));
+    const RequestId second = stage.shoot();
+    stage.file("DSC00001.JPG");  // the first one's, late
+    stage.after(seconds(1));
+    EXPECT_TRUE(stage.pictures().empty()) << "in doubt";
+    stage.file("DSC00002.JPG");
+    EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
+    stage.after(seconds(2));
+    EXPECT_EQ(shot_of(stage, "DSC00002.JPG"), 2U);
+    EXPECT_EQ(stage.answer_to<Shot>(second).pictures.at(0).camera_name, "DSC00002.JPG");
+}
+
+TEST(BrainAttribution, AfterAShotWithoutFilesTheNextOnesFileIsBelievedAfter2Seconds) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    stage.after(seconds(21));
+    const RequestId second = stage.shoot();
+    stage.file("DSC00001.JPG");
+    stage.after(milliseconds(1900));
+    EXPECT_FALSE(stage.is_answered(second));
+    stage.after(milliseconds(100));
+    EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::complete);
+}
+
+TEST(BrainAttribution, BothHalvesOfALatePairAreUnaskedAndStillAPair) {
+    Stage stage;
+    stage.dial = "both";
+    stage.get_ready();
+    stage.shoot();
+    stage.after(seconds(21));
+    const RequestId second = stage.shoot();
+    stage.file("DSC00001.ARW");
+    stage.file("DSC00001.JPG");
+    stage.file("DSC00002.ARW");
+    stage.file("DSC00002.JPG");
+    stage.after(seconds(3));
+    const auto pictures = stage.pictures();
+    ASSERT_EQ(pictures.size(), 4U);
+    EXPECT_EQ(pictures[0].shot, std::nullopt);
+    EXPECT_EQ(pictures[1].shot, std::nullopt);
+    EXPECT_EQ(pictures[0].pair, pictures[1].pair);
+    EXPECT_EQ(pictures[2].pair, pictures[3].pair);
+    EXPECT_NE(pictures[0].pair, pictures[2].pair);
+    EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::complete);
+}
+
+TEST(BrainAttribution, AnOlderStemBehindTheNewOneIsALateOne) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    stage.after(seconds(21));
+    const RequestId second = stage.shoot();
+    stage.file("DSC00002.JPG");
+    stage.file("DSC00001.JPG");
+    stage.after(seconds(3));
+    EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
+    EXPECT_EQ(stage.answer_to<Shot>(second).pictures.at(0).camera_name, "DSC00002.JPG");
+}
+
+TEST(BrainAttribution, ALateFileDoesNotCountForAShotFurtherOnEither) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    stage.after(seconds(21));
+    stage.shoot();
+    stage.file("DSC00002.JPG");
+    stage.after(seconds(3));
+    const RequestId third = stage.shoot();
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
+    stage.file("DSC00003.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(third).pictures.at(0).camera_name, "DSC00003.JPG");
+}
+
+TEST(BrainAttribution, ALateFileBetweenTwoShotsIsUnasked) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    stage.after(seconds(21));
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
+}
+
+TEST(BrainAttribution, ACounterThatIsSetBackDoesNotTakeShotsTheirFiles) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    stage.file("DSC00100.JPG");
+    const RequestId second = stage.shoot();
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::complete);
+}
+
+TEST(BrainAttribution, AnUnaskedPairIsAPair) {
+    Stage stage;
+    stage.dial = "both";
+    stage.get_ready();
+    stage.file("DSC00001.ARW");
+    stage.after(seconds(3));
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.pictures().at(0).pair, stage.pictures().at(1).pair);
+}
+
+TEST(BrainAttribution, AShotsNameIsThatOfBothItsHalves) {
+    Wishes wishes;
+    wishes.name = "{camera}";
+    Stage stage(wishes);
+    stage.dial = "both";
+    stage.get_ready();
+    Capture capture;
+    capture.name = "wedding/{n:4}";
+    stage.ask(capture);
+    stage.after(milliseconds(800));
+    stage.file("DSC00001.ARW");
+    stage.file("DSC00001.JPG");
+    stage.file("DSC00002.JPG");
+    const auto places = stage.asked_of_disk<Place>();
+    ASSERT_EQ(places.size(), 3U);
+    EXPECT_EQ(places[0].name, "wedding/{n:4}");
+    EXPECT_EQ(places[1].name, "wedding/{n:4}");
+    EXPECT_EQ(places[2].name, "{camera}");
+}
+
+}  // namespace
+}  // namespace host::brain

@@ -1,0 +1,251 @@
+// Other settings, and another folder, in a running session.
+#include "tests/host/brain/stage.h"
+
+namespace host::brain {
+namespace {
+
+using Lines = std::vector<std::string>;
+using States = std::vector<State>;
+
+Configure destination(SaveDestination value) {
+    Configure configure;
+    configure.save_destination = value;
+    return configure;
+}
+
+Configure type(FileType value) {
+    Configure configure;
+    configure.file_type = value;
+    return configure;
+}
+
+Configure folder(const std::string& value) {
+    Configure configure;
+    configure.folder = value;
+    return configure;
+}
+
+TEST(BrainConfiguring, IsAnsweredWhenAllIsInForce) {
+    Stage stage;
+    stage.get_ready();
+    Configure configure = destination(SaveDestination::both);
+    configure.file_type = FileType::both;
+    const RequestId request = stage.ask(configure);
+    stage.after(milliseconds(1));
+    const auto state = stage.answer_to<SessionState>(request);
+    EXPECT_EQ(state.save_destination.in_force, SaveDestination::both);
+    EXPECT_EQ(state.file_type.in_force, FileType::both);
+    EXPECT_EQ(stage.states(), (States{State::settling, State::ready}));
+}
+
+TEST(BrainConfiguring, IsAnsweredWhenAProblemSaysWhatIsNot) {
+    Stage stage;
+    stage.takes_type = false;
+    stage.get_ready();
+    const RequestId request = stage.ask(type(FileType::raw));
+    stage.after(seconds(2));
+    const auto state = stage.answer_to<SessionState>(request);
+    EXPECT_EQ(state.file_type, (Setting<FileType>{FileType::raw, FileType::jpeg}));
+    EXPECT_EQ(state.problems.at(0).code, Code::file_type_not_taken);
+    stage.takes_type = true;
+    const RequestId again = stage.ask(type(FileType::raw));
+    stage.after(seconds(2));
+    EXPECT_TRUE(stage.answer_to<SessionState>(again).problems.empty());
+}
+
+TEST(BrainConfiguring, DuringAShotItWaitsForItsTurn) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId first = stage.shoot();
+    const RequestId configure = stage.ask(type(FileType::raw));
+    const RequestId second = stage.ask(Capture{});
+    stage.after(seconds(1));
+    EXPECT_FALSE(stage.said("SET_FILE_TYPE|raw"));
+    stage.file("DSC00001.JPG");
+    EXPECT_TRUE(stage.is_answered(first));
+    stage.after(milliseconds(800));
+    EXPECT_TRUE(stage.is_answered(configure));
+    stage.file("DSC00002.ARW");
+    EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::complete);
+    EXPECT_EQ(stage.said(), (Lines{"CAPTURE", "PRIME", "SET_SAVE_DEST|disk", "PRIME",
+                                   "SET_FILE_TYPE|raw", "PRIME", "CAPTURE", "PRIME"}));
+}
+
+TEST(BrainConfiguring, WithoutASessionItIsKeptForTheNext) {
+    Stage stage;
+    stage.get_idle();
+    const RequestId request = stage.ask(type(FileType::raw));
+    EXPECT_EQ(stage.answer_to<SessionState>(request).file_type,
+              (Setting<FileType>{FileType::raw, {}}));
+    stage.get_ready();
+    EXPECT_EQ(stage.state().file_type.in_force, FileType::raw);
+}
+
+TEST(BrainConfiguring, WhileTheSessionIsAwayTheProblemThatHindersItIsTheAnswer) {
+    Stage stage;
+    stage.camera_there = false;
+    stage.ask(Connect{});
+    stage.after(seconds(3));
+    const RequestId request = stage.ask(type(FileType::raw));
+    stage.after(seconds(10));
+    EXPECT_EQ(stage.answer_to<SessionState>(request).problems.at(0).code, Code::camera_not_found);
+}
+
+TEST(BrainConfiguring, ANameIsForTheFilesThatFollow) {
+    Stage stage;
+    stage.get_ready();
+    Configure configure;
+    configure.name = "{date}-{n}";
+    stage.answer_to<SessionState>(stage.ask(configure));
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.asked_of_disk<Place>().at(0).name, "{date}-{n}");
+    EXPECT_EQ(stage.states(), States{}) << "nothing is asked of the camera";
+}
+
+TEST(BrainConfiguring, AnotherFolderIsOpenedAndTheWorkerMovedBehindTheFence) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId request = stage.ask(folder("/new"));
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new");
+    EXPECT_EQ(stage.said(), (Lines{"PRIME", "SET_DOWNLOAD_DIR|/new/.incoming/run-2", "PRIME"}));
+    EXPECT_EQ(stage.asked_of_disk<OpenRun>().at(0).moved_from, "run-1");
+    EXPECT_TRUE(stage.workers().empty()) << "it is the same worker";
+    EXPECT_TRUE(stage.asked_of_disk<CloseFolder>().empty()) << "it may still bring files there";
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.asked_of_disk<Examine>().at(0).run, "run-2");
+}
+
+TEST(BrainConfiguring, TheFolderOfBeforeIsSweptAndClosedWhenTheWorkerHasEnded) {
+    Stage stage;
+    stage.get_ready();
+    stage.ask(folder("/new"));
+    stage.after(milliseconds(1));
+    stage.forget();
+    stage.tell(WorkerEnded{"run-2", EndedBy::gone, 9 + 128});
+    const auto sweeps = stage.asked_of_disk<SweepRun>();
+    ASSERT_EQ(sweeps.size(), 2U);
+    EXPECT_EQ(sweeps[0].run, "run-2");
+    EXPECT_EQ(sweeps[1].run, "run-1");
+    EXPECT_TRUE(sweeps[1].over);
+    EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/shots");
+    EXPECT_EQ(stage.asked_of_disk<OpenRun>().at(0).folder, "/new");
+}
+
+TEST(BrainConfiguring, AFileMeantForTheFolderOfBeforeIsLookedForThere) {
+    Stage stage;
+    stage.get_ready();
+    stage.ask(folder("/new"));
+    stage.after(milliseconds(1));
+    stage.report("DSC00001.JPG");
+    const auto sweeps = stage.asked_of_disk<SweepRun>();
+    ASSERT_EQ(sweeps.size(), 1U);
+    EXPECT_EQ(sweeps[0].run, "run-1");
+    EXPECT_FALSE(sweeps[0].over);
+}
+
+TEST(BrainConfiguring, AFolderThatCannotBeOpenedLeavesTheOldOneInForce) {
+    Stage stage;
+    stage.get_ready();
+    stage.disk_answers = false;
+    const RequestId request = stage.ask(folder("/new"));
+    stage.after(milliseconds(1));
+    stage.answer(FolderNotOpened{stage.asked_of_disk<OpenFolder>().at(0).ticket,
+                                 {Code::folder_not_permitted, "no", {}, {}}});
+    const auto state = stage.answer_to<SessionState>(request);
+    EXPECT_EQ(state.folder, "/shots");
+    EXPECT_EQ(state.problems.at(0).code, Code::folder_not_permitted);
+    EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
+}
+
+TEST(BrainConfiguring, AFolderThatTheSdkRefusesLeavesTheOldOneInForce) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_answers = false;
+    const RequestId request = stage.ask(folder("/new"));
+    stage.hear("PRIME_DONE|OK");
+    stage.hear("DOWNLOAD_DIR|/new/.incoming/run-2");
+    stage.hear("ERROR|Could not set the download folder (0x00008000)");
+    stage.forget();
+    stage.hear("PRIME_DONE|OK");
+    const auto state = stage.answer_to<SessionState>(request);
+    EXPECT_EQ(state.folder, "/shots");
+    EXPECT_EQ(state.problems.at(0).code, Code::folder_not_taken);
+    EXPECT_EQ(state.problems.at(0).sdk, 0x8000U);
+    EXPECT_EQ(stage.said(), (Lines{"SET_DOWNLOAD_DIR|/shots/.incoming/run-1"}));
+    EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-2");
+    EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/new");
+}
+
+TEST(BrainConfiguring, APathThatDoesNotFitInALineIsNotTaken) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId request = stage.ask(folder("/" + std::string(2000, '|')));
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<SessionState>(request).problems.at(0).code, Code::folder_not_taken);
+    EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
+}
+
+TEST(BrainConfiguring, TheSameFolderIsNotOpenedAgain) {
+    Stage stage;
+    stage.get_ready();
+    stage.answer_to<SessionState>(stage.ask(folder("/shots")));
+    EXPECT_TRUE(stage.asked_of_disk<OpenFolder>().empty());
+}
+
+TEST(BrainConfiguring, AFolderThatIsGoneIsOpenedAgainOnDemand) {
+    Stage stage;
+    stage.get_ready();
+    stage.folder_there = false;
+    stage.ask(Capture{});
+    stage.ask(folder("/shots"));
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.asked_of_disk<OpenFolder>().size(), 1U);
+    EXPECT_FALSE(stage.stands(Code::folder_gone));
+}
+
+TEST(BrainConfiguring, AWorkerThatDiesInEachStepOfAMoveIsReplacedAndTheRequestAnswered) {
+    for (int step = 0; step < 4; ++step) {
+        Stage stage;
+        stage.get_ready();
+        stage.worker_answers = false;
+        stage.disk_answers = false;
+        const RequestId request = stage.ask(folder("/new"));
+        if (step >= 1) {
+            stage.hear("PRIME_DONE|OK");  // the folder is being opened
+        }
+        stage.disk_answers = step >= 3;
+        if (step == 2) {
+            FolderOpened opened;
+            opened.ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
+            opened.folder = "/new";
+            stage.answer(opened);  // the run is being made
+        }
+        if (step == 3) {
+            stage.after(milliseconds(1));  // the worker is being moved
+            EXPECT_TRUE(stage.said("SET_DOWNLOAD_DIR|/new/.incoming/run-2"));
+        }
+        stage.worker_answers = true;
+        stage.tell(WorkerEnded{"run-1", EndedBy::gone, 139});
+        stage.disk_answers = true;
+        stage.after(seconds(5));
+        EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new") << step;
+        EXPECT_EQ(stage.state().state, State::ready) << step;
+        EXPECT_EQ(stage.state().folder, "/new") << step;
+    }
+}
+
+TEST(BrainConfiguring, IsAnsweredAfter60SecondsAtTheLatest) {
+    Stage stage;
+    stage.get_ready();
+    stage.disk_answers = false;
+    const RequestId request = stage.ask(folder("/new"));
+    stage.after(seconds(59));
+    EXPECT_FALSE(stage.is_answered(request));
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.answers(request), 1U);
+    EXPECT_EQ(stage.state().folder, "/shots");
+}
+
+}  // namespace
+}  // namespace host::brain

@@ -1,0 +1,181 @@
+// The end: files on their way are waited for, then the ladder; how it ended is told.
+#include "tests/host/brain/stage.h"
+
+namespace host::brain {
+namespace {
+
+using States = std::vector<State>;
+
+TEST(BrainEnding, AnIdleSessionIsEndedWith5SecondsARungAndTellsHow) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId shutdown = stage.ask(Shutdown{});
+    EXPECT_EQ(stage.ladders().at(0).rung, seconds(5));
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{EndedBy::quit, 0}));
+    EXPECT_EQ(stage.states(), (States{State::ending, State::down}));
+    EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-1");
+    EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/shots");
+    EXPECT_EQ(stage.brain.wake_at(), never);
+}
+
+TEST(BrainEnding, FilesOnTheirWayAreWaitedFor) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    const RequestId shutdown = stage.ask(Shutdown{});
+    stage.after(seconds(9));
+    EXPECT_TRUE(stage.ladders().empty());
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+    EXPECT_EQ(stage.ladders().size(), 1U);
+    EXPECT_EQ(stage.answers(shutdown), 1U);
+}
+
+TEST(BrainEnding, FilesOnTheirWayAreWaitedForNoLongerThan10Seconds) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    stage.ask(Shutdown{});
+    stage.after(milliseconds(9'900));
+    EXPECT_TRUE(stage.ladders().empty());
+    stage.after(milliseconds(200));
+    EXPECT_EQ(stage.ladders().size(), 1U);
+    EXPECT_EQ(stage.answer_to<Shot>(capture).problems.at(0).code, Code::cancelled);
+}
+
+TEST(BrainEnding, APatienceOfItsOwnCounts) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    Shutdown shutdown;
+    shutdown.patience = Time{};
+    const RequestId request = stage.ask(shutdown);
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answers(request), 1U);
+}
+
+TEST(BrainEnding, ASecondShutdownSharesTheEndAndMayHastenIt) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    const RequestId first = stage.ask(Shutdown{});
+    Shutdown now;
+    now.patience = Time{};
+    const RequestId second = stage.ask(now);
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<Ended>(first), stage.answer_to<Ended>(second));
+    EXPECT_EQ(stage.ladders().size(), 1U);
+    const RequestId third = stage.ask(Shutdown{});
+    EXPECT_EQ(stage.answer_to<Ended>(third), (Ended{EndedBy::quit, 0}));
+}
+
+TEST(BrainEnding, DuringAnOpeningTheLadderBeginsAtOnce) {
+    Stage stage;
+    stage.camera_answers = false;
+    stage.get_idle();
+    const RequestId connect = stage.ask(Connect{});
+    stage.after(seconds(1));
+    const RequestId shutdown = stage.ask(Shutdown{});
+    EXPECT_EQ(stage.ladders().size(), 1U);
+    EXPECT_EQ(stage.answer_to<Problem>(connect).code, Code::cancelled);
+    EXPECT_EQ(stage.answers(shutdown), 1U);
+}
+
+TEST(BrainEnding, WithoutAWorkerItIsOverAtOnce) {
+    Stage stage;
+    const RequestId shutdown = stage.ask(Shutdown{});
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{EndedBy::gone, 0}));
+}
+
+TEST(BrainEnding, EverythingThatWaitsIsAnswered) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    const RequestId capture = stage.ask(Capture{});
+    Configure raw;
+    raw.file_type = FileType::raw;
+    const RequestId configure = stage.ask(raw);
+    const RequestId disconnect = stage.ask(Disconnect{});
+    const RequestId shutdown = stage.ask(Shutdown{});
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::refused);
+    EXPECT_EQ(stage.answer_to<Problem>(configure).code, Code::cancelled);
+    EXPECT_EQ(stage.answers(disconnect), 1U);
+    stage.after(seconds(11));
+    EXPECT_EQ(stage.answers(shutdown), 1U);
+    const Shot late = stage.answer_to<Shot>(stage.ask(Capture{}));
+    EXPECT_EQ(late.status, ShotStatus::refused);
+    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Connect{})).code, Code::not_connected);
+    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Start{})).code, Code::not_connected);
+    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(raw)).code, Code::not_connected);
+    EXPECT_EQ(stage.answer_to<SessionState>(stage.ask(Disconnect{})).state, State::down);
+}
+
+TEST(BrainEnding, AWorkerThatDiesMeanwhileIsToldAsGone) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    const RequestId shutdown = stage.ask(Shutdown{});
+    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 139});
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{EndedBy::gone, 139}));
+    EXPECT_TRUE(stage.workers().empty());
+}
+
+TEST(BrainEnding, AWorkerThatIsBeingReplacedIsWaitedFor) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_ends = false;
+    stage.tell(WorkerFlooded{stage.run, "much"});
+    const RequestId shutdown = stage.ask(Shutdown{});
+    EXPECT_FALSE(stage.is_answered(shutdown));
+    stage.tell(WorkerEnded{stage.run, EndedBy::sigterm, 143});
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{EndedBy::sigterm, 143}));
+    EXPECT_TRUE(stage.workers().empty());
+}
+
+TEST(BrainEnding, AWorkerThatIsBeingStartedIsEnded) {
+    Stage stage;
+    stage.worker_gets_ready = false;
+    const RequestId start = stage.ask(Start{});
+    const RequestId shutdown = stage.ask(Shutdown{});
+    EXPECT_EQ(stage.answer_to<Problem>(start).code, Code::cancelled);
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown).worker, EndedBy::quit);
+}
+
+TEST(BrainEnding, AFolderThatIsOpenedTooLateIsClosedAgain) {
+    Stage stage;
+    stage.disk_answers = false;
+    stage.ask(Start{});
+    const RequestId shutdown = stage.ask(Shutdown{});
+    EXPECT_EQ(stage.answers(shutdown), 1U);
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.asked_of_disk<CloseFolder>().size(), 1U);
+    EXPECT_TRUE(stage.workers().empty());
+}
+
+TEST(BrainEnding, AWorkerThatNothingEndsIsNamedAndNotWaitedForForEver) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_ends = false;
+    const RequestId shutdown = stage.ask(Shutdown{});
+    stage.after(seconds(16));
+    EXPECT_FALSE(stage.is_answered(shutdown));
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown).worker, EndedBy::sigkill);
+    EXPECT_TRUE(stage.told(Code::worker_hangs));
+}
+
+TEST(BrainEnding, AStuckDiskDoesNotKeepTheEndFromBeingTold) {
+    Stage stage;
+    stage.get_ready();
+    stage.disk_answers = false;
+    const RequestId shutdown = stage.ask(Shutdown{});
+    stage.after(seconds(29));
+    EXPECT_FALSE(stage.is_answered(shutdown));
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.answers(shutdown), 1U);
+    EXPECT_EQ(stage.state().state, State::down);
+}
+
+}  // namespace
+}  // namespace host::brain

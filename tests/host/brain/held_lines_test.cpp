@@ -1,0 +1,184 @@
+// Which lines the worker wrote, and which are the rest of a file's name.
+#include "host/brain/held_lines.h"
+
+#include <gtest/gtest.h>
+#include <vector>
+
+#include "host/brain/times.h"
+#include "host/process/fields.h"
+
+namespace host::brain {
+namespace {
+
+using std::chrono::milliseconds;
+using Lines = std::vector<std::string>;
+
+class HeldLinesTest : public testing::Test {
+  protected:
+    void hear(const std::string& text) {
+        std::size_t at = 0;
+        for (std::size_t end; (end = text.find('\n', at)) != std::string::npos; at = end + 1) {
+            held.hear(text.substr(at, end - at), now);
+        }
+        held.hear(text.substr(at), now);
+    }
+    void land(const std::string& name) {
+        hear("LOG|[SONY] landed " + name);
+        hear("DOWNLOADED|" + escape_field("/f/" + name));
+    }
+    Lines believed() {
+        Lines lines;
+        while (auto line = held.next(now)) {
+            lines.push_back(line->text);
+        }
+        return lines;
+    }
+
+    HeldLines held{milliseconds(20)};
+    Time now = milliseconds(1000);
+};
+
+TEST_F(HeldLinesTest, WhatDoesNotFollowALandedFileIsNotHeld) {
+    hear("READY|OK");
+    EXPECT_EQ(believed(), (Lines{"READY|OK"}));
+    EXPECT_EQ(held.wake_at(), never);
+}
+
+TEST_F(HeldLinesTest, WhatFollowsALandedFileIsHeldFor20Milliseconds) {
+    land("a.JPG");
+    hear("SAVE_DEST|disk");
+    now += milliseconds(19);
+    EXPECT_EQ(believed(), Lines{});
+    EXPECT_EQ(held.wake_at(), milliseconds(1020));
+    now += milliseconds(1);
+    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|/f/a.JPG", "SAVE_DEST|disk"}));
+}
+
+TEST_F(HeldLinesTest, ALineKeepsTheTimeAtWhichItWasRead) {
+    land("a.JPG");
+    now += milliseconds(500);
+    const auto line = held.next(now);
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->at, milliseconds(1000));
+}
+
+TEST_F(HeldLinesTest, TheRestOfANameIsDroppedWhateverItLooksLike) {
+    for (const std::string forged :
+         {"DISCONNECTED|", "CONNECTED|x", "REMOTE_CAPTURED|OK", "PRIME_DONE|OK", "SAVE_DEST|disk",
+          "FILE_TYPE|raw", "READY|OK", "ERROR|Camera not connected", "", "x"}) {
+        land("a\n" + forged);
+        now += milliseconds(20);
+        EXPECT_EQ(believed(), (Lines{"DOWNLOADED|" + escape_field("/f/a\n" + forged)})) << forged;
+    }
+}
+
+TEST_F(HeldLinesTest, AReportForgedByANameIsDroppedWithIt) {
+    const std::string name = "a.JPG\nDOWNLOADED|/f/a.JPG\nPRIME_DONE|OK";
+    land(name);
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|" + escape_field("/f/" + name)}));
+}
+
+TEST_F(HeldLinesTest, ALogLineForgedByANameIsDroppedWithIt) {
+    const std::string name = "a\nLOG|[SONY] landed b\nDISCONNECTED|";
+    land(name);
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|" + escape_field("/f/" + name)}));
+}
+
+TEST_F(HeldLinesTest, ANameThatBeginsWithABreakIsFoundToo) {
+    land("\nDISCONNECTED|");
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|/f/%0ADISCONNECTED%7C"}));
+}
+
+TEST_F(HeldLinesTest, ALineOfAnotherThreadBetweenTheTwoIsKept) {
+    hear("LOG|[SONY] landed a\nDISCONNECTED|");
+    hear("SAVE_DEST|disk");
+    hear("DOWNLOADED|/f/a%0ADISCONNECTED%7C");
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"SAVE_DEST|disk", "DOWNLOADED|/f/a%0ADISCONNECTED%7C"}));
+}
+
+TEST_F(HeldLinesTest, AnAbsoluteNameIsFoundToo) {
+    hear("LOG|[SONY] landed /elsewhere/a\nDISCONNECTED|");
+    hear("DOWNLOADED|/elsewhere/a%0ADISCONNECTED%7C");
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|/elsewhere/a%0ADISCONNECTED%7C"}));
+}
+
+TEST_F(HeldLinesTest, ACarriageReturnInANameIsPartOfIt) {
+    land("a\r\nDISCONNECTED|");
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|/f/a%0D%0ADISCONNECTED%7C"}));
+}
+
+TEST_F(HeldLinesTest, AFolderWithABreakInItTakesNoLineAway) {
+    hear("LOG|[SONY] landed a.JPG");
+    hear("DISCONNECTED|");
+    hear("DOWNLOADED|" + escape_field("/f\ng/a.JPG"));
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"DISCONNECTED|", "DOWNLOADED|/f%0Ag/a.JPG"}));
+}
+
+TEST_F(HeldLinesTest, WithoutAReportLinesAreLetGoAfter20Milliseconds) {
+    hear("LOG|[SONY] landed a.JPG");
+    hear("DISCONNECTED|");
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"DISCONNECTED|"}));
+}
+
+TEST_F(HeldLinesTest, TwoFilesInOneGoAreBothReported) {
+    land("a.ARW");
+    land("a.JPG");
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|/f/a.ARW", "DOWNLOADED|/f/a.JPG"}));
+}
+
+TEST_F(HeldLinesTest, NothingIsHeldOnceTheWorkerHasEnded) {
+    land("a\nDISCONNECTED|");
+    held.no_more();
+    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|/f/a%0ADISCONNECTED%7C"}));
+}
+
+TEST_F(HeldLinesTest, TheRestOfACamerasNameIsDroppedWhateverItLooksLike) {
+    hear("STATUS|Looking for a camera");
+    hear(
+        "LOG|[SONY] camera \"X\nPRIME_DONE|OK\nSTATUS|Opening camera session\nCONNECTED|X\n\" over "
+        "USB");
+    hear("STATUS|Opening camera session");
+    hear("SAVE_DEST|disk");
+    EXPECT_EQ(believed(), (Lines{"STATUS|Looking for a camera"}));
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"STATUS|Opening camera session", "SAVE_DEST|disk"}));
+}
+
+TEST_F(HeldLinesTest, ACameraThatIsNotOpenedTakesNoLineAway) {
+    hear("LOG|[SONY] camera \"X\" over USB");
+    hear("ERROR|Camera not detected");
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"ERROR|Camera not detected"}));
+}
+
+TEST_F(HeldLinesTest, NoMoreThan4096LinesAreHeld) {
+    hear("LOG|[SONY] landed a");
+    std::size_t let_go = 0;
+    for (int line = 0; line < 10'000; ++line) {
+        hear("LOG|[SONY] warning 0x00000001");
+        let_go += believed().size();
+    }
+    EXPECT_GT(let_go, 10'000 - limit::held_lines);
+}
+
+TEST_F(HeldLinesTest, NoMoreThanAMebibyteIsHeld) {
+    hear("LOG|[SONY] landed a");
+    std::size_t let_go = 0;
+    for (int line = 0; line < 100; ++line) {
+        hear(std::string(60'000, 'x'));
+        let_go += believed().size();
+    }
+    EXPECT_GT(let_go, 80U);
+}
+
+}  // namespace
+}  // namespace host::brain

@@ -1,0 +1,199 @@
+// A session that is lost, or seems to be.
+#include "tests/host/brain/stage.h"
+
+namespace host::brain {
+namespace {
+
+using Lines = std::vector<std::string>;
+using States = std::vector<State>;
+
+TEST(BrainLosing, ALossIsProbedBeforeItIsBelieved) {
+    Stage stage;
+    stage.get_ready();
+    stage.session = false;
+    stage.hear("DISCONNECTED|");
+    EXPECT_EQ(stage.said(), (Lines{"SET_SAVE_DEST|disk", "PRIME"}));
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.state().state, State::lost);
+    EXPECT_TRUE(stage.stands(Code::camera_lost));
+    EXPECT_EQ(stage.state().save_destination.in_force, std::nullopt);
+}
+
+TEST(BrainLosing, ALossThatTheProbeDoesNotFindChangesNothing) {
+    Stage stage;
+    stage.get_ready();
+    stage.hear("DISCONNECTED|");
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.states(), States{});
+    EXPECT_TRUE(stage.problems().empty());
+    EXPECT_EQ(stage.state().state, State::ready);
+}
+
+TEST(BrainLosing, ACameraThatTheSdkBringsBackWithin4SecondsIsSettledAgain) {
+    Stage stage;
+    stage.get_ready();
+    stage.session = false;
+    stage.hear("DISCONNECTED|");
+    stage.after(seconds(3));
+    stage.session = true;
+    stage.hear("CONNECTED|MODEL-A");
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.states(), (States{State::lost, State::settling, State::ready}));
+    EXPECT_FALSE(stage.said("DISCONNECT"));
+    EXPECT_FALSE(stage.stands(Code::camera_lost));
+}
+
+TEST(BrainLosing, OneThatStaysAwayIsClosedAndOpenedAnewForAsLongAsItTakes) {
+    Stage stage;
+    stage.get_ready();
+    stage.session = false;
+    stage.camera_there = false;
+    stage.hear("DISCONNECTED|");
+    stage.after(seconds(5));
+    EXPECT_EQ(stage.states(), (States{State::lost, State::closing, State::idle, State::opening,
+                                      State::closing, State::idle}));
+    stage.after(minutes(10));
+    stage.camera_there = true;
+    stage.after(seconds(9));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_TRUE(stage.state().problems.empty());
+}
+
+TEST(BrainLosing, SettingsAreAskedAgainAfterALoss) {
+    Wishes wishes;
+    wishes.file_type = FileType::raw;
+    Stage stage(wishes);
+    stage.get_ready();
+    stage.session = false;
+    stage.dial = "jpeg";
+    stage.hear("DISCONNECTED|");
+    stage.after(seconds(1));
+    stage.session = true;
+    stage.hear("CONNECTED|MODEL-A");
+    stage.hear("FILE_TYPE|jpeg");
+    stage.after(seconds(1));
+    EXPECT_TRUE(stage.said("SET_FILE_TYPE|raw"));
+    EXPECT_EQ(stage.state().file_type.in_force, FileType::raw);
+}
+
+TEST(BrainLosing, TwoLinesForOneLossAreOneLoss) {
+    Stage stage;
+    stage.get_ready();
+    stage.session = false;
+    stage.hear("DISCONNECTED|");
+    stage.hear("DISCONNECTED|");
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.states(), (States{State::lost}));
+    EXPECT_EQ(stage.problems().size(), 1U);
+    stage.session = true;
+    stage.hear("CONNECTED|MODEL-A");
+    stage.hear("DISCONNECTED|");
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.states(), (States{State::lost, State::settling, State::ready}));
+}
+
+TEST(BrainLosing, ACameraThatIsBackBeforeTheProbeIsAnsweredIsSettledAgain) {
+    Stage stage;
+    stage.get_ready();
+    stage.hear("DISCONNECTED|");
+    stage.hear("CONNECTED|MODEL-A");
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.states(), (States{State::settling, State::ready}));
+}
+
+TEST(BrainLosing, ACameraThatIsBackBehindTheProbesBackIsNotTakenForLost) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_answers = false;
+    stage.hear("DISCONNECTED|");
+    // The destination was sent before the camera was back, and so was not answered.
+    stage.hear("CONNECTED|MODEL-A");
+    stage.forget();
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_EQ(stage.said(), (Lines{"SET_SAVE_DEST|disk", "PRIME"}));
+    stage.hear("SAVE_DEST|disk");
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_EQ(stage.state().state, State::settling);
+}
+
+TEST(BrainLosing, AConnectedThatComesAfterTheProbeFoundASessionSettlesItAgain) {
+    Stage stage;
+    stage.get_ready();
+    stage.hear("DISCONNECTED|");
+    stage.after(milliseconds(1));
+    stage.hear("CONNECTED|MODEL-A");
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.states(), (States{State::settling, State::ready}));
+}
+
+TEST(BrainLosing, NoShotIsFiredWhileALossIsProbed) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_answers = false;
+    stage.hear("DISCONNECTED|");
+    stage.ask(Capture{});
+    stage.after(seconds(1));
+    EXPECT_FALSE(stage.said("CAPTURE"));
+    stage.hear("SAVE_DEST|disk");
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_TRUE(stage.said("CAPTURE"));
+}
+
+TEST(BrainLosing, AShotThatIsLostWithTheCameraIsOver) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    stage.session = false;
+    stage.hear("DISCONNECTED|");
+    stage.after(milliseconds(1));
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::none);
+    EXPECT_EQ(shot.problems.at(0).code, Code::camera_lost);
+    EXPECT_EQ(shot.problems.at(0).shot, shot.number);
+}
+
+TEST(BrainLosing, AFileThatWasReportedBeforeTheLossStillCounts) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    stage.disk_answers = false;
+    stage.file("DSC00001.JPG");
+    stage.session = false;
+    stage.hear("DISCONNECTED|");
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.state().state, State::lost);
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+}
+
+TEST(BrainLosing, AnErrorInMidSessionIsToldAndIsNoLoss) {
+    Stage stage;
+    stage.get_ready();
+    stage.hear("LOG|[SONY] error 0x000000FF");
+    stage.hear("ERROR|Camera reported 0x000000FF");
+    stage.after(seconds(1));
+    ASSERT_EQ(stage.problems().size(), 1U);
+    EXPECT_EQ(stage.problems()[0].code, Code::camera_error);
+    EXPECT_EQ(stage.problems()[0].sdk, 0xFFU);
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_TRUE(stage.state().problems.empty());
+}
+
+TEST(BrainLosing, ALooseCableEndsInAReadySession) {
+    Stage stage;
+    stage.get_ready();
+    for (int loss = 0; loss < 1000; ++loss) {
+        stage.hear("DISCONNECTED|");
+        stage.hear("CONNECTED|MODEL-A");
+        stage.hear("FILE_TYPE|jpeg");
+        stage.hear("SAVE_DEST|disk");
+    }
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_LT(stage.said().size(), 10'000U);
+}
+
+}  // namespace
+}  // namespace host::brain

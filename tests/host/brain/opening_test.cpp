@@ -1,0 +1,244 @@
+// A session with a camera, and every way in which it does not come.
+#include "tests/host/brain/stage.h"
+
+namespace host::brain {
+namespace {
+
+using Lines = std::vector<std::string>;
+using States = std::vector<State>;
+
+TEST(BrainOpening, NoCameraIsAProblemAndTriedAgainWithABackOff) {
+    Stage stage;
+    stage.camera_there = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    std::vector<Time> tries;
+    const Time begin = stage.now;
+    for (std::size_t seen = 0; stage.now < begin + seconds(40);) {
+        std::size_t connects = 0;
+        for (const std::string& line : stage.said()) {
+            connects += line == "CONNECT" ? 1 : 0;
+        }
+        for (; seen < connects; ++seen) {
+            tries.push_back(stage.now - begin);
+        }
+        stage.after(milliseconds(100));
+    }
+    EXPECT_EQ(tries, (std::vector<Time>{{},
+                                        milliseconds(500),
+                                        milliseconds(1500),
+                                        milliseconds(3500),
+                                        milliseconds(7500),
+                                        milliseconds(15500),
+                                        milliseconds(23500),
+                                        milliseconds(31500),
+                                        milliseconds(39500)}));
+    EXPECT_TRUE(stage.stands(Code::camera_not_found));
+    EXPECT_EQ(stage.problems().size(), 1U) << "the same problem is told once";
+    stage.camera_there = true;
+    stage.after(seconds(8));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_FALSE(stage.stands(Code::camera_not_found));
+}
+
+TEST(BrainOpening, AFailedOpeningIsClosedAndFencedBeforeTheNext) {
+    Stage stage;
+    stage.camera_there = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(milliseconds(100));
+    EXPECT_EQ(stage.said(), (Lines{"CONNECT", "PRIME", "DISCONNECT", "PRIME"}));
+    EXPECT_EQ(stage.states(), (States{State::opening, State::closing, State::idle}));
+}
+
+TEST(BrainOpening, ConnectIsAnsweredAfter60SecondsByWhatStandsInTheWayAndGoesOnTrying) {
+    Stage stage;
+    stage.camera_there = false;
+    const RequestId connect = stage.ask(Connect{});
+    stage.after(seconds(59));
+    EXPECT_FALSE(stage.is_answered(connect));
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.answer_to<Problem>(connect).code, Code::camera_not_found);
+    stage.camera_there = true;
+    stage.after(seconds(9));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_EQ(stage.answers(connect), 1U);
+}
+
+TEST(BrainOpening, ACameraThatRefusesIsToldWithItsCode) {
+    Stage stage;
+    stage.camera_answers = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(milliseconds(50));
+    stage.hear("ERROR|Could not open the camera (0x00008208)");
+    EXPECT_EQ(stage.standing(Code::camera_refused).sdk, 0x8208U);
+    EXPECT_TRUE(stage.said("DISCONNECT"));
+}
+
+TEST(BrainOpening, AnErrorWhileOpeningIsAnsweredByDisconnect) {
+    Stage stage;
+    stage.camera_answers = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(milliseconds(50));
+    stage.hear("LOG|[SONY] error 0x000000FF");
+    stage.hear("ERROR|Camera reported 0x000000FF");
+    EXPECT_EQ(stage.standing(Code::camera_error).sdk, 0xFFU);
+    EXPECT_TRUE(stage.said("DISCONNECT"));
+}
+
+TEST(BrainOpening, ACameraThatGoesAwayWhileItIsOpenedIsGivenBack) {
+    Stage stage;
+    stage.camera_answers = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(milliseconds(50));
+    stage.hear("DISCONNECTED|");
+    EXPECT_TRUE(stage.stands(Code::camera_lost));
+    EXPECT_TRUE(stage.said("DISCONNECT"));
+}
+
+TEST(BrainOpening, SilenceIsGivenUpAfter30Seconds) {
+    Stage stage;
+    stage.camera_answers = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(seconds(29));
+    EXPECT_EQ(stage.state().state, State::opening);
+    stage.after(seconds(2));
+    EXPECT_TRUE(stage.stands(Code::camera_no_answer));
+    EXPECT_TRUE(stage.said("DISCONNECT"));
+}
+
+TEST(BrainOpening, AConnectedThatCrossesTheTimeOutLeadsToASessionAllTheSame) {
+    Stage stage;
+    stage.camera_answers = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(seconds(20));
+    stage.hear("ERROR|Could not open the camera (timeout) — replug the camera");
+    EXPECT_TRUE(stage.stands(Code::camera_no_answer));
+    stage.camera_answers = true;
+    stage.hear("CONNECTED|MODEL-A");
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_TRUE(stage.state().problems.empty());
+}
+
+TEST(BrainOpening, AHandleThatIsOutAlreadyIsGivenBackWhenNoSessionAnswers) {
+    Stage stage;
+    stage.camera_answers = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(milliseconds(50));
+    stage.hear("CONNECTED|already");
+    stage.camera_answers = true;
+    stage.after(seconds(2));
+    EXPECT_TRUE(stage.said("DISCONNECT"));
+    EXPECT_EQ(stage.state().state, State::ready);
+}
+
+TEST(BrainOpening, ASessionThatIsUpAlreadyIsTaken) {
+    Stage stage;
+    stage.camera_answers = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(milliseconds(50));
+    stage.session = true;
+    stage.hear("CONNECTED|already");
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_FALSE(stage.said("DISCONNECT"));
+}
+
+TEST(BrainOpening, ACameraNameThatForgesAnAnswerComesToNothing) {
+    for (const std::string forged :
+         {"CONNECTED|x", "ERROR|Camera not detected", "DISCONNECTED|", "SAVE_DEST|card",
+          "FILE_TYPE|raw", "PRIME_DONE|OK", "ERROR|Could not open the camera (0x00000001)"}) {
+        Stage stage;
+        stage.get_idle();
+        stage.camera_name = "X\n" + forged + "\nY";
+        stage.ask(Connect{});
+        // The worker's log line is split by the name; everything else goes on as usual.
+        stage.after(seconds(3));
+        EXPECT_EQ(stage.state().state, State::ready) << forged;
+        EXPECT_EQ(stage.state().camera, stage.camera_name) << forged;
+        EXPECT_EQ(stage.state().save_destination.in_force, SaveDestination::disk) << forged;
+        EXPECT_EQ(stage.state().file_type.in_force, FileType::jpeg) << forged;
+    }
+}
+
+TEST(BrainOpening, ACameraNameThatForgesAWholeSessionIsFoundByTheProbe) {
+    Stage stage;
+    stage.camera_answers = false;
+    stage.get_idle();
+    stage.camera_name = "X\nPRIME_DONE|OK\nCONNECTED|X\nSAVE_DEST|disk\nFILE_TYPE|jpeg\n";
+    const RequestId connect = stage.ask(Connect{});
+    stage.after(seconds(5));
+    EXPECT_NE(stage.state().state, State::ready);
+    EXPECT_FALSE(stage.is_answered(connect));
+    // The real answer comes after all.
+    stage.session = true;
+    stage.hear("CONNECTED|X");
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.state().state, State::ready);
+}
+
+TEST(BrainOpening, DisconnectWhileOpeningClosesAtOnce) {
+    Stage stage;
+    stage.camera_answers = false;
+    stage.get_idle();
+    const RequestId connect = stage.ask(Connect{});
+    stage.after(seconds(1));
+    const RequestId disconnect = stage.ask(Disconnect{});
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<Problem>(connect).code, Code::cancelled);
+    EXPECT_EQ(stage.answer_to<SessionState>(disconnect).state, State::idle);
+    stage.after(seconds(20));
+    EXPECT_EQ(stage.state().state, State::idle) << "nothing is tried again";
+}
+
+TEST(BrainOpening, DisconnectIsAnsweredInEveryState) {
+    {
+        Stage stage;
+        EXPECT_EQ(stage.answer_to<SessionState>(stage.ask(Disconnect{})).state, State::down);
+    }
+    {
+        Stage stage;
+        stage.get_idle();
+        EXPECT_EQ(stage.answer_to<SessionState>(stage.ask(Disconnect{})).state, State::idle);
+    }
+    {
+        Stage stage;
+        stage.get_ready();
+        const RequestId request = stage.ask(Disconnect{});
+        stage.after(milliseconds(1));
+        EXPECT_EQ(stage.answer_to<SessionState>(request).state, State::idle);
+    }
+}
+
+TEST(BrainOpening, DisconnectWaitsForTheShotButNotForLong) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    const RequestId disconnect = stage.ask(Disconnect{});
+    stage.after(seconds(9));
+    EXPECT_FALSE(stage.said("DISCONNECT"));
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::none);
+    EXPECT_EQ(stage.answer_to<SessionState>(disconnect).state, State::idle);
+}
+
+TEST(BrainOpening, DisconnectOfAHangingWorkerIsAnsweredIn20Seconds) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_answers = false;
+    stage.worker_ends = false;
+    const RequestId disconnect = stage.ask(Disconnect{});
+    stage.after(seconds(21));
+    EXPECT_EQ(stage.answers(disconnect), 1U);
+}
+
+}  // namespace
+}  // namespace host::brain

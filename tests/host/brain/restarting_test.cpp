@@ -1,0 +1,247 @@
+// Workers that die, hang and flood, in every state.
+#include "tests/host/brain/stage.h"
+
+namespace host::brain {
+namespace {
+
+using States = std::vector<State>;
+
+// A stage in that state, with a camera wanted.
+void bring(Stage& stage, State state) {
+    switch (state) {
+        case State::starting:
+            stage.worker_gets_ready = false;
+            stage.ask(Connect{});
+            break;
+        case State::idle:
+            stage.camera_there = false;
+            stage.ask(Connect{});
+            break;
+        case State::opening:
+            stage.camera_answers = false;
+            stage.ask(Connect{});
+            break;
+        case State::settling:
+            stage.takes_destination = false;
+            stage.ask(Connect{});
+            break;
+        case State::lost:
+            stage.get_ready();
+            stage.session = false;
+            stage.hear("DISCONNECTED|");
+            break;
+        case State::closing:
+            stage.get_ready();
+            stage.worker_answers = false;
+            stage.hear("DISCONNECTED|");
+            stage.hear("PRIME_DONE|OK");
+            stage.after(milliseconds(4001));
+            break;
+        case State::ready:
+        case State::down:
+        case State::ending:
+            stage.get_ready();
+            break;
+    }
+    if (state != State::ready && state != State::closing) {
+        stage.after(milliseconds(30));
+    }
+    ASSERT_EQ(word(stage.state().state), word(state));
+}
+
+constexpr State with_a_worker[] = {State::starting, State::idle, State::opening, State::settling,
+                                   State::ready,    State::lost, State::closing};
+
+void heal(Stage& stage) {
+    stage.worker_gets_ready = true;
+    stage.worker_answers = true;
+    stage.worker_ends = true;
+    stage.camera_there = true;
+    stage.camera_answers = true;
+    stage.takes_destination = true;
+}
+
+TEST(BrainRestarting, AWorkerThatDiesInAnyStateIsReplacedAndTheSessionComesBack) {
+    for (const State state : with_a_worker) {
+        Stage stage;
+        bring(stage, state);
+        heal(stage);
+        stage.forget();
+        stage.tell(WorkerEnded{stage.run, EndedBy::gone, 139});
+        stage.after(seconds(10));
+        EXPECT_EQ(stage.state().state, State::ready) << word(state);
+        EXPECT_EQ(stage.state().restarts, 1U) << word(state);
+        EXPECT_TRUE(stage.state().problems.empty()) << word(state);
+        EXPECT_TRUE(
+            stage.told(state == State::starting ? Code::worker_not_starting : Code::worker_gone))
+            << word(state);
+        EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-1") << word(state);
+        EXPECT_EQ(stage.workers().size(), 1U) << word(state);
+    }
+}
+
+TEST(BrainRestarting, AWorkerThatHangsInAnyStateIsEndedWith1SecondARungAndReplaced) {
+    for (const State state : {State::idle, State::opening, State::settling, State::ready,
+                              State::lost, State::closing}) {
+        Stage stage;
+        bring(stage, state);
+        stage.worker_answers = false;
+        stage.forget();
+        stage.after(seconds(21));
+        heal(stage);
+        stage.after(seconds(25));
+        ASSERT_FALSE(stage.ladders().empty()) << word(state);
+        EXPECT_EQ(stage.ladders()[0].rung, seconds(1)) << word(state);
+        EXPECT_EQ(stage.ladders()[0].run, "run-1") << word(state);
+        EXPECT_TRUE(stage.told(Code::worker_hangs)) << word(state);
+        EXPECT_EQ(stage.state().state, State::ready) << word(state);
+    }
+}
+
+TEST(BrainRestarting, AnIdleSessionIsFencedEvery5Seconds) {
+    Stage stage;
+    stage.get_ready();
+    stage.after(seconds(51));
+    EXPECT_EQ(stage.said(), std::vector<std::string>(10, "PRIME"));
+}
+
+TEST(BrainRestarting, AWorkerThatFloodsIsReplaced) {
+    Stage stage;
+    stage.get_ready();
+    stage.tell(WorkerFlooded{stage.run, "50,000 lines in 1 s"});
+    stage.after(seconds(1));
+    EXPECT_TRUE(stage.told(Code::worker_floods));
+    EXPECT_EQ(stage.ladders().at(0).rung, seconds(1));
+    EXPECT_EQ(stage.state().state, State::ready);
+}
+
+TEST(BrainRestarting, AWorkerThatTakesNoCommandsIsReplaced) {
+    Stage stage;
+    stage.get_ready();
+    stage.tell(WorkerInputFull{stage.run});
+    stage.after(seconds(1));
+    EXPECT_TRUE(stage.told(Code::worker_hangs));
+    EXPECT_EQ(stage.state().state, State::ready);
+}
+
+TEST(BrainRestarting, ALineThatIsTooLongIsAProblemAndNoReasonToEndTheWorker) {
+    Stage stage;
+    stage.get_ready();
+    stage.tell(LineTooLong{stage.run});
+    EXPECT_TRUE(stage.told(Code::worker_floods));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_TRUE(stage.ladders().empty());
+}
+
+TEST(BrainRestarting, TheSixthLossIn3MinutesMeansDownWithOneProblemAndATryAMinute) {
+    Stage stage;
+    stage.get_ready();
+    for (int loss = 0; loss < 5; ++loss) {
+        stage.tell(WorkerEnded{stage.run, EndedBy::gone, 139});
+        stage.after(seconds(5));
+        EXPECT_EQ(stage.state().state, State::ready) << loss;
+    }
+    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 139});
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.state().state, State::down);
+    ASSERT_EQ(stage.state().problems.size(), 1U);
+    EXPECT_EQ(stage.state().problems[0].code, Code::worker_gone);
+    EXPECT_NE(stage.state().problems[0].text.find("signal 11"), std::string::npos);
+    stage.after(seconds(58));
+    EXPECT_EQ(stage.state().state, State::down);
+    stage.after(seconds(3));
+    EXPECT_EQ(stage.state().state, State::ready) << "an unattended booth heals";
+    EXPECT_EQ(stage.state().restarts, 6U);
+    EXPECT_TRUE(stage.state().problems.empty());
+}
+
+TEST(BrainRestarting, ConnectTriesAtOnceAfterTooManyLosses) {
+    Stage stage;
+    stage.get_ready();
+    for (int loss = 0; loss < 6; ++loss) {
+        stage.tell(WorkerEnded{stage.run, EndedBy::gone, 1});
+        stage.after(seconds(2));
+    }
+    EXPECT_EQ(stage.state().state, State::down);
+    const RequestId connect = stage.ask(Connect{});
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.answer_to<SessionState>(connect).state, State::ready);
+}
+
+TEST(BrainRestarting, AShotThatTheWorkerDiesInIsOverAndNotFiredAgain) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId fired = stage.shoot("1");
+    const RequestId queued = stage.ask(Capture{});
+    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 137});
+    const Shot shot = stage.answer_to<Shot>(fired);
+    EXPECT_EQ(shot.status, ShotStatus::none);
+    EXPECT_EQ(shot.problems.at(0).code, Code::worker_gone);
+    stage.after(seconds(2));
+    stage.file("DSC00007.JPG");
+    stage.after(seconds(3));
+    EXPECT_EQ(stage.answer_to<Shot>(queued).status, ShotStatus::complete)
+        << "the next one is fired by the new worker";
+}
+
+TEST(BrainRestarting, FilesThatWereReportedBeforeTheEndAreNotLeftToTheSweep) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    stage.disk_answers = false;
+    stage.say_landed("DSC00001.JPG", "/shots/.incoming/run-1/");
+    stage.staged.insert("DSC00001.JPG");
+    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 137});
+    EXPECT_TRUE(stage.asked_of_disk<SweepRun>().empty());
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+    EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-1");
+}
+
+TEST(BrainRestarting, WhatTheSweepBringsInIsTold) {
+    Stage stage;
+    stage.get_ready();
+    stage.disk_answers = false;
+    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 137});
+    Picture found;
+    found.id = "found";
+    found.recovered = true;
+    stage.answer(RunSwept{stage.asked_of_disk<SweepRun>().at(0).ticket, {found}, {}});
+    EXPECT_EQ(stage.pictures().at(0).id, "found");
+    EXPECT_EQ(stage.asked_of_disk<Told>().at(0).id, "found");
+}
+
+TEST(BrainRestarting, AWorkerThatSurvivesSigkillIsNamedByItsNumberAndReplaced) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_ends = false;
+    stage.tell(WorkerFlooded{stage.run, "much"});
+    EXPECT_EQ(stage.state().state, State::starting);
+    stage.after(seconds(6));
+    EXPECT_EQ(stage.state().state, State::ready);
+    bool named = false;
+    for (const Problem& problem : stage.problems()) {
+        named = named || problem.text.find("4711") != std::string::npos;
+    }
+    EXPECT_TRUE(named);
+    EXPECT_EQ(stage.workers().size(), 1U);
+    stage.tell(WorkerEnded{"run-1", EndedBy::sigkill, 137});
+    EXPECT_EQ(stage.state().state, State::ready);
+}
+
+TEST(BrainRestarting, AStemOfTheWorkerBeforeIsAnotherPicture) {
+    Stage stage;
+    stage.dial = "both";
+    stage.get_ready();
+    stage.file("DSC00001.ARW");
+    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 1});
+    stage.after(seconds(2));
+    stage.file("DSC00001.JPG");
+    const auto pictures = stage.pictures();
+    ASSERT_EQ(pictures.size(), 2U);
+    EXPECT_NE(pictures[0].pair, pictures[1].pair);
+}
+
+}  // namespace
+}  // namespace host::brain

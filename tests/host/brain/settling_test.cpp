@@ -1,0 +1,143 @@
+// Destination and type in force are what was asked, or a problem says which is not.
+#include "tests/host/brain/stage.h"
+
+namespace host::brain {
+namespace {
+
+using Lines = std::vector<std::string>;
+using States = std::vector<State>;
+
+Wishes wishes(SaveDestination destination, std::optional<FileType> type = {}) {
+    Wishes all;
+    all.save_destination = destination;
+    all.file_type = type;
+    return all;
+}
+
+TEST(BrainSettling, TheCamerasOwnTypeIsLeftAloneWhenNoneWasAsked) {
+    Stage stage;
+    stage.dial = "raw";
+    stage.get_ready();
+    EXPECT_EQ(stage.state().file_type, (Setting<FileType>{{}, FileType::raw}));
+}
+
+TEST(BrainSettling, TheTypeIsAskedBeforeTheSessionIsReady) {
+    Stage stage(wishes(SaveDestination::both, FileType::both));
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.said(), (Lines{"CONNECT", "PRIME", "SET_SAVE_DEST|both", "PRIME",
+                                   "SET_FILE_TYPE|both", "PRIME"}));
+    EXPECT_EQ(stage.state().file_type.in_force, FileType::both);
+}
+
+TEST(BrainSettling, ADestinationThatIsRefusedIsAskedFiveTimesThenAProblemWithTheCode) {
+    Stage stage;
+    stage.takes_destination = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(milliseconds(1210));
+    EXPECT_EQ(stage.state().state, State::settling);
+    EXPECT_FALSE(stage.told(Code::destination_not_taken));
+    stage.after(milliseconds(20));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_EQ(stage.standing(Code::destination_not_taken).sdk, 0x8000U);
+    EXPECT_EQ(stage.state().save_destination,
+              (Setting<SaveDestination>{SaveDestination::disk, {}}));
+    std::size_t asked = 0;
+    for (const std::string& line : stage.said()) {
+        asked += line == "SET_SAVE_DEST|disk" ? 1 : 0;
+    }
+    EXPECT_EQ(asked, 5U);
+}
+
+TEST(BrainSettling, ATypeThatIsRefusedIsAskedFiveTimesThenAProblemWithTheCode) {
+    Stage stage(wishes(SaveDestination::disk, FileType::raw));
+    stage.takes_type = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_EQ(stage.standing(Code::file_type_not_taken).sdk, 0x8402U);
+    EXPECT_EQ(stage.state().file_type, (Setting<FileType>{FileType::raw, FileType::jpeg}));
+    std::size_t asked = 0;
+    for (const std::string& line : stage.said()) {
+        asked += line == "SET_FILE_TYPE|raw" ? 1 : 0;
+    }
+    EXPECT_EQ(asked, 5U);
+}
+
+TEST(BrainSettling, AMissingCardIsToldAndWhatIsInForceIsToldApart) {
+    Stage stage(wishes(SaveDestination::both));
+    stage.card = false;
+    stage.get_ready();
+    EXPECT_TRUE(stage.stands(Code::card_missing));
+    EXPECT_FALSE(stage.stands(Code::destination_not_taken));
+    EXPECT_EQ(stage.state().save_destination,
+              (Setting<SaveDestination>{SaveDestination::both, SaveDestination::disk}));
+}
+
+TEST(BrainSettling, ACardThatComesOutInMidShootIsToldAndClearedWhenOneGoesIn) {
+    Stage stage(wishes(SaveDestination::both));
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    stage.hear("LOG|[SONY] the memory card came out");
+    stage.hear("STATUS|No memory card in the camera — saving to the computer only");
+    stage.hear("SAVE_DEST|disk");
+    EXPECT_TRUE(stage.stands(Code::card_missing));
+    EXPECT_EQ(stage.state().save_destination.in_force, SaveDestination::disk);
+    EXPECT_EQ(stage.state().state, State::ready);
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+    stage.hear("SAVE_DEST|both");
+    EXPECT_FALSE(stage.stands(Code::card_missing));
+    EXPECT_EQ(stage.state().save_destination.in_force, SaveDestination::both);
+}
+
+TEST(BrainSettling, ADialThatAPersonTurnsIsShownAndNotTurnedBack) {
+    Stage stage(wishes(SaveDestination::disk, FileType::jpeg));
+    stage.get_ready();
+    stage.hear("FILE_TYPE|other");
+    EXPECT_EQ(stage.state().file_type, (Setting<FileType>{FileType::jpeg, FileType::other}));
+    stage.after(seconds(30));
+    EXPECT_FALSE(stage.said("SET_FILE_TYPE|jpeg"));
+    EXPECT_TRUE(stage.state().problems.empty());
+}
+
+TEST(BrainSettling, ADestinationThatIsRefusedInMidSessionIsAProblem) {
+    Stage stage(wishes(SaveDestination::both));
+    stage.get_ready();
+    stage.hear("LOG|[SONY] a memory card went in");
+    stage.hear(
+        "LOG|[SONY] could not set the save destination (0x00008000) — the camera keeps its "
+        "own setting");
+    EXPECT_EQ(stage.standing(Code::destination_not_taken).sdk, 0x8000U);
+}
+
+TEST(BrainSettling, ALossWhileSettlingIsAskedAboutAndFound) {
+    Stage stage;
+    stage.get_idle();
+    stage.worker_answers = false;
+    stage.ask(Connect{});
+    stage.after(milliseconds(1));
+    stage.hear("PRIME_DONE|OK");
+    stage.hear("CONNECTED|MODEL-A");
+    stage.forget();
+    stage.hear("SAVE_DEST|disk");
+    stage.hear("DISCONNECTED|");
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_EQ(stage.said(), (Lines{"SET_SAVE_DEST|disk", "PRIME"})) << "asked once more";
+    stage.hear("SAVE_DEST|disk");
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_EQ(stage.state().state, State::ready) << "it was a name's";
+}
+
+TEST(BrainSettling, TheFolderThatTheSdkDoesNotTakeIsAProblem) {
+    Stage stage;
+    stage.get_ready();
+    stage.hear("ERROR|Could not set the download folder (0x00008000)");
+    EXPECT_EQ(stage.standing(Code::folder_not_taken).sdk, 0x8000U);
+}
+
+}  // namespace
+}  // namespace host::brain

@@ -1,0 +1,519 @@
+// A shot from the request to its last file.
+#include "tests/host/brain/stage.h"
+
+namespace host::brain {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Capture tagged(const std::string& tag) {
+    Capture capture;
+    capture.tag = tag;
+    return capture;
+}
+
+Stage& with_dial(Stage& stage, const std::string& dial) {
+    stage.dial = dial;
+    stage.get_ready();
+    return stage;
+}
+
+std::size_t captures(Stage& stage) {
+    std::size_t count = 0;
+    for (const std::string& line : stage.said()) {
+        count += line == "CAPTURE" ? 1 : 0;
+    }
+    return count;
+}
+
+TEST(BrainShots, ACaptureIsFiredAndCompleteWhenItsFileIsInItsPlace) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.shoot("portrait");
+    EXPECT_EQ(stage.said(), (Lines{"CAPTURE", "PRIME"}));
+    EXPECT_EQ(stage.shots().at(0).status, ShotStatus::fired);
+    EXPECT_EQ(stage.shots().at(0).fired_at.substr(0, 11), "2023-11-14T");
+    stage.file("DSC00001.JPG");
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.number, 1U);
+    EXPECT_EQ(shot.tag, "portrait");
+    EXPECT_EQ(shot.status, ShotStatus::complete);
+    ASSERT_EQ(shot.pictures.size(), 1U);
+    EXPECT_EQ(shot.pictures[0].shot, 1U);
+    EXPECT_EQ(shot.pictures[0].tag, "portrait");
+    EXPECT_EQ(shot.pictures[0].after, milliseconds(800));
+    EXPECT_EQ(stage.pictures(), shot.pictures);
+    EXPECT_EQ(stage.asked_of_disk<Told>().at(0).id, shot.pictures[0].id);
+    EXPECT_EQ(stage.shots().back(), shot);
+    EXPECT_TRUE(shot.problems.empty());
+}
+
+TEST(BrainShots, TheFolderIsLookedAtBeforeEachShot) {
+    Stage stage;
+    stage.get_ready();
+    stage.folder_there = false;
+    const RequestId capture = stage.ask(Capture{});
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::refused);
+    EXPECT_EQ(shot.problems.at(0).code, Code::folder_gone);
+    EXPECT_TRUE(stage.stands(Code::folder_gone));
+    EXPECT_EQ(captures(stage), 0U);
+    stage.folder_there = true;
+    stage.ask(Capture{});
+    stage.after(milliseconds(1));
+    EXPECT_FALSE(stage.stands(Code::folder_gone));
+    EXPECT_EQ(captures(stage), 1U);
+}
+
+TEST(BrainShots, APairIsCompleteWhenBothHalvesAreThere) {
+    Stage stage;
+    with_dial(stage, "both");
+    const RequestId capture = stage.shoot();
+    stage.file("DSC00001.ARW");
+    stage.after(seconds(10));
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.file("DSC00001.JPG");
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::complete);
+    ASSERT_EQ(shot.pictures.size(), 2U);
+    EXPECT_EQ(shot.pictures[0].pair, shot.pictures[1].pair);
+    EXPECT_FALSE(shot.pictures[0].pair.empty());
+}
+
+TEST(BrainShots, APairInTheOtherOrderIsCompleteToo) {
+    Stage stage;
+    with_dial(stage, "both");
+    const RequestId capture = stage.shoot();
+    stage.file("DSC00001.JPG");
+    stage.file("DSC00001.ARW");
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+}
+
+TEST(BrainShots, AHalfThatDoesNotComeIsMissedAfterThePatience) {
+    Stage stage;
+    with_dial(stage, "both");
+    const RequestId capture = stage.shoot();
+    stage.file("DSC00001.ARW");
+    stage.after(milliseconds(19'900));
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.after(milliseconds(200));
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::incomplete);
+    EXPECT_EQ(shot.problems.at(0).code, Code::half_missing);
+    EXPECT_TRUE(stage.told(Code::half_missing));
+}
+
+TEST(BrainShots, AHalfThatComesLaterIsToldWithItsShotsNumber) {
+    Stage stage;
+    with_dial(stage, "both");
+    stage.shoot("first");
+    stage.file("DSC00001.ARW");
+    stage.after(seconds(21));
+    const RequestId second = stage.shoot("second");
+    stage.forget();
+    stage.file("DSC00001.JPG");
+    ASSERT_EQ(stage.pictures().size(), 1U);
+    EXPECT_EQ(stage.pictures()[0].shot, 1U);
+    EXPECT_EQ(stage.pictures()[0].tag, "first");
+    EXPECT_FALSE(stage.is_answered(second));
+    stage.file("DSC00002.ARW");
+    stage.file("DSC00002.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::complete);
+}
+
+TEST(BrainShots, RawAndHeifIsAPairAlthoughTheTypeIsOther) {
+    Stage stage;
+    with_dial(stage, "other");
+    const RequestId capture = stage.shoot();
+    stage.file("DSC00001.ARW");
+    stage.after(seconds(4));
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.file("DSC00001.HIF");
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+}
+
+TEST(BrainShots, WithTypeOtherASingleFileIsAllAfter5Seconds) {
+    Stage stage;
+    with_dial(stage, "other");
+    const RequestId capture = stage.shoot();
+    stage.file("DSC00001.HIF");
+    stage.after(milliseconds(5100));
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::complete);
+    EXPECT_TRUE(shot.problems.empty());
+}
+
+TEST(BrainShots, ADialTurnedDuringTheShotLeavesItOpenWhatIsDue) {
+    Stage stage;
+    with_dial(stage, "both");
+    const RequestId capture = stage.shoot();
+    stage.hear("FILE_TYPE|jpeg");
+    stage.file("DSC00001.JPG");
+    stage.after(seconds(6));
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+}
+
+TEST(BrainShots, ForTheCardItIsCompleteWithoutPicturesOnceItWasFired) {
+    Wishes wishes;
+    wishes.save_destination = SaveDestination::card;
+    Stage stage(wishes);
+    stage.get_ready();
+    const RequestId capture = stage.ask(Capture{});
+    stage.after(milliseconds(700));
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.after(milliseconds(100));
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::complete);
+    EXPECT_TRUE(shot.pictures.empty());
+}
+
+TEST(BrainShots, WithoutACardTheFilesOfACardShotAreDueOnTheComputer) {
+    Wishes wishes;
+    wishes.save_destination = SaveDestination::card;
+    Stage stage(wishes);
+    stage.card = false;
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+}
+
+TEST(BrainShots, AShotWithoutAFileIsOverAfterItsPatience) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.ask(Capture{});
+    stage.after(milliseconds(20'700));
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.after(milliseconds(100));
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::none);
+    EXPECT_EQ(shot.problems.at(0).code, Code::no_picture);
+    EXPECT_EQ(shot.problems.at(0).sdk, std::nullopt);
+}
+
+TEST(BrainShots, APatienceOfItsOwnCounts) {
+    Stage stage;
+    stage.get_ready();
+    Capture capture;
+    capture.patience = milliseconds(100);
+    const RequestId request = stage.ask(capture);
+    stage.after(milliseconds(840));
+    EXPECT_EQ(stage.answer_to<Shot>(request).status, ShotStatus::none);
+}
+
+TEST(BrainShots, AShotWithoutAFileAfterAWarningCarriesItsCode) {
+    for (const std::string line : {"LOG|[SONY] warning 0x00025103",
+                                   "LOG|[SONY] the camera is showing a caution on its own screen "
+                                   "(0x00025103)",
+                                   "LOG|[SONY] error 0x00025103"}) {
+        Stage stage;
+        stage.get_ready();
+        const RequestId capture = stage.shoot();
+        stage.hear(line);
+        stage.after(seconds(21));
+        EXPECT_EQ(stage.answer_to<Shot>(capture).problems.at(0).sdk, 0x25103U) << line;
+    }
+}
+
+TEST(BrainShots, ADamagedFileIsShownAndTheShotIncomplete) {
+    Stage stage;
+    stage.get_ready();
+    stage.damaged.insert("DSC00001.JPG");
+    const RequestId capture = stage.shoot();
+    stage.file("DSC00001.JPG");
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::incomplete);
+    EXPECT_FALSE(shot.pictures.at(0).whole);
+    EXPECT_EQ(shot.problems.at(0).code, Code::picture_damaged);
+    EXPECT_TRUE(stage.told(Code::picture_damaged));
+}
+
+TEST(BrainShots, AMissingFileIsNamedInTheShot) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    stage.report("DSC00001.JPG");
+    EXPECT_TRUE(stage.told(Code::picture_not_there));
+    stage.after(seconds(21));
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::none);
+    EXPECT_EQ(shot.problems.at(0).code, Code::picture_not_there);
+}
+
+TEST(BrainShots, AMovieIsPlacedAndNobodyAskedForIt) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    stage.file("C0001.MP4");
+    EXPECT_EQ(stage.pictures().at(0).shot, std::nullopt);
+    EXPECT_FALSE(stage.is_answered(capture));
+}
+
+TEST(BrainShots, CapturesAreQueuedAndFiredInOrderTheNextWhenTheOneBeforeIsOver) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId first = stage.ask(tagged("1"));
+    const RequestId second = stage.ask(tagged("2"));
+    stage.after(seconds(4));
+    EXPECT_EQ(captures(stage), 1U);
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(first).tag, "1");
+    EXPECT_EQ(captures(stage), 2U);
+    stage.after(seconds(1));
+    stage.file("DSC00002.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(second).pictures.at(0).camera_name, "DSC00002.JPG");
+}
+
+TEST(BrainShots, EightCapturesMayWaitAndTheNinthIsRefusedAsBusy) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    std::vector<RequestId> requests;
+    for (int count = 0; count < 8; ++count) {
+        requests.push_back(stage.ask(Capture{}));
+    }
+    const RequestId ninth = stage.ask(Capture{});
+    const Shot refused = stage.answer_to<Shot>(ninth);
+    EXPECT_EQ(refused.status, ShotStatus::refused);
+    EXPECT_EQ(refused.problems.at(0).code, Code::busy);
+    EXPECT_EQ(stage.shots().back(), refused);
+    for (const RequestId request : requests) {
+        EXPECT_FALSE(stage.is_answered(request));
+    }
+}
+
+TEST(BrainShots, BeforeTheSessionWasEverReadyACaptureIsAnError) {
+    Stage stage;
+    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Capture{})).code, Code::not_connected);
+    stage.get_idle();
+    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Capture{})).code, Code::not_connected);
+}
+
+TEST(BrainShots, AfterDisconnectACaptureIsRefused) {
+    Stage stage;
+    stage.get_ready();
+    stage.ask(Disconnect{});
+    stage.after(seconds(1));
+    const Shot shot = stage.answer_to<Shot>(stage.ask(Capture{}));
+    EXPECT_EQ(shot.status, ShotStatus::refused);
+    EXPECT_EQ(shot.problems.at(0).code, Code::not_connected);
+}
+
+TEST(BrainShots, AShotThatCouldNotBeFiredInTimeIsRefusedAndNeverFired) {
+    Stage stage;
+    stage.get_ready();
+    stage.session = false;
+    stage.camera_there = false;
+    stage.hear("DISCONNECTED|");
+    stage.after(seconds(1));
+    const RequestId capture = stage.ask(Capture{});
+    stage.after(milliseconds(4900));
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.after(milliseconds(200));
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::refused);
+    EXPECT_EQ(shot.problems.at(0).code, Code::expired);
+    EXPECT_EQ(shot.fired_at, "");
+    stage.camera_there = true;
+    stage.after(minutes(2));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_EQ(captures(stage), 0U);
+}
+
+TEST(BrainShots, AShotThatWaitedForTheSessionIsFiredOnceItIsBack) {
+    Stage stage;
+    stage.get_ready();
+    stage.session = false;
+    stage.hear("DISCONNECTED|");
+    stage.after(milliseconds(100));
+    stage.ask(Capture{});
+    stage.after(seconds(2));
+    EXPECT_EQ(captures(stage), 0U);
+    stage.session = true;
+    stage.hear("CONNECTED|MODEL-A");
+    stage.after(seconds(1));
+    EXPECT_EQ(captures(stage), 1U);
+}
+
+TEST(BrainShots, ATimeToExpireOfItsOwnCounts) {
+    Stage stage;
+    stage.get_ready();
+    stage.session = false;
+    stage.camera_there = false;
+    stage.hear("DISCONNECTED|");
+    stage.after(seconds(1));
+    Capture capture;
+    capture.expires = seconds(60);
+    const RequestId request = stage.ask(capture);
+    stage.after(seconds(59));
+    EXPECT_FALSE(stage.is_answered(request));
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.answer_to<Shot>(request).problems.at(0).code, Code::expired);
+}
+
+TEST(BrainShots, TimeToExpireBeginsWithTheTurn) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    const RequestId second = stage.ask(Capture{});
+    stage.after(seconds(19));
+    EXPECT_FALSE(stage.is_answered(second));
+    stage.after(seconds(2));
+    EXPECT_EQ(captures(stage), 2U);
+}
+
+TEST(BrainShots, CancelRefusesWhatIsQueued) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot("1");
+    const RequestId second = stage.ask(tagged("2"));
+    const RequestId third = stage.ask(tagged("3"));
+    EXPECT_EQ(stage.answer_to<Done>(stage.ask(Cancel{"2"})), Done{});
+    const Shot shot = stage.answer_to<Shot>(second);
+    EXPECT_EQ(shot.status, ShotStatus::refused);
+    EXPECT_EQ(shot.problems.at(0).code, Code::cancelled);
+    EXPECT_FALSE(stage.is_answered(third));
+}
+
+TEST(BrainShots, CancelEndsAFiredShotNowWithWhatItHas) {
+    Stage stage;
+    with_dial(stage, "both");
+    const RequestId capture = stage.shoot("1");
+    stage.file("DSC00001.ARW");
+    stage.ask(Cancel{"1"});
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::incomplete);
+    EXPECT_EQ(shot.pictures.size(), 1U);
+    EXPECT_EQ(shot.problems.at(0).code, Code::cancelled);
+}
+
+TEST(BrainShots, CancelInEachMomentOfAShotAnswersItOnce) {
+    for (int moment = 0; moment < 6; ++moment) {
+        Stage stage;
+        stage.get_ready();
+        if (moment == 0) {
+            stage.disk_answers = false;  // while the folder is looked at
+        }
+        const RequestId capture = stage.ask(tagged("1"));
+        if (moment >= 2) {
+            stage.after(milliseconds(800));
+        }
+        if (moment == 3) {
+            stage.disk_answers = false;  // while its file is examined
+            stage.file("DSC00001.JPG");
+        }
+        if (moment == 4) {
+            stage.file("DSC00001.JPG");  // when it is over
+        }
+        if (moment == 5) {
+            stage.session = false;
+            stage.hear("DISCONNECTED|");  // while a loss is probed
+        }
+        const RequestId cancel = stage.ask(Cancel{"1"});
+        stage.disk_answers = true;
+        stage.after(minutes(2));
+        EXPECT_EQ(stage.answers(capture), 1U) << moment;
+        EXPECT_EQ(stage.answers(cancel), 1U) << moment;
+        EXPECT_LE(captures(stage), 1U) << moment;
+        EXPECT_EQ(stage.pictures().size(), moment == 3 || moment == 4 ? 1U : 0U) << moment;
+    }
+}
+
+TEST(BrainShots, TheShotAfterACancelledOneIsNotFiredBeforeTheWorkerIsDoneWithIt) {
+    Stage stage;
+    stage.get_ready();
+    stage.ask(tagged("1"));
+    stage.ask(tagged("2"));
+    stage.after(milliseconds(100));
+    stage.ask(Cancel{"1"});
+    EXPECT_EQ(captures(stage), 1U);
+    stage.after(milliseconds(700));
+    EXPECT_EQ(captures(stage), 2U);
+}
+
+TEST(BrainShots, CancelOfATagThatNobodyHasIsDone) {
+    Stage stage;
+    EXPECT_EQ(stage.answer_to<Done>(stage.ask(Cancel{"x"})), Done{});
+}
+
+TEST(BrainShots, ACaptureThatTheCameraDidNotTakeIsOverAndTheSessionIsProbed) {
+    Stage stage;
+    stage.get_ready();
+    stage.session = false;  // and nobody has said so
+    const RequestId capture = stage.shoot();
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::none);
+    EXPECT_EQ(shot.problems.at(0).code, Code::camera_lost);
+    EXPECT_EQ(stage.state().state, State::lost);
+}
+
+TEST(BrainShots, AHangingShotIsAnsweredAfter15Seconds) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_answers = false;
+    const RequestId capture = stage.ask(Capture{});
+    stage.after(milliseconds(14'900));
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.worker_answers = true;
+    stage.after(milliseconds(200));
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::none);
+    EXPECT_EQ(shot.problems.at(0).code, Code::worker_hangs);
+    EXPECT_EQ(captures(stage), 1U) << "CAPTURE is sent once or not at all";
+}
+
+TEST(BrainShots, TheStateIsToldBeforeTheAnswerThatFollowsFromIt) {
+    Stage stage;
+    stage.ask(Connect{});
+    stage.brain.take();
+    stage.after(seconds(1));
+    stage.get_ready();
+    stage.worker_answers = false;
+    stage.ask(Disconnect{});
+    stage.brain.hear("DISCONNECTED|", stage.now);
+    stage.brain.hear("PRIME_DONE|OK", stage.now);
+    const std::vector<Effect> effects = stage.brain.take();
+    std::size_t told = effects.size();
+    std::size_t answered = effects.size();
+    for (std::size_t at = 0; at < effects.size(); ++at) {
+        if (const auto* changed = std::get_if<StateChanged>(&effects[at])) {
+            told = changed->state.state == State::idle ? std::min(told, at) : told;
+        }
+        if (std::holds_alternative<Reply>(effects[at])) {
+            answered = at;
+        }
+    }
+    ASSERT_LT(answered, effects.size());
+    EXPECT_LT(told, answered);
+}
+
+TEST(BrainShots, LittleRoomIsAProblemUntilThereIsMore) {
+    Stage stage;
+    stage.room = (std::uint64_t{2} << 30) - 1;
+    stage.get_ready();
+    EXPECT_TRUE(stage.stands(Code::disk_nearly_full));
+    stage.room = std::uint64_t{3} << 30;
+    stage.shoot();
+    EXPECT_FALSE(stage.stands(Code::disk_nearly_full));
+}
+
+TEST(BrainShots, RoomForLessThan50OfTheLastFilesIsAProblem) {
+    Stage stage;
+    stage.room = std::uint64_t{3} << 30;
+    stage.get_ready();
+    stage.disk_answers = false;
+    stage.shoot();
+    stage.after(milliseconds(1));
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    stage.file("DSC00001.JPG");
+    EXPECT_FALSE(stage.stands(Code::disk_nearly_full));
+    stage.file_size = std::uint64_t{70} << 20;
+    stage.file("DSC00002.JPG");
+    stage.file("DSC00003.JPG");
+    EXPECT_TRUE(stage.stands(Code::disk_nearly_full));
+}
+
+}  // namespace
+}  // namespace host::brain

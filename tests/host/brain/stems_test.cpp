@@ -1,0 +1,76 @@
+#include "host/brain/stems.h"
+
+#include <gtest/gtest.h>
+
+#include "host/brain/times.h"
+
+namespace host::brain {
+namespace {
+
+TEST(StemsTest, TheNextNumberIsNewerAlsoAcrossTheWrap) {
+    EXPECT_TRUE(is_newer("DSC00002", "DSC00001"));
+    EXPECT_FALSE(is_newer("DSC00001", "DSC00002"));
+    EXPECT_FALSE(is_newer("DSC00001", "DSC00001"));
+    EXPECT_TRUE(is_newer("DSC00001", "DSC09999"));
+    EXPECT_FALSE(is_newer("DSC09999", "DSC00001"));
+}
+
+TEST(StemsTest, NamesThatDoNotCountCannotBeCompared) {
+    EXPECT_FALSE(is_newer("cat", "dog"));
+    EXPECT_FALSE(is_newer("", ""));
+    EXPECT_FALSE(is_newer("DSC00002", "IMG00001"));
+    EXPECT_FALSE(is_newer("DSC2", "DSC00001"));
+    EXPECT_FALSE(is_newer("99999999999999999999", "99999999999999999998"));
+}
+
+Stem stem(const std::string& text, Kind kind, bool may_be_pair = true) {
+    Stem one;
+    one.text = text;
+    one.may_be_pair = may_be_pair;
+    one.raw = kind == Kind::raw;
+    one.developed = kind == Kind::developed;
+    return one;
+}
+
+TEST(StemsTest, TheOtherHalfHasTheSameStemAndAnotherKind) {
+    Stems stems;
+    stems.remember(stem("DSC00001", Kind::raw));
+    EXPECT_NE(stems.partner("DSC00001", Kind::developed), nullptr);
+    EXPECT_NE(stems.partner("dsc00001", Kind::developed), nullptr);
+    EXPECT_EQ(stems.partner("DSC00001", Kind::raw), nullptr);
+    EXPECT_EQ(stems.partner("DSC00001", Kind::other), nullptr);
+    EXPECT_EQ(stems.partner("DSC00002", Kind::developed), nullptr);
+}
+
+TEST(StemsTest, WhatWasNotToBeAPairHasNoOtherHalf) {
+    Stems stems;
+    stems.remember(stem("DSC00001", Kind::developed, false));
+    EXPECT_EQ(stems.partner("DSC00001", Kind::raw), nullptr);
+}
+
+TEST(StemsTest, AFullPairHasNoThirdHalf) {
+    Stems stems;
+    stems.remember(stem("DSC00001", Kind::raw));
+    stems.partner("DSC00001", Kind::developed)->developed = true;
+    EXPECT_EQ(stems.partner("DSC00001", Kind::developed), nullptr);
+}
+
+TEST(StemsTest, WhenTheCounterWasSetBackTheLatestOfTheNameCounts) {
+    Stems stems;
+    stems.remember(stem("DSC00001", Kind::raw));
+    stems.remember(stem("DSC00001", Kind::developed));
+    EXPECT_EQ(stems.partner("DSC00001", Kind::developed), nullptr);
+}
+
+TEST(StemsTest, NoMoreThan256AreRemembered) {
+    Stems stems;
+    stems.remember(stem("first", Kind::raw));
+    for (std::size_t count = 0; count < limit::stems; ++count) {
+        stems.remember(stem("DSC" + std::to_string(count), Kind::raw));
+    }
+    EXPECT_EQ(stems.partner("first", Kind::developed), nullptr);
+    EXPECT_NE(stems.partner("DSC0", Kind::developed), nullptr);
+}
+
+}  // namespace
+}  // namespace host::brain

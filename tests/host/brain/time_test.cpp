@@ -1,0 +1,152 @@
+// Stops, sleep, a stuck disk, and what a whole wedding costs.
+#include <chrono>
+
+#include "tests/host/brain/stage.h"
+
+namespace host::brain {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+TEST(BrainTime, AfterAStopOfMoreThan2SecondsTheFirstThingIsAFence) {
+    Stage stage;
+    stage.get_ready();
+    stage.stand_still(milliseconds(2001));
+    EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
+    EXPECT_EQ(stage.state().state, State::ready);
+}
+
+TEST(BrainTime, AStopIsNotHeldAgainstTheWorker) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_answers = false;
+    stage.after(seconds(6));  // a fence is out
+    stage.stand_still(minutes(1));
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.state().state, State::ready);
+    stage.hear("PRIME_DONE|OK");
+    stage.hear("PRIME_DONE|OK");
+    stage.worker_answers = true;
+    stage.after(seconds(60));
+    EXPECT_TRUE(stage.problems().empty());
+}
+
+TEST(BrainTime, AFileThatCameDuringAStopCountsForItsShot) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    stage.worker_answers = false;
+    stage.now += minutes(5);
+    stage.brain.pass(stage.now);
+    EXPECT_FALSE(stage.is_answered(capture)) << "first what can be read";
+    stage.staged.insert("DSC00001.JPG");
+    stage.hear("LOG|[SONY] landed DSC00001.JPG");
+    stage.hear("DOWNLOADED|/shots/.incoming/run-1/DSC00001.JPG");
+    stage.hear("PRIME_DONE|OK");
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+}
+
+TEST(BrainTime, SleepIsNoticedByTheTimeOfDay) {
+    Stage stage;
+    stage.get_ready();
+    stage.tell(TimeOfDayIs{std::chrono::milliseconds(1'700'000'000'000) + std::chrono::hours(8)});
+    EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
+}
+
+TEST(BrainTime, NoShotIsFiredAfterAStopBeforeTheWorkerHasAnswered) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_answers = false;
+    stage.stand_still(seconds(10));
+    stage.ask(Capture{});
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_EQ(stage.said(), (Lines{"PRIME", "CAPTURE", "PRIME"}));
+}
+
+TEST(BrainTime, AStuckDiskIsAProblemAndNotASilence) {
+    Stage stage;
+    stage.get_ready();
+    stage.disk_answers = false;
+    const RequestId capture = stage.ask(Capture{});
+    stage.after(milliseconds(5100));
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::refused);
+    EXPECT_EQ(shot.problems.at(0).code, Code::expired);
+    stage.after(seconds(5));
+    EXPECT_TRUE(stage.stands(Code::folder_gone));
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_FALSE(stage.stands(Code::folder_gone));
+}
+
+TEST(BrainTime, AShotWhoseFileTheDiskDoesNotTakeIsOverInTimeAndThePictureToldLater) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.ask(Capture{});
+    stage.after(milliseconds(800));
+    stage.disk_answers = false;
+    stage.file("DSC00001.JPG");
+    stage.after(seconds(36));
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.problems.at(0).code, Code::picture_not_placed);
+    stage.disk_answers = true;
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.pictures().size(), 1U);
+}
+
+TEST(BrainTime, ReportsThatAreTooManyAreLeftToASweep) {
+    Stage stage;
+    stage.get_ready();
+    stage.disk_answers = false;
+    for (int file = 0; file < 3000; ++file) {
+        const std::string name = "F" + std::to_string(file) + ".JPG";
+        stage.staged.insert(name);
+        stage.brain.hear("DOWNLOADED|/shots/.incoming/run-1/" + name, stage.now);
+    }
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.asked_of_disk<Examine>().size(), limit::reports);
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.pictures().size(), limit::reports);
+    ASSERT_EQ(stage.asked_of_disk<SweepRun>().size(), 1U);
+    EXPECT_FALSE(stage.asked_of_disk<SweepRun>()[0].over);
+}
+
+TEST(BrainTime, ACameraNameIsKeptUpTo256Bytes) {
+    Stage stage;
+    stage.camera_name = std::string(60'000, 'x');
+    stage.get_ready();
+    EXPECT_EQ(stage.state().camera->size(), limit::camera_name);
+}
+
+TEST(BrainTime, RequestsThatAreTooManyAreRefused) {
+    Stage stage;
+    stage.camera_there = false;
+    for (std::size_t count = 0; count < limit::requests; ++count) {
+        stage.ask(Connect{});
+    }
+    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Connect{})).code, Code::busy);
+}
+
+// A brain that is cheap can be played through a hundred thousand afternoons.
+TEST(BrainTime, AWeddingOf2000ShotsTakesNoTime) {
+    Stage stage;
+    stage.get_ready();
+    const auto begin = std::chrono::steady_clock::now();
+    for (int shot = 1; shot <= 2000; ++shot) {
+        stage.forget();
+        stage.shoot();
+        stage.file("DSC" + std::to_string(10'000 + shot) + ".JPG");
+        ASSERT_EQ(stage.shots().back().status, ShotStatus::complete);
+    }
+    const auto took = std::chrono::steady_clock::now() - begin;
+    const auto each = std::chrono::duration_cast<std::chrono::microseconds>(took) / 2000;
+    RecordProperty("microseconds_a_shot", std::to_string(each.count()));
+    EXPECT_LT(took, std::chrono::seconds(20));
+}
+
+}  // namespace
+}  // namespace host::brain
