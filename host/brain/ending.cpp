@@ -23,7 +23,7 @@ void Brain::on_request(RequestId id, const Shutdown& request) {
         ending_->requests.push_back(waiting);
         return;
     }
-    ending_.emplace();
+    ending_.emplace(Ending{});
     ending_->requests.push_back(waiting);
     ending_->files_until = now_ + patience;
     last_end_ = {};
@@ -78,7 +78,7 @@ void Brain::strike_ending() {
         ending_->files_until = never;  // waited long enough
     }
     if (worker_ == Worker::leaving && now_ >= ending_->stuck_at) {
-        ending_->how = {EndedBy::sigkill, 128 + 9};
+        ending_->how = {WorkerEnd::sigkill, 128 + 9};
         abandon_worker();
     }
     Time first = never;

@@ -25,8 +25,8 @@ struct WorkerNotStarted {
 // All its lines have been told before.
 struct WorkerEnded {
     std::string run;
-    EndedBy by = EndedBy::gone;  // gone: nobody asked it to
-    int status = 0;              // a signal n counts as 128 + n
+    WorkerEnd by = WorkerEnd::gone;  // gone: nobody asked it to
+    int status = 0;                  // a signal n counts as 128 + n
 };
 
 struct WorkerFlooded {

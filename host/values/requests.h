@@ -58,16 +58,16 @@ struct Done {
     bool operator==(const Done&) const = default;
 };
 
-enum class EndedBy { quit, input, sigterm, sigkill, gone };
+enum class WorkerEnd { quit, input, sigterm, sigkill, gone };
 
-constexpr std::string_view word(EndedBy by) {
+constexpr std::string_view word(WorkerEnd by) {
     constexpr std::string_view words[] = {"quit", "input", "sigterm", "sigkill", "gone"};
     return words[static_cast<std::size_t>(by)];
 }
 
 struct Ended {
-    EndedBy worker = EndedBy::gone;  // gone: there was none, or it had ended by itself
-    int status = 0;                  // a signal n counts as 128 + n
+    WorkerEnd worker = WorkerEnd::gone;  // gone: there was none, or it had ended by itself
+    int status = 0;                      // a signal n counts as 128 + n
 
     bool operator==(const Ended&) const = default;
 };

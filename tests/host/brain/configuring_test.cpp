@@ -122,7 +122,7 @@ TEST(BrainConfiguring, TheFolderOfBeforeIsSweptAndClosedWhenTheWorkerHasEnded) {
     stage.ask(folder("/new"));
     stage.after(milliseconds(1));
     stage.forget();
-    stage.tell(WorkerEnded{"run-2", EndedBy::gone, 9 + 128});
+    stage.tell(WorkerEnded{"run-2", WorkerEnd::gone, 9 + 128});
     const auto sweeps = stage.asked_of_disk<SweepRun>();
     ASSERT_EQ(sweeps.size(), 2U);
     EXPECT_EQ(sweeps[0].run, "run-2");
@@ -226,7 +226,7 @@ TEST(BrainConfiguring, AWorkerThatDiesInEachStepOfAMoveIsReplacedAndTheRequestAn
             EXPECT_TRUE(stage.said("SET_DOWNLOAD_DIR|/new/.incoming/run-2"));
         }
         stage.worker_answers = true;
-        stage.tell(WorkerEnded{"run-1", EndedBy::gone, 139});
+        stage.tell(WorkerEnded{"run-1", WorkerEnd::gone, 139});
         stage.disk_answers = true;
         stage.after(seconds(5));
         EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new") << step;

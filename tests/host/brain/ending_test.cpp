@@ -11,7 +11,7 @@ TEST(BrainEnding, AnIdleSessionIsEndedWith5SecondsARungAndTellsHow) {
     stage.get_ready();
     const RequestId shutdown = stage.ask(Shutdown{});
     EXPECT_EQ(stage.ladders().at(0).rung, seconds(5));
-    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{EndedBy::quit, 0}));
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::quit, 0}));
     EXPECT_EQ(stage.states(), (States{State::ending, State::down}));
     EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-1");
     EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/shots");
@@ -66,7 +66,7 @@ TEST(BrainEnding, ASecondShutdownSharesTheEndAndMayHastenIt) {
     EXPECT_EQ(stage.answer_to<Ended>(first), stage.answer_to<Ended>(second));
     EXPECT_EQ(stage.ladders().size(), 1U);
     const RequestId third = stage.ask(Shutdown{});
-    EXPECT_EQ(stage.answer_to<Ended>(third), (Ended{EndedBy::quit, 0}));
+    EXPECT_EQ(stage.answer_to<Ended>(third), (Ended{WorkerEnd::quit, 0}));
 }
 
 TEST(BrainEnding, DuringAnOpeningTheLadderBeginsAtOnce) {
@@ -84,7 +84,7 @@ TEST(BrainEnding, DuringAnOpeningTheLadderBeginsAtOnce) {
 TEST(BrainEnding, WithoutAWorkerItIsOverAtOnce) {
     Stage stage;
     const RequestId shutdown = stage.ask(Shutdown{});
-    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{EndedBy::gone, 0}));
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::gone, 0}));
 }
 
 TEST(BrainEnding, EverythingThatWaitsIsAnswered) {
@@ -115,8 +115,8 @@ TEST(BrainEnding, AWorkerThatDiesMeanwhileIsToldAsGone) {
     stage.get_ready();
     stage.shoot();
     const RequestId shutdown = stage.ask(Shutdown{});
-    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 139});
-    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{EndedBy::gone, 139}));
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 139});
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::gone, 139}));
     EXPECT_TRUE(stage.workers().empty());
 }
 
@@ -127,8 +127,8 @@ TEST(BrainEnding, AWorkerThatIsBeingReplacedIsWaitedFor) {
     stage.tell(WorkerFlooded{stage.run, "much"});
     const RequestId shutdown = stage.ask(Shutdown{});
     EXPECT_FALSE(stage.is_answered(shutdown));
-    stage.tell(WorkerEnded{stage.run, EndedBy::sigterm, 143});
-    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{EndedBy::sigterm, 143}));
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::sigterm, 143});
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::sigterm, 143}));
     EXPECT_TRUE(stage.workers().empty());
 }
 
@@ -138,7 +138,7 @@ TEST(BrainEnding, AWorkerThatIsBeingStartedIsEnded) {
     const RequestId start = stage.ask(Start{});
     const RequestId shutdown = stage.ask(Shutdown{});
     EXPECT_EQ(stage.answer_to<Problem>(start).code, Code::cancelled);
-    EXPECT_EQ(stage.answer_to<Ended>(shutdown).worker, EndedBy::quit);
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown).worker, WorkerEnd::quit);
 }
 
 TEST(BrainEnding, AFolderThatIsOpenedTooLateIsClosedAgain) {
@@ -161,7 +161,7 @@ TEST(BrainEnding, AWorkerThatNothingEndsIsNamedAndNotWaitedForForEver) {
     stage.after(seconds(16));
     EXPECT_FALSE(stage.is_answered(shutdown));
     stage.after(seconds(2));
-    EXPECT_EQ(stage.answer_to<Ended>(shutdown).worker, EndedBy::sigkill);
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown).worker, WorkerEnd::sigkill);
     EXPECT_TRUE(stage.told(Code::worker_hangs));
 }
 

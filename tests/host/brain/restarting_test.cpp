@@ -67,7 +67,7 @@ TEST(BrainRestarting, AWorkerThatDiesInAnyStateIsReplacedAndTheSessionComesBack)
         bring(stage, state);
         heal(stage);
         stage.forget();
-        stage.tell(WorkerEnded{stage.run, EndedBy::gone, 139});
+        stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 139});
         stage.after(seconds(10));
         EXPECT_EQ(stage.state().state, State::ready) << word(state);
         EXPECT_EQ(stage.state().restarts, 1U) << word(state);
@@ -137,11 +137,11 @@ TEST(BrainRestarting, TheSixthLossIn3MinutesMeansDownWithOneProblemAndATryAMinut
     Stage stage;
     stage.get_ready();
     for (int loss = 0; loss < 5; ++loss) {
-        stage.tell(WorkerEnded{stage.run, EndedBy::gone, 139});
+        stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 139});
         stage.after(seconds(5));
         EXPECT_EQ(stage.state().state, State::ready) << loss;
     }
-    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 139});
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 139});
     stage.after(seconds(1));
     EXPECT_EQ(stage.state().state, State::down);
     ASSERT_EQ(stage.state().problems.size(), 1U);
@@ -159,7 +159,7 @@ TEST(BrainRestarting, ConnectTriesAtOnceAfterTooManyLosses) {
     Stage stage;
     stage.get_ready();
     for (int loss = 0; loss < 6; ++loss) {
-        stage.tell(WorkerEnded{stage.run, EndedBy::gone, 1});
+        stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
         stage.after(seconds(2));
     }
     EXPECT_EQ(stage.state().state, State::down);
@@ -173,7 +173,7 @@ TEST(BrainRestarting, AShotThatTheWorkerDiesInIsOverAndNotFiredAgain) {
     stage.get_ready();
     const RequestId fired = stage.shoot("1");
     const RequestId queued = stage.ask(Capture{});
-    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 137});
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 137});
     const Shot shot = stage.answer_to<Shot>(fired);
     EXPECT_EQ(shot.status, ShotStatus::none);
     EXPECT_EQ(shot.problems.at(0).code, Code::worker_gone);
@@ -191,7 +191,7 @@ TEST(BrainRestarting, FilesThatWereReportedBeforeTheEndAreNotLeftToTheSweep) {
     stage.disk_answers = false;
     stage.say_landed("DSC00001.JPG", "/shots/.incoming/run-1/");
     stage.staged.insert("DSC00001.JPG");
-    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 137});
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 137});
     EXPECT_TRUE(stage.asked_of_disk<SweepRun>().empty());
     stage.disk_answers = true;
     stage.after(milliseconds(1));
@@ -203,7 +203,7 @@ TEST(BrainRestarting, WhatTheSweepBringsInIsTold) {
     Stage stage;
     stage.get_ready();
     stage.disk_answers = false;
-    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 137});
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 137});
     Picture found;
     found.id = "found";
     found.recovered = true;
@@ -226,7 +226,7 @@ TEST(BrainRestarting, AWorkerThatSurvivesSigkillIsNamedByItsNumberAndReplaced) {
     }
     EXPECT_TRUE(named);
     EXPECT_EQ(stage.workers().size(), 1U);
-    stage.tell(WorkerEnded{"run-1", EndedBy::sigkill, 137});
+    stage.tell(WorkerEnded{"run-1", WorkerEnd::sigkill, 137});
     EXPECT_EQ(stage.state().state, State::ready);
 }
 
@@ -235,7 +235,7 @@ TEST(BrainRestarting, AStemOfTheWorkerBeforeIsAnotherPicture) {
     stage.dial = "both";
     stage.get_ready();
     stage.file("DSC00001.ARW");
-    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 1});
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
     stage.after(seconds(2));
     stage.file("DSC00001.JPG");
     const auto pictures = stage.pictures();

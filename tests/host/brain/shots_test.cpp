@@ -270,6 +270,7 @@ TEST(BrainShots, EightCapturesMayWaitAndTheNinthIsRefusedAsBusy) {
     stage.get_ready();
     stage.shoot();
     std::vector<RequestId> requests;
+    requests.reserve(8);
     for (int count = 0; count < 8; ++count) {
         requests.push_back(stage.ask(Capture{}));
     }

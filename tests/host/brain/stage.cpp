@@ -153,7 +153,7 @@ void Stage::carry_out(const Effect& effect) {
     } else if (const auto* end = std::get_if<EndWorker>(&effect)) {
         if (worker_ends) {
             lines_.clear();
-            brain.tell(WorkerEnded{end->run, EndedBy::quit, 0}, now);
+            brain.tell(WorkerEnded{end->run, WorkerEnd::quit, 0}, now);
         }
     } else if (const auto* work = std::get_if<FileWork>(&effect)) {
         disk_work_.push_back(*work);

@@ -130,7 +130,7 @@ TEST(BrainStarting, AnSdkThatDoesNotStartIsSaidSo) {
     stage.worker_gets_ready = false;
     stage.ask(Start{});
     stage.hear("ERROR|Sony Camera Remote SDK failed to initialise");
-    stage.tell(WorkerEnded{stage.run, EndedBy::gone, 1});
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
     EXPECT_TRUE(stage.told(Code::sdk_not_initialised));
 }
 
@@ -176,7 +176,7 @@ TEST(BrainStarting, StartIsAnsweredAfter30SecondsAtTheLatest) {
 TEST(BrainStarting, NewsOfAWorkerThatWasGivenUpCountForNothing) {
     Stage stage;
     stage.get_ready();
-    stage.tell(WorkerEnded{"another-run", EndedBy::gone, 1});
+    stage.tell(WorkerEnded{"another-run", WorkerEnd::gone, 1});
     stage.tell(WorkerFlooded{"another-run", "much"});
     stage.tell(WorkerInputFull{"another-run"});
     EXPECT_EQ(stage.state().state, State::ready);
