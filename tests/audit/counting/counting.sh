@@ -144,7 +144,7 @@ finish() {
             record "${name%.log}" 0 1 0 0 "it never ended"
         fi
     done
-    if cat "$logs"/*.skips 2>/dev/null | grep -q .; then
+    if grep -qs . "$logs"/*.skips; then
         echo "Skipped:"
         sort "$logs"/*.skips | uniq -c | sed -E 's/^ *1 /  /; t; s/^ *([0-9]+) (.*)/  \2 (\1 times)/'
     fi
