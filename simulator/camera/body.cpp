@@ -1,6 +1,6 @@
 #include "simulator/camera/body.h"
 
-#include "simulator/camera/landing.h"
+#include "simulator/camera/landing/landing.h"
 #include "simulator/sdk/text.h"
 
 namespace camera_sim {

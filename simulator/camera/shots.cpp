@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-#include "simulator/camera/landing.h"
+#include "simulator/camera/landing/landing.h"
 #include "simulator/camera/state.h"
 #include "simulator/camera/timeline.h"
 #include "simulator/camera/transfer.h"

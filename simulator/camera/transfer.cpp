@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "simulator/camera/develop.h"
-#include "simulator/camera/landing.h"
+#include "simulator/camera/landing/landing.h"
 #include "simulator/camera/state.h"
 #include "simulator/sdk/delivery.h"
 #include "simulator/sdk/faults.h"
