@@ -18,8 +18,11 @@ install(CODE "${guards}
     only_over(Contents/MacOS/sony-worker \"CPP_WORKER.START\")" COMPONENT worker)
 if(NOT SONY_SDK_ROOT)
     install(CODE "${guards}
-    only_over(include/CRSDK/CameraRemote_SDK.h \"simulated camera\")
+    foreach(header CameraRemote_SDK camera_object device_callback device_property types)
+        only_over(include/CRSDK/\${header}.h \"simulated camera\")
+    endforeach()
     only_over(lib/libCr_Core${CMAKE_SHARED_LIBRARY_SUFFIX} CAMERA_SIM_)
+    only_over(lib/libcamera_sim_pictures${CMAKE_SHARED_LIBRARY_SUFFIX} camera_sim_draw_)
     only_over(lib/CrAdapter/libCr_PTP_USB.dylib \"simulated SDK\")
     only_over(bin/camera-sim CAMERA_SIM_)
     only_over(simulator.md CAMERA_SIM_)" COMPONENT simulator EXCLUDE_FROM_ALL)

@@ -34,7 +34,9 @@ void Brain::on_request(RequestId id, const Shutdown& request) {
         reply(std::get<Configuring>(task).request, why);
     }
     if (configuring_) {
-        reply(std::exchange(configuring_, {})->request, why);
+        const RequestId configuring = configuring_->request;
+        configuring_.reset();
+        reply(configuring, why);
     }
     enter(State::ending);
     reply_all(starts_, why);

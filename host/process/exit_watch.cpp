@@ -7,6 +7,9 @@
 namespace host {
 
 std::string describe(const Exit& exit) {
+    if (!exit.known) {
+        return "a status that this process did not get to see";
+    }
     return exit.signal != 0 ? "signal " + std::to_string(exit.signal)
                             : "status " + std::to_string(exit.status);
 }
@@ -42,7 +45,9 @@ void ExitWatch::watch() {
     {
         const MutexLock lock(mutex_);
         int status = 0;
-        while (waitpid(process_, &status, 0) < 0 && errno == EINTR) {}
+        pid_t reaped = 0;
+        while ((reaped = waitpid(process_, &status, 0)) < 0 && errno == EINTR) {}
+        exit.known = reaped == process_;
         if (WIFSIGNALED(status)) {
             exit.signal = WTERMSIG(status);
         } else {

@@ -16,10 +16,13 @@ namespace host {
 struct Exit {
     int status = 0;  // when no signal killed it
     int signal = 0;  // 0: it exited by itself
+    // False: nobody knows how it ended, because this process ignores SIGCHLD or waits for all of
+    // its children elsewhere.
+    bool known = true;
     TimePoint at;
 
     bool clean() const {
-        return signal == 0 && status == 0;
+        return known && signal == 0 && status == 0;
     }
 };
 

@@ -69,7 +69,7 @@ void LineStream::drain(Descriptor read_end, Descriptor woken) {
             break;
         }
     }
-    // Before the end is made known, so that who has seen it can rely on the pipe being closed.
+    // Before the end is made known, so that a caller who sees it can rely on the pipe being closed.
     read_end.close();
     {
         const MutexLock lock(mutex_);

@@ -49,7 +49,7 @@ class WorkerProcess {
     bool send(std::string_view line, std::string& why);
     bool send(std::string_view line);
 
-    // Bytes as they are, for who cuts lines by himself: nothing is looked at.
+    // Raw bytes, unchecked, for callers that build lines themselves.
     bool send_bytes(std::string_view bytes);
 
     // The next line of output; nothing at the deadline, or at once when the output has ended.

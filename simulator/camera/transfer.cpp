@@ -214,8 +214,8 @@ void send_files() {
         for (std::size_t file = 0; file < transfer.kinds.size(); ++file) {
             all_sent = !given_up(transfer) && send_file(hold, transfer, landing, file) && all_sent;
         }
-        // With the lock still held from the last report, so that who is told finds the folder as it
-        // stays.
+        // With the lock still held from the last report, so that whoever hears of the file finds
+        // the folder in its final state.
         landing.let_go();
         finish(transfer.shot, !all_sent);
     }

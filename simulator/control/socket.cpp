@@ -76,8 +76,8 @@ std::string carry_out(const std::string& line, unsigned round, Hold& hold) SIM_R
     return words.finished() ? text + "ok\n" : "error: " + words.error() + "\n";
 }
 
-// What is left of the text is what a client that does not read leaves no room for, when `how` is
-// MSG_DONTWAIT. False: the client is gone.
+// With MSG_DONTWAIT it stops when the client has no room for more; the rest stays in `text`. False:
+// the client is gone.
 bool send_text(int client, std::string_view& text, int how) {
 #if defined(MSG_NOSIGNAL)
     constexpr int flags = MSG_NOSIGNAL;
@@ -181,8 +181,8 @@ void welcome(int client, unsigned round) {
 }
 
 void accept_clients(int socket, int stopped, unsigned round) {
-    // Descriptors or memory that are wanting now: clients wait in the queue meanwhile. Nothing
-    // tells when they are there again.
+    // Out of descriptors or memory for now: clients wait in the queue meanwhile. Nothing tells when
+    // there are some again.
     constexpr int pause_ms = 50;
     bool pausing = false;
     for (;;) {

@@ -91,9 +91,8 @@ void properties(std::vector<CrInt32u> codes) {
         line += " " + hex(code, 4);
     }
     const auto count = static_cast<CrInt32u>(codes.size());
-    codes.reserve(1);  // a notice without codes still has a place to point to
     queue(std::move(line), [codes = std::move(codes), count](IDeviceCallback& application) mutable {
-        CrInt32u none = 0;
+        CrInt32u none = 0;  // a notice without codes still has a place to point to
         application.OnPropertyChangedCodes(count, codes.empty() ? &none : codes.data());
     });
 }

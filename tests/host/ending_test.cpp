@@ -54,6 +54,20 @@ TEST(Ending, KillsWhatHearsNothing) {
     EXPECT_GE(ending.exit.at - start, 3 * soon);
 }
 
+// A host may ignore SIGCHLD, and then the system keeps no status.
+TEST(Ending, AStatusThatNobodyGotToSeeIsNotTakenForSuccess) {
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    struct sigaction before {};
+    sigaction(SIGCHLD, &ignore, &before);
+    const auto child = start_script("exit 3");
+    const auto exit = child->await_exit(host::after(patience));
+    sigaction(SIGCHLD, &before, nullptr);
+    ASSERT_TRUE(exit);
+    EXPECT_FALSE(exit->clean());
+    EXPECT_EQ(describe(*exit), "a status that this process did not get to see");
+}
+
 TEST(Ending, AStoppedWorkerIsKilled) {
     const auto child = start_script("exec cat");
     child->signal(SIGSTOP);

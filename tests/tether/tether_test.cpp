@@ -182,6 +182,24 @@ TEST_F(TetherTest, AWorkerThatDiesIsSaidSo) {
     EXPECT_TRUE(printed("! the worker went away\n! the worker ended with signal 9\n")) << output_;
 }
 
+// Ctrl-C and Ctrl-D would be all that a user can do about it.
+TEST_F(TetherTest, AProcessThatTheWorkerLeavesBehindHoldsNobodyUp) {
+    write("parent", "#!/bin/sh\necho 'READY|OK'\nsleep 1000 &\necho $! >" +
+                        (folder_ / "left").string() + "\nread line\nexit 0\n");
+    fs::permissions(folder_ / "parent", fs::perms::owner_all);
+    for (const char* mode : {"--interactive", "--redact"}) {
+        const auto command = start({TETHER_COMMAND,
+                                    {mode, "--record", folder_ / ("record" + std::string(mode)),
+                                     "--folder", folder_ / "shots", "--worker", folder_ / "parent"},
+                                    {},
+                                    folder_ / "errors"});
+        command->send("QUIT");
+        const auto exit = command->await_exit(host::after(patience));
+        ASSERT_TRUE(exit) << mode;
+        EXPECT_EQ(kill(std::stoi(read("left")), SIGKILL), 0) << "it must have outlived tether";
+    }
+}
+
 TEST_F(TetherTest, AnInterruptEndsTheWorkerInOrder) {
     start_tether({"--shots", "100"});
     read_to("DOWNLOADED|");

@@ -37,6 +37,10 @@ TEST(TypedLines, AreKeptWholeAsLongAsTheyCanBeCommands) {
     const std::string longest(4095, 'x');
     EXPECT_EQ(lines_of(longest + "\r\nafter\n", 1000), (Lines{longest, "after"}));
     EXPECT_EQ(lines_of(longest + "y\n", 1000), Lines{longest + "y"});
+    // What was cut off behind the carriage returns must not make a command of the rest.
+    const std::string cut = longest + std::string(64, '\r') + "y\nafter\n";
+    EXPECT_GT(lines_of(cut, 1000).at(0).size(), longest.size());
+    EXPECT_EQ(lines_of(cut, 1000).at(1), "after");
 }
 
 TEST(TypedLines, AnEndlessOneTakesNoMemory) {

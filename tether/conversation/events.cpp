@@ -20,6 +20,11 @@ namespace {
 constexpr std::size_t most_waiting = 1024;
 constexpr std::size_t most_waiting_bytes = std::size_t{1024} * 1024;
 
+// A process that the worker has left behind may hold its output open for ever. Only lines wake up
+// whoever waits for them, so the exit is looked at now and then.
+constexpr std::chrono::seconds look_at_exit_every{1};
+constexpr std::chrono::seconds time_for_the_rest{2};
+
 }  // namespace
 
 void Events::post(Event event) {
@@ -98,8 +103,13 @@ void post_typed_lines() {
 
 void post_worker_lines(host::WorkerProcess& worker) {
     std::thread([&worker] {
-        while (const auto line = worker.next_line(host::TimePoint::max())) {
-            events().post_line({Event::Kind::worker_line, line->text, line->at});
+        while (!worker.output_ended()) {
+            if (const auto line = worker.next_line(host::after(look_at_exit_every))) {
+                events().post_line({Event::Kind::worker_line, line->text, line->at});
+            } else if (const auto exit = worker.await_exit(Clock::now());
+                       exit && Clock::now() - exit->at > time_for_the_rest) {
+                worker.close_output();
+            }
         }
         events().post({Event::Kind::worker_ended, {}, Clock::now()});
     }).detach();

@@ -1,6 +1,5 @@
 #include "tether/conversation/typed_lines.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -31,14 +30,18 @@ void TypedLines::finish() {
 }
 
 void TypedLines::append(std::string_view bytes) {
-    line_ += bytes.substr(0, std::min(bytes.size(), most_kept - line_.size()));
+    const std::size_t room = most_kept - line_.size();
+    cut_ = cut_ || bytes.size() > room;
+    line_ += bytes.substr(0, room);
 }
 
-// Without the carriage returns of a file from elsewhere: the worker drops them too.
+// Without the carriage returns of a file from elsewhere: the worker drops them too. Of a line that
+// was cut they were not at the end.
 void TypedLines::give_line() {
-    while (!line_.empty() && line_.back() == '\r') {
+    while (!cut_ && !line_.empty() && line_.back() == '\r') {
         line_.pop_back();
     }
+    cut_ = false;
     give_(std::exchange(line_, {}));
 }
 

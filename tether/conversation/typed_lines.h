@@ -23,6 +23,7 @@ class TypedLines {
 
     const std::function<void(std::string)> give_;
     std::string line_;
+    bool cut_ = false;  // what came behind line_ was dropped
 };
 
 }  // namespace tether

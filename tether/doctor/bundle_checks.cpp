@@ -77,7 +77,7 @@ Finding worker_is_there(const Bundle& bundle, const std::optional<ProgramFile>& 
         return failure(name + " " + why, build_it);
     }
     if (access(bundle.worker.c_str(), X_OK) != 0) {
-        return failure(name + " is not executable", "chmod +x '" + bundle.worker.string() + "'");
+        return failure(name + " is not executable", "chmod +x " + in_shell_quotes(bundle.worker));
     }
     if (!why.empty()) {
         return warning(name + " " + why,

@@ -63,6 +63,14 @@ Finding finding(Verdict verdict, std::string_view text, std::string_view advice)
 
 }  // namespace
 
+std::string in_shell_quotes(const std::string& text) {
+    std::string quoted = "'";
+    for (const char byte : text) {
+        quoted += byte == '\'' ? std::string("'\\''") : std::string(1, byte);
+    }
+    return quoted + "'";
+}
+
 Finding ok(const std::string& text) {
     return finding(Verdict::ok, text, {});
 }

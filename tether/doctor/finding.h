@@ -16,6 +16,9 @@ struct Finding {
     std::string advice;  // what to do about it; may have several lines
 };
 
+// As one word of a command to copy.
+std::string in_shell_quotes(const std::string& text);
+
 Finding ok(const std::string& text);
 Finding warning(const std::string& text, const std::string& advice);
 Finding failure(const std::string& text, const std::string& advice);

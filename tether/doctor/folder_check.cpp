@@ -24,13 +24,13 @@ int try_to_write(const fs::path& folder) {
     if (!file.is_open()) {
         return errno;
     }
+    // The open file is enough: whoever is interrupted here leaves nothing behind.
+    unlink(name.c_str());
     const std::string content(std::size_t{1} << 20, 'x');
     // A network drive may keep the news of a full disk until the end.
     const bool written =
         host::write_all(file, content, host::TimePoint::max()) && fsync(file.number()) == 0;
-    const int error = written ? 0 : errno;
-    unlink(name.c_str());
-    return error;
+    return written ? 0 : errno;
 }
 
 std::string advice_for(int error) {
@@ -55,7 +55,7 @@ Finding folder_takes_pictures(const fs::path& folder) {
         return failure(name + " " + why_unreadable(folder), "Take another one.");
     }
     if (there == fs::file_type::not_found) {
-        return failure(name + " is not there", "mkdir -p '" + folder.string() + "'");
+        return failure(name + " is not there", "mkdir -p " + in_shell_quotes(folder));
     }
     if (there == fs::file_type::none) {
         return failure(name + " " + why_unreadable(folder), "Take another one.");

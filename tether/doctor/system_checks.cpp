@@ -33,7 +33,7 @@ Finding signature_holds(const Bundle& bundle, const System& system) {
     }
     const std::string text = "signature: " + first_line(answer.text);
     const std::string advice =
-        "Sign it: tools/sign '" + application.string() + "' IDENTITY (docs/macos.md).";
+        "Sign it: tools/sign " + in_shell_quotes(application) + " IDENTITY (docs/macos.md).";
     return answer.text.find("not signed at all") == std::string::npos ? failure(text, advice)
                                                                       : warning(text, advice);
 }

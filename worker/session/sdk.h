@@ -254,7 +254,8 @@ inline void send_release_command(Handle handle, std::uint32_t parameter) REQUIRE
     SCRSDK::SendCommand(handle, headers::Number{release_command}, headers::Number{parameter});
 }
 
-// The folder for the camera's files; an empty prefix and -1 are always passed so.
+// The folder for the camera's files, always with an empty prefix and number -1: the camera names
+// them.
 inline std::uint32_t set_save_info(Handle handle, const std::string& folder) REQUIRES(main_thread) {
     constexpr std::int32_t number = -1;
     return static_cast<std::uint32_t>(

@@ -18,8 +18,8 @@
 //   Session up                                not 0          true       0
 //   Camera gone: the SDK may reconnect it     not 0          false      0
 //
-// An OnConnected that crosses a time-out leaves connected true with handle 0; every operation bears
-// that.
+// An OnConnected that crosses a time-out leaves connected true with handle 0; every operation
+// copes with that.
 class SonyWorker final : public SCRSDK::IDeviceCallback {
   public:
     SonyWorker() = default;

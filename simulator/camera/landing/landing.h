@@ -1,5 +1,6 @@
 // Where a shot comes down on the computer: a number of the folder that is this shot's alone, and
-// files that stay hidden until they are whole. Nothing that lies in the folder is ever replaced or
+// files that stay hidden until they are whole, but for a file system that can neither rename without
+// replacing nor link: there the file is copied into its place, and seen while it grows. Nothing that lies in the folder is ever replaced or
 // written through. All of it is for the thread that transfers; none of it needs the lock.
 //
 // Two hidden names per shot, which no other program uses:
@@ -31,7 +32,7 @@ class Landing {
     bool reserved() const;
     unsigned number() const;
 
-    // The file's path for who is told of it; the number is `number` while none is reserved.
+    // The path to report; the number is `number` while none is reserved.
     std::string path(unsigned number, const char* ending) const;
 
     // Has the file of that ending made under its hidden name; 0 or what `making` returned.

@@ -1,5 +1,7 @@
 #pragma once
 
+// What an enumeration of cameras is made of, as the simulated camera provides it.
+
 #include "types.h"
 
 namespace SCRSDK {

@@ -1,5 +1,7 @@
 #pragma once
 
+// What an application is told, as the simulated camera tells it.
+
 #include "types.h"
 
 namespace SCRSDK {

@@ -1,5 +1,7 @@
 #pragma once
 
+// Device properties, as the simulated camera has them.
+
 #include "types.h"
 
 namespace SCRSDK {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The numbers and texts of the SDK's surface.
+// The numbers and texts of the SDK's surface, as the simulated camera provides it.
 
 using CrInt8u = unsigned char;
 using CrInt16u = unsigned short;

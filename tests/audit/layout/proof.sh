@@ -15,6 +15,14 @@ broken() {
     sed 's/^/            /' <<<"$2"
 }
 
+# in_a_clone: what looks at the files that git lists sees nothing elsewhere, and would find nothing wrong.
+in_a_clone() {
+    if ! git ls-files --error-unmatch check >/dev/null 2>&1; then
+        broken "this is a clone of git" "git lists no files here, so nothing could be looked at"
+        finish
+    fi
+}
+
 # skip NAME REASON: it cannot be proven here.
 skip() {
     skipped=$((skipped + 1))

@@ -39,6 +39,11 @@ TEST(Finding, WritesOutWhatIsNoText) {
     }
 }
 
+TEST(Finding, QuotesAPathForACommandToCopy) {
+    EXPECT_EQ(doctor::in_shell_quotes("/a b"), "'/a b'");
+    EXPECT_EQ(doctor::in_shell_quotes("it's; rm -rf $HOME"), "'it'\\''s; rm -rf $HOME'");
+}
+
 TEST(Finding, IsCutWhenItIsTooLongToRead) {
     EXPECT_EQ(doctor::ok(std::string(4000, 'a')).text, std::string(4000, 'a'));
     EXPECT_EQ(doctor::ok(std::string(1 << 20, 'a')).text, std::string(4000, 'a') + "…");
