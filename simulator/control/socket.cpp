@@ -23,8 +23,6 @@
 namespace camera_sim {
 namespace {
 
-constexpr std::size_t longest_line = std::size_t{64} * 1024;
-
 struct Listening {
     int stop = -1;  // closing it ends the listening; negative: nobody listens
     SocketFile file;

@@ -27,10 +27,12 @@ std::string seconds(Duration duration) {
 }  // namespace
 
 void open_journal(const char* path) {
-    g_journal = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    // A pipe that nobody reads would hold Init up; one that somebody reads must lose no line.
+    g_journal = open(path, O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0644);
     if (g_journal < 0) {
         stop(std::string("the journal ") + path + " cannot be opened: " + std::strerror(errno));
     }
+    fcntl(g_journal, F_SETFL, O_APPEND);
 }
 
 void close_journal() {

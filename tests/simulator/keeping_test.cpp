@@ -126,6 +126,18 @@ TEST_F(Keeping, TheCounterGoesOnBehindTheHighestNumber) {
     }
 }
 
+// Otherwise the pair would lose that half.
+TEST_F(Keeping, AHiddenNameOfEitherHalfThatIsTakenGivesTheNextNumber) {
+    const Names before{".DSC00001.JPG.camera-sim.part"};
+    write(shot(before[0]));
+    stage.open();
+    stage.set(0x0106, 3);
+    stage.save_to(stage.shots());
+    shoot();
+    EXPECT_EQ(names_in(stage.shots()), (Names{before[0], "DSC00002.ARW", "DSC00002.JPG"}));
+    EXPECT_EQ(content(shot(before[0])), "the user's own");
+}
+
 TEST_F(Keeping, TheHighestNumberCountsWhateverCarriesIt) {
     fs::create_directory(shot("dsc00040"));
     fs::create_symlink("/nowhere", shot("DSC00041.xmp"));

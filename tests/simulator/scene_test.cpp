@@ -3,8 +3,11 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "tests/simulator/stage.h"
 
@@ -213,7 +216,30 @@ TEST(SceneDeath, AFolderIsNoScene) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     Stage stage;
     setenv("CAMERA_SIM_SCENE", stage.shots().c_str(), 1);
-    EXPECT_DEATH(Init(0), "camera-sim: the scene .*/shots cannot be read: Is a directory");
+    EXPECT_DEATH(Init(0), "camera-sim: the scene .*/shots is not a file with lines of text");
+}
+
+// Init would wait for ever, and the worker with it.
+TEST(SceneDeath, APipeIsNoSceneAndNoJournalThatNobodyReads) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    Stage stage;
+    const std::string pipe = stage.shots() / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    setenv("CAMERA_SIM_SCENE", pipe.c_str(), 1);
+    EXPECT_DEATH(Init(0), "camera-sim: the scene .*/pipe is not a file with lines of text");
+    unsetenv("CAMERA_SIM_SCENE");
+    setenv("CAMERA_SIM_JOURNAL", pipe.c_str(), 1);
+    EXPECT_DEATH(Init(0), "camera-sim: the journal .*/pipe cannot be opened: ");
+}
+
+TEST(SceneDeath, AnEndlessLineIsNoScene) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    Stage stage;
+    const std::string scene = stage.shots() / "endless";
+    ASSERT_EQ(close(open(scene.c_str(), O_CREAT | O_WRONLY, 0600)), 0);
+    ASSERT_EQ(truncate(scene.c_str(), off_t{1} << 40), 0);
+    setenv("CAMERA_SIM_SCENE", scene.c_str(), 1);
+    EXPECT_DEATH(Init(0), "camera-sim: .*/endless:1: the line is too long");
 }
 
 TEST(Environment, AVariableWithASlipInItsNameIsTold) {

@@ -32,7 +32,8 @@ bool Record::open(const std::filesystem::path& file) {
         return false;
     }
     struct stat found {};
-    if (fstat(file_.number(), &found) != 0 || (S_ISREG(found.st_mode) && found.st_size > 0)) {
+    if (fstat(file_.number(), &found) != 0 || S_ISBLK(found.st_mode) ||
+        (S_ISREG(found.st_mode) && found.st_size > 0)) {
         file_.close();
         trouble_ = "it is not empty, and a record replaces nothing";
         return false;

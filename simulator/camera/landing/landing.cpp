@@ -56,7 +56,7 @@ int Landing::reserve(unsigned number, bool beyond_all) {
             let_go();
             return unread;
         }
-        if (numbers.count(number) == 0) {
+        if (numbers.count(number) == 0 && !part_lies_there(folder_, stem(number))) {
             return 0;
         }
         let_go();

@@ -1,7 +1,8 @@
 // Where a shot comes down on the computer: a number of the folder that is this shot's alone, and
-// files that stay hidden until they are whole, but for a file system that can neither rename without
-// replacing nor link: there the file is copied into its place, and seen while it grows. Nothing that lies in the folder is ever replaced or
-// written through. All of it is for the thread that transfers; none of it needs the lock.
+// files that stay hidden until they are whole, but for a file system that can neither rename
+// without replacing nor link: there the file is copied into its place, and seen while it grows.
+// Nothing that lies in the folder is ever replaced or written through. All of it is for the thread
+// that transfers; none of it needs the lock.
 //
 // Two hidden names per shot, which no other program uses:
 //   .DSC00001.camera-sim.lock      takes the number for as long as a live process holds its flock

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
+#include <iterator>
 #include <strings.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -92,6 +93,14 @@ bool clear_left_behind(const std::string& folder, const std::string& stem) {
     }
     close(lock);
     return dead;
+}
+
+bool part_lies_there(const std::string& folder, const std::string& stem) {
+    struct stat facts {};
+    return std::any_of(std::begin(file_endings), std::end(file_endings), [&](const char* ending) {
+        const std::string part = folder + "/." + stem + ending + std::string(part_ending);
+        return lstat(part.c_str(), &facts) == 0;
+    });
 }
 
 int read_folder(const std::string& folder, const std::string& prefix, const std::string& own,

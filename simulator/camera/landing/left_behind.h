@@ -18,6 +18,9 @@ bool same_file(int file, const std::string& path);
 // the number is free again.
 bool clear_left_behind(const std::string& folder, const std::string& stem);
 
+// Whether a hidden file of this shot lies in the folder, whoever's it is.
+bool part_lies_there(const std::string& folder, const std::string& stem);
+
 // The numbers of this prefix that lie in the folder; 0 or an errno value. Clears what dead cameras
 // have left there, except for the shot `own`.
 int read_folder(const std::string& folder, const std::string& prefix, const std::string& own,

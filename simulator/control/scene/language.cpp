@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 #include "simulator/control/scene/words.h"
 #include "simulator/sdk/strictness.h"
@@ -65,7 +67,16 @@ bool is_verb(const std::string& word) {
 }
 
 void play_scene(const char* path) {
-    std::FILE* file = std::fopen(path, "re");
+    // Not blocked by a pipe, which would hold Init up, and with it the worker's end.
+    const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat facts {};
+    if (descriptor < 0 || fstat(descriptor, &facts) != 0) {
+        stop(std::string("the scene ") + path + " cannot be read: " + std::strerror(errno));
+    }
+    if (!S_ISREG(facts.st_mode)) {
+        stop(std::string("the scene ") + path + " is not a file with lines of text");
+    }
+    std::FILE* file = fdopen(descriptor, "r");
     if (file == nullptr) {
         stop(std::string("the scene ") + path + " cannot be read: " + std::strerror(errno));
     }
@@ -74,9 +85,11 @@ void play_scene(const char* path) {
     for (int c = std::fgetc(file);; c = std::fgetc(file)) {
         if (c != '\n' && c != EOF) {
             line += static_cast<char>(c);
+            if (line.size() > longest_line) {
+                stop(std::string(path) + ":" + std::to_string(number) + ": the line is too long");
+            }
             continue;
         }
-        // A folder can be opened, too.
         if (std::ferror(file) != 0) {
             stop(std::string("the scene ") + path + " cannot be read: " + std::strerror(errno));
         }

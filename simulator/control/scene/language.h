@@ -3,6 +3,7 @@
 // The language of scene files and of the control socket: one command a line, each a verb of one
 // table.
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,8 @@ namespace camera_sim {
 
 class Words;
 enum class Card;
+
+inline constexpr std::size_t longest_line = std::size_t{64} * 1024;  // bytes
 
 struct Verb {
     const char* name;
