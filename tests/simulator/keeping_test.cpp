@@ -132,6 +132,7 @@ TEST_F(Keeping, AHiddenNameOfEitherHalfThatIsTakenGivesTheNextNumber) {
     write(shot(before[0]));
     stage.open();
     stage.set(0x0106, 3);
+    stage.set(0x0507, 0);
     stage.save_to(stage.shots());
     shoot();
     EXPECT_EQ(names_in(stage.shots()), (Names{before[0], "DSC00002.ARW", "DSC00002.JPG"}));
