@@ -1,6 +1,7 @@
 #pragma once
 
-// One line of the scene language as words: separated by spaces and commas, quoted texts with escapes,
+// One line of the scene language as words: separated by spaces and commas, quoted texts with
+// escapes,
 // `#` starting a comment. A taker that does not find what it wants notes the first thing that is
 // wrong and returns nothing useful; the verb acts only when `finished`. A line that is only checked
 // is never finished, and what it needs of the camera is not looked at.
