@@ -152,7 +152,6 @@ TEST(Backlog, AnyMixtureOfReadingsAndTakingsGivesTheLinesInOrder) {
     constexpr unsigned seed = 20240229;
     std::mt19937 random(seed);
     for (int round = 0; round < 200; ++round) {
-        std::string bytes;
         std::vector<std::pair<std::string, TimePoint>> expected;
         Backlog backlog(OutputLimits{100, 1 << 20});
         std::vector<Line> taken;

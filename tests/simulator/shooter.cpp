@@ -38,7 +38,7 @@ int main(int, char** arguments) {
     SetSaveInfo(handle, folder.data(), prefix.data(), -1);
     set(handle, 0x011A, 2);
     set(handle, 0x0119, 1);
-    std::cout << "up" << std::endl;
+    std::cout << "up\n" << std::flush;
     for (int shot = 0; shot < shots; ++shot) {
         set(handle, 0x0001, 2);
         SendCommand(handle, 0, 1);
@@ -49,9 +49,9 @@ int main(int, char** arguments) {
         }
     }
     for (const std::string& call : recorder.calls()) {
-        std::cout << call << std::endl;
+        std::cout << call << '\n';
     }
-    std::cout << "done" << std::endl;
+    std::cout << "done\n" << std::flush;
     std::cin.ignore();
     Disconnect(handle);
     ReleaseDevice(handle);

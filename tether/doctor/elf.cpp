@@ -90,6 +90,8 @@ Dynamic dynamic_of(const Bytes& file, const std::vector<Segment>& segments) {
             case dynamic_runpath:
                 dynamic.runpath = value;
                 break;
+            default:  // what else the loader wants to know
+                break;
         }
     }
     return dynamic;

@@ -1,11 +1,11 @@
 #include "simulator/camera/landing/left_behind.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
 #include <iterator>
-#include <strings.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -32,8 +32,12 @@ bool ends_with(std::string_view text, std::string_view ending) {
 
 // The number in a file's name, whatever its ending; 0 when it is no shot of this prefix.
 unsigned number_in(std::string_view name, const std::string& prefix) {
+    const auto same_letter = [](char one, char other) {
+        return std::tolower(static_cast<unsigned char>(one)) ==
+               std::tolower(static_cast<unsigned char>(other));
+    };
     if (name.size() < prefix.size() ||
-        strncasecmp(name.data(), prefix.c_str(), prefix.size()) != 0) {
+        !std::equal(prefix.begin(), prefix.end(), name.begin(), same_letter)) {
         return 0;
     }
     name.remove_prefix(prefix.size());
