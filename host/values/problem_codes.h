@@ -1,5 +1,5 @@
-// Everything that can be wrong, by the words on the wire. The meaning of each and an advice that a
-// photographer can follow stand in the catalogue.
+// Everything that can be wrong, by the words on the wire. What each means: problem_texts.h.
+// Written by catalogue/generate: change catalogue/problems.json.
 #pragma once
 
 #include <array>

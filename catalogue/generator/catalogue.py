@@ -1,0 +1,59 @@
+"""What stands in the catalogue's files, read once and held against each other."""
+
+import json
+
+
+class CatalogueError(Exception):
+    """The catalogue contradicts itself; the text says where."""
+
+
+def parse(path):
+    """A file of the catalogue. A name that stands twice in one object would lose one of its values without a word."""
+
+    def unique(pairs):
+        names = [name for name, _ in pairs]
+        twice = sorted({name for name in names if names.count(name) > 1})
+        if twice:
+            raise CatalogueError(f"{path.name}: {', '.join(twice)} stands twice in one object")
+        return dict(pairs)
+
+    try:
+        return json.loads(path.read_text(encoding="utf-8"), object_pairs_hook=unique)
+    except json.JSONDecodeError as error:
+        raise CatalogueError(f"{path.name}: {error}") from error
+
+
+class Catalogue:
+    def __init__(self, openrpc, problems):
+        self.openrpc = openrpc
+        self.problems = problems
+        self.schemas = openrpc["components"]["schemas"]
+        self.check()
+
+    @classmethod
+    def read(cls, folder):
+        return cls(*(parse(folder / name) for name in ("openrpc.json", "problems.json")))
+
+    def check(self):
+        """The same codes in both files, and every reference leads somewhere."""
+        codes = [problem["code"] for problem in self.problems]
+        if self.schemas["ProblemCode"]["enum"] != codes:
+            raise CatalogueError("ProblemCode in openrpc.json has other codes than problems.json, or in another order")
+        severities = self.schemas["Severity"]["enum"]
+        for problem in self.problems:
+            if set(problem) != {"code", "severity", "meaning", "advice"} or problem["severity"] not in severities:
+                raise CatalogueError(f"problems.json: {problem['code']} needs code, severity, meaning and advice")
+        for method in self.openrpc["methods"]:
+            for parameter in method["params"]:
+                self.resolved(parameter["schema"])
+
+    def resolved(self, schema):
+        """A schema, or the one that its $ref names."""
+        while "$ref" in schema:
+            found = self.openrpc
+            for part in schema["$ref"].removeprefix("#/").split("/"):
+                if part not in found:
+                    raise CatalogueError(f"openrpc.json: {schema['$ref']} leads nowhere")
+                found = found[part]
+            schema = found
+        return schema
