@@ -24,15 +24,16 @@ def parse(path):
 
 
 class Catalogue:
-    def __init__(self, openrpc, problems):
+    def __init__(self, openrpc, problems, protocol):
         self.openrpc = openrpc
         self.problems = problems
+        self.protocol = protocol
         self.schemas = openrpc["components"]["schemas"]
         self.check()
 
     @classmethod
     def read(cls, folder):
-        return cls(*(parse(folder / name) for name in ("openrpc.json", "problems.json")))
+        return cls(*(parse(folder / name) for name in ("openrpc.json", "problems.json", "protocol.json")))
 
     def check(self):
         """The same codes in both files, and every reference leads somewhere."""
