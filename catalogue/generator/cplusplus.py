@@ -10,6 +10,10 @@ TYPES = {
     "boolean": "yes_or_no",
     "object": "object",
 }
+# A member of a Parameter, in their order, and what says so in a schema.
+RANGES = {"least": "minimum", "most": "maximum", "shortest": "minLength", "longest": "maxLength", "most_items": "maxItems"}
+# No text may hold U+0000, whatever else it may hold.
+PATTERNS = {r"^[^\u0000]*$": [], r"^[^\u0000]+$": [], r"^[^\u0000\r\n]+$": [("one_line", "true")]}
 
 
 def head(source, *what):
@@ -145,10 +149,6 @@ namespace notification {{
 """
 
 
-def number(value):
-    return repr(value)
-
-
 def fields_of(catalogue, name, required, schema):
     """The members of a Parameter that differ from what they are by themselves, in their order."""
     schema = catalogue.resolved(schema)
@@ -164,9 +164,15 @@ def fields_of(catalogue, name, required, schema):
     fields = [("name", quoted(name)), ("type", f"Type::{of_kind}")]
     if required:
         fields.append(("required", "true"))
-    for member, key in (("least", "minimum"), ("most", "maximum"), ("shortest", "minLength"), ("longest", "maxLength")):
+    for member, key in RANGES.items():
         if key in schema:
-            fields.append((member, number(schema[key])))
+            fields.append((member, repr(schema[key])))
+    if "pattern" in schema:
+        if schema["pattern"] not in PATTERNS:
+            raise CatalogueError(f"openrpc.json: parameter {name}: C++ knows no pattern {schema['pattern']}")
+        fields += PATTERNS[schema["pattern"]]
+    if "contains" in schema:
+        fields.append(("contains", repr(schema["contains"]["const"])))
     if "enum" in schema:
         fields.append(("words", "{" + ", ".join(quoted(word) for word in schema["enum"]) + "}"))
     elif kind == "string" and "maxLength" not in schema:
@@ -186,9 +192,10 @@ def parameters_of(catalogue, function, parameters):
             members = [(member, member in needed, of_member) for member, of_member in schema["properties"].items()]
             functions += parameters_of(catalogue, f"in_{name}", members)
             fields.append(("members", f"in_{name}()"))
-        row = "        {" + ", ".join(f".{field} = {value}" for field, value in fields) + "},\n"
+        fields = [f".{field} = {value}" for field, value in fields]
+        row = "        {" + ", ".join(fields) + "},\n"
         if len(row) > COLUMNS + 1:
-            raise CatalogueError(f"openrpc.json: parameter {name} of {function} takes more than a line of C++")
+            row = "        {" + ",\n         ".join(fields) + "},\n"
         rows += row
     return functions + f"std::vector<Parameter> {function}() {{\n    return {{\n{rows}    }};\n}}\n\n"
 

@@ -110,7 +110,7 @@ def range_of(schema):
     if "minimum" in schema:
         return f", from {schema['minimum']} on"
     if "maxLength" in schema:
-        return f", at most {schema['maxLength']:,} bytes"
+        return f", at most {schema['maxLength']:,} characters"
     return ""
 
 

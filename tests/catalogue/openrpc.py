@@ -8,7 +8,7 @@ from jsonschema import Draft7Validator
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 # They stand in no method's list.
-ERRORS_OF_ANY_REQUEST = {"ParseError", "InvalidRequest", "NotInitialized", "InvalidParams", "InternalError"}
+ERRORS_OF_ANY_REQUEST = {"ParseError", "InvalidRequest", "InvalidParams", "InternalError"}
 
 
 def closed(schema):

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <limits>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -17,11 +18,15 @@ struct Parameter {
     // Of a number or an integer.
     double least = std::numeric_limits<double>::lowest();
     double most = std::numeric_limits<double>::max();
-    // Of a text: bytes. No text may hold a zero byte, which no path and no command can carry.
+    // Of a text: characters. None may hold U+0000, which no path and no command can carry.
     std::size_t shortest = 0;
     std::size_t longest = 4095;
+    bool one_line = false;
     std::vector<std::string_view> words{};  // of a text: one of these, when there are any
-    std::vector<Parameter> members{};       // of an object
+    // Of a list: its length, and what must be in it.
+    std::size_t most_items = 64;
+    std::optional<int> contains{};
+    std::vector<Parameter> members{};  // of an object
 };
 
 struct Method {

@@ -11,7 +11,7 @@ namespace {
 
 std::vector<Parameter> in_client() {
     return {
-        {.name = "name", .type = Type::text, .required = true, .shortest = 1, .longest = 256},
+        {.name = "name", .type = Type::text, .required = true, .longest = 256},
         {.name = "version", .type = Type::text, .required = true, .longest = 256},
     };
 }
@@ -19,7 +19,7 @@ std::vector<Parameter> in_client() {
 std::vector<Parameter> of_initialize() {
     return {
         {.name = "client", .type = Type::object, .required = true, .members = in_client()},
-        {.name = "protocols", .type = Type::list_of_integers},
+        {.name = "protocols", .type = Type::list_of_integers, .most_items = 64, .contains = 1},
     };
 }
 
@@ -28,13 +28,13 @@ std::vector<Parameter> of_capture() {
         {.name = "patience", .type = Type::number, .least = 0.1, .most = 3600},
         {.name = "expires", .type = Type::number, .least = 0, .most = 3600},
         {.name = "name", .type = Type::text, .longest = 1024},
-        {.name = "tag", .type = Type::text, .longest = 256},
+        {.name = "tag", .type = Type::text, .longest = 1024},
     };
 }
 
 std::vector<Parameter> of_cancel() {
     return {
-        {.name = "tag", .type = Type::text, .required = true, .longest = 256},
+        {.name = "tag", .type = Type::text, .required = true, .longest = 1024},
     };
 }
 
@@ -49,7 +49,7 @@ std::vector<Parameter> of_configure() {
 
 std::vector<Parameter> of_pictures() {
     return {
-        {.name = "after", .type = Type::text, .longest = 4095},
+        {.name = "after", .type = Type::text, .longest = 256},
         {.name = "limit", .type = Type::integer, .least = 1, .most = 1000},
     };
 }
@@ -62,7 +62,12 @@ std::vector<Parameter> of_subscribe() {
 
 std::vector<Parameter> of_simulate() {
     return {
-        {.name = "line", .type = Type::text, .required = true, .shortest = 1, .longest = 65536},
+        {.name = "line",
+         .type = Type::text,
+         .required = true,
+         .shortest = 1,
+         .longest = 65536,
+         .one_line = true},
     };
 }
 
