@@ -1,6 +1,7 @@
 """What stands in the catalogue's files, read once and held against each other."""
 
 import json
+import re
 
 
 class CatalogueError(Exception):
@@ -24,16 +25,18 @@ def parse(path):
 
 
 class Catalogue:
-    def __init__(self, openrpc, problems, protocol):
+    def __init__(self, openrpc, problems, protocol, sdk_codes):
         self.openrpc = openrpc
         self.problems = problems
         self.protocol = protocol
+        self.sdk_codes = sdk_codes
         self.schemas = openrpc["components"]["schemas"]
         self.check()
 
     @classmethod
     def read(cls, folder):
-        return cls(*(parse(folder / name) for name in ("openrpc.json", "problems.json", "protocol.json")))
+        names = ("openrpc.json", "problems.json", "protocol.json", "sdk_codes.json")
+        return cls(*(parse(folder / name) for name in names))
 
     def check(self):
         """The same codes in both files, and every reference leads somewhere."""
@@ -44,6 +47,9 @@ class Catalogue:
         for problem in self.problems:
             if set(problem) != {"code", "severity", "meaning", "advice"} or problem["severity"] not in severities:
                 raise CatalogueError(f"problems.json: {problem['code']} needs code, severity, meaning and advice")
+        for entry in self.sdk_codes:
+            if set(entry) != {"code", "from", "meaning", "advice"} or not re.fullmatch("0x[0-9A-F]{8}", entry["code"]):
+                raise CatalogueError(f"sdk_codes.json: {entry.get('code')} needs a code like 0x00008402, from, meaning and advice")
         for method in self.openrpc["methods"]:
             for parameter in method["params"]:
                 self.resolved(parameter["schema"])

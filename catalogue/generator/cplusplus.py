@@ -86,12 +86,19 @@ constexpr Severity severity(Code code) {{
 """
 
 
-def row_of_texts(first, second):
-    """Two literals in braces, on one line where they fit."""
-    row = f"    {{{quoted(first)}, {quoted(second)}}},\n"
-    if len(row) <= COLUMNS + 1:
-        return row
-    return f"    {{{wrapped(first, 5, ',')}\n     {wrapped(second, 5, '},')}\n"
+def row_of_texts(*texts):
+    """Literals in braces, as many on a line as fit."""
+    lines = ["    {"]
+    for text in texts:
+        behind = "}," if text is texts[-1] else ","
+        fits = len(lines[-1]) + len(" " + quoted(text) + behind) <= COLUMNS
+        if lines[-1] == "    {":
+            lines[-1] += wrapped(text, 5, behind)
+        elif fits:
+            lines[-1] += " " + quoted(text) + behind
+        else:
+            lines.append("     " + wrapped(text, 5, behind))
+    return "\n".join(lines) + "\n"
 
 
 def problem_texts(catalogue):
@@ -122,6 +129,28 @@ constexpr std::string_view meaning(Code code) {{
 constexpr std::string_view advice(Code code) {{
     return code_texts[static_cast<std::size_t>(code)].advice;
 }}
+
+}}  // namespace host
+"""
+
+
+def sdk_codes(catalogue):
+    rows = "".join(row_of_texts(entry["code"], entry["meaning"], entry["advice"]) for entry in catalogue.sdk_codes)
+    return f"""{head("catalogue/sdk_codes.json", "What the codes of the SDK mean that a host can meet, as far as they are known.")}#pragma once
+
+#include <array>
+#include <string_view>
+
+namespace host {{
+
+struct SdkCode {{
+    std::string_view code;  // as it stands on the wire, "0x00008402"
+    std::string_view meaning;
+    std::string_view advice;
+}};
+
+inline constexpr std::array<SdkCode, {len(catalogue.sdk_codes)}> sdk_codes{{{{
+{rows}}}}};
 
 }}  // namespace host
 """

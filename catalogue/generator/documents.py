@@ -192,6 +192,11 @@ def problems_table(catalogue):
                  [(code(one["code"]), one["severity"], one["meaning"], one["advice"]) for one in catalogue.problems])
 
 
+def sdk_codes_table(catalogue):
+    return table(("Code", "From", "Means", "What to do"),
+                 [(code(one["code"]), one["from"], one["meaning"], one["advice"]) for one in catalogue.sdk_codes])
+
+
 def serve(catalogue, text):
     return filled("docs/serve.md", text, {
         "methods": "\n".join(method_text(catalogue, method) for method in catalogue.openrpc["methods"]),
@@ -199,4 +204,5 @@ def serve(catalogue, text):
         "types": "\n".join(type_section(catalogue, name, schema) for name, schema in catalogue.schemas.items()),
         "errors": errors_table(catalogue),
         "problems": problems_table(catalogue),
+        "sdk codes": sdk_codes_table(catalogue),
     })
