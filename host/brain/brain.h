@@ -15,13 +15,13 @@
 #include <vector>
 
 #include "host/brain/effects.h"
-#include "host/brain/fence.h"
-#include "host/brain/held_lines.h"
 #include "host/brain/news.h"
-#include "host/brain/restarts.h"
-#include "host/brain/shot_in_hand.h"
+#include "host/brain/session/fence.h"
+#include "host/brain/session/held_lines.h"
+#include "host/brain/session/restarts.h"
+#include "host/brain/shots/shot_in_hand.h"
+#include "host/brain/shots/stems.h"
 #include "host/brain/standing_problems.h"
-#include "host/brain/stems.h"
 #include "host/brain/times.h"
 #include "host/values/file_work.h"
 #include "host/values/requests.h"
@@ -180,7 +180,7 @@ class Brain {
     void hear_error_while_opening(std::string_view text, std::optional<std::uint32_t> code);
     void hear_fence();
 
-    // starting.cpp
+    // session/starting.cpp
     void begin();
     void open_run();
     void hear_ready(std::string_view text);
@@ -191,7 +191,7 @@ class Brain {
     void on(const RunOpened& answer);
     void on(const RunNotOpened& answer);
 
-    // folder.cpp
+    // session/folder.cpp
     Ticket open_folder(const std::string& folder);
     void on(const FolderOpened& answer);
     void on(const FolderNotOpened& answer);
@@ -199,7 +199,7 @@ class Brain {
     void clear_folder_problems();
     void close_folder_unless_used(const std::string& folder);
 
-    // restarting.cpp: a worker that is gone, hangs or floods
+    // session/restarting.cpp: a worker that is gone, hangs or floods
     void give_up_worker(const Problem& problem);
     void climb(Time rung);
     void lose_session(const Problem& problem);
@@ -215,7 +215,7 @@ class Brain {
     void on(const CameraIsSimulated& news);
     void on(const TimeOfDayIs& news);
 
-    // opening.cpp
+    // session/opening.cpp
     void open();
     void judge_opening();
     void fail_session(const Problem& problem);
@@ -223,7 +223,7 @@ class Brain {
     void closed();
     void hear_connected(std::string_view text);
 
-    // settling.cpp
+    // session/settling.cpp
     void settle(bool after_opening);
     void ask_destination();
     void ask_type();
@@ -238,7 +238,7 @@ class Brain {
     void hear_save_dest(std::string_view text);
     void hear_file_type(std::string_view text);
 
-    // losing.cpp
+    // session/losing.cpp
     void hear_disconnected(std::string_view text);
     void probe();
     void probed();
@@ -259,12 +259,12 @@ class Brain {
     void strike_requests();
     void let_camera_go();
 
-    // turns.cpp: captures and settings, one at a time
+    // shots/turns.cpp: captures and settings, one at a time
     void take_turn();
     std::size_t unfired() const;
     bool quiet() const;
 
-    // shots.cpp
+    // shots/shots.cpp
     void shot_further();
     void fire();
     void fired();
@@ -276,14 +276,14 @@ class Brain {
     bool has_all_files() const;
     std::size_t files_under_way() const;
 
-    // shot_over.cpp
+    // shots/shot_over.cpp
     void finish_shot(const std::optional<Problem>& why);
     void give_up_shot(const Problem& why);
     void judge_shot(const std::optional<Problem>& why);
     void blame(Problem problem);
     void tell_shot_over(const ShotInHand& hand);
 
-    // reports.cpp
+    // shots/reports.cpp
     void hear_downloaded(std::string_view text);
     void on(const Examined& answer);
     void on(const Placed& answer);
@@ -296,7 +296,7 @@ class Brain {
     void complain(const Report& report, Problem problem);
     void look_in_old_runs();
 
-    // attribution.cpp: whose file is it
+    // shots/attribution.cpp: whose file is it
     void attribute(Ticket ticket, Report& report);
     void accept(Ticket ticket, Report& report);
     void leave_unasked(Ticket ticket, Report& report);
@@ -308,7 +308,7 @@ class Brain {
     template <typename Settle>
     void settle_doubted(Settle settle);
 
-    // configuring.cpp, moving.cpp
+    // session/configuring.cpp, session/moving.cpp
     void configure_further();
     void take_wishes();
     void settle_wishes();
@@ -325,7 +325,7 @@ class Brain {
     void adopt_folder();
     void configured();
 
-    // ending.cpp
+    // session/ending.cpp
     void end_further();
     void strike_ending();
     void ended();

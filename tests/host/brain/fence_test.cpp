@@ -1,4 +1,4 @@
-#include "host/brain/fence.h"
+#include "host/brain/session/fence.h"
 
 #include <gtest/gtest.h>
 

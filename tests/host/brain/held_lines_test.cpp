@@ -1,5 +1,5 @@
 // Which lines the worker wrote, and which are the rest of a file's name.
-#include "host/brain/held_lines.h"
+#include "host/brain/session/held_lines.h"
 
 #include <gtest/gtest.h>
 #include <vector>

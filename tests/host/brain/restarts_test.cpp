@@ -1,4 +1,4 @@
-#include "host/brain/restarts.h"
+#include "host/brain/session/restarts.h"
 
 #include <gtest/gtest.h>
 

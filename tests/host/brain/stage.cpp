@@ -2,17 +2,10 @@
 
 #include <algorithm>
 
+#include "host/brain/text.h"
 #include "host/process/fields.h"
 
 namespace host::brain {
-namespace {
-
-bool begins_with(std::string_view text, std::string_view beginning) {
-    return text.substr(0, beginning.size()) == beginning;
-}
-
-}  // namespace
-
 Stage::Stage(Wishes wishes) : brain(std::move(wishes)) {
     tell(TimeOfDayIs{std::chrono::milliseconds(1'700'000'000'000)});
 }

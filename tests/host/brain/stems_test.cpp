@@ -1,4 +1,4 @@
-#include "host/brain/stems.h"
+#include "host/brain/shots/stems.h"
 
 #include <gtest/gtest.h>
 

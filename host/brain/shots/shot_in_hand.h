@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/brain/fence.h"
+#include "host/brain/session/fence.h"
 #include "host/brain/times.h"
 #include "host/values/file_work.h"
 #include "host/values/requests.h"

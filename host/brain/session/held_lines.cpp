@@ -1,4 +1,4 @@
-#include "host/brain/held_lines.h"
+#include "host/brain/session/held_lines.h"
 
 #include <algorithm>
 
