@@ -132,6 +132,9 @@ void Brain::strike_state() {
 }
 
 void Brain::give_up_start() {
+    if (worker_ == Worker::none) {
+        return begin();  // a change of the folder was waited for
+    }
     if (worker_ == Worker::leaving) {
         abandon_worker();
         return replace_worker();

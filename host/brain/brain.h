@@ -82,7 +82,8 @@ class Brain {
     struct Probe {
         Fence::Number fence = 0;  // 0: none under way
         bool again = false;       // a loss was heard meanwhile: it says nothing any more
-        bool reconnected = false;
+        bool connected = false;   // a CONNECTED was heard meanwhile
+        bool came_back = false;   // or before, and this asks once more
     };
 
     struct Settling {

@@ -23,7 +23,6 @@ void Brain::hear_disconnected(std::string_view text) {
 }
 
 void Brain::probe() {
-    probe_.reconnected = false;
     if (probe_.fence != 0) {
         probe_.again = true;
         return;
@@ -38,12 +37,13 @@ void Brain::probed() {
     if (state_ != State::ready) {
         return;
     }
-    if (asked.again || (asked.reconnected && !answered_)) {
+    const bool came_back = asked.connected || asked.came_back;
+    if (asked.again || (asked.connected && !answered_)) {
         probe();
-        probe_.reconnected = asked.reconnected;
+        probe_.came_back = came_back;
     } else if (!answered_) {
         lose();
-    } else if (asked.reconnected) {
+    } else if (came_back) {
         settle(false);
     } else {
         loss_in_doubt_ = true;

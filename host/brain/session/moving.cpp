@@ -98,7 +98,8 @@ void Brain::adopt_folder() {
     }
     configuring_->step = Configuring::Step::settings;
     settle_wishes();
-    if (state_ == State::down && (wanted_ || !starts_.empty())) {
+    if ((state_ == State::down && (wanted_ || !starts_.empty())) ||
+        (state_ == State::starting && worker_ == Worker::none && folder_ticket_ == 0)) {
         begin();
     }
 }

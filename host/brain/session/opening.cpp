@@ -32,7 +32,7 @@ void Brain::hear_connected(std::string_view text) {
         case State::lost:
             return settle(false);
         case State::ready:
-            probe_.reconnected = probe_.fence != 0;
+            probe_.connected = probe_.fence != 0;
             if (loss_in_doubt_) {
                 settle(false);
             }

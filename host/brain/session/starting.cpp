@@ -8,11 +8,15 @@ void Brain::begin() {
     if (shut_ || ending_ || worker_ != Worker::none) {
         return;
     }
+    if (state_ != State::starting) {
+        enter(State::starting);
+    }
+    deadline_ = never;
+    // The next worker begins in the folder that is being opened.
     if (configuring_ && configuring_->step == Configuring::Step::opening_folder) {
         deadline_ = now_ + times_.between_asks;
         return;
     }
-    enter(State::starting);
     if (folder_open_) {
         open_run();
     } else if (folder_ticket_ == 0) {

@@ -235,6 +235,28 @@ TEST(BrainConfiguring, AWorkerThatDiesInEachStepOfAMoveIsReplacedAndTheRequestAn
     }
 }
 
+TEST(BrainConfiguring, AWorkerThatIsLostWhileTheDiskOpensTheFolderIsReplacedInIt) {
+    for (const bool floods : {true, false}) {
+        Stage stage;
+        stage.get_ready();
+        stage.disk_answers = false;
+        const RequestId request = stage.ask(folder("/new"));
+        stage.after(milliseconds(1));
+        if (floods) {
+            stage.tell(WorkerFlooded{"run-1", "much"});
+        } else {
+            stage.tell(WorkerEnded{"run-1", WorkerEnd::gone, 1});
+        }
+        stage.after(seconds(30));
+        EXPECT_EQ(stage.state().state, State::starting) << floods;
+        stage.disk_answers = true;
+        stage.after(seconds(2));
+        EXPECT_EQ(stage.state().state, State::ready) << floods;
+        EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new") << floods;
+        EXPECT_EQ(stage.workers().at(0).staging.substr(0, 5), "/new/") << floods;
+    }
+}
+
 TEST(BrainConfiguring, IsAnsweredAfter60SecondsAtTheLatest) {
     Stage stage;
     stage.get_ready();

@@ -116,6 +116,17 @@ TEST(BrainLosing, ACameraThatIsBackBehindTheProbesBackIsNotTakenForLost) {
     EXPECT_EQ(stage.state().state, State::settling);
 }
 
+TEST(BrainLosing, AConnectedThatNoSessionIsBehindIsAskedAboutOnce) {
+    Stage stage;
+    stage.get_ready();
+    stage.session = false;
+    stage.hear("DISCONNECTED|");
+    stage.hear("CONNECTED|MODEL-A");
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.said(), (Lines{"SET_SAVE_DEST|disk", "PRIME", "SET_SAVE_DEST|disk", "PRIME"}));
+    EXPECT_EQ(stage.state().state, State::lost);
+}
+
 TEST(BrainLosing, AConnectedThatComesAfterTheProbeFoundASessionSettlesItAgain) {
     Stage stage;
     stage.get_ready();
