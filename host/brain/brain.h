@@ -292,7 +292,6 @@ class Brain {
     void on(const RunSwept& answer);
     void place(Ticket ticket, Report& report, const Stem& under);
     void show(const std::vector<Picture>& pictures);
-    void show(const Picture& picture);
     void drop_report(Ticket ticket);
     void complain(const Report& report, Problem problem);
     void look_in_old_runs();

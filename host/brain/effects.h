@@ -32,6 +32,7 @@ struct StateChanged {
     SessionState state;
 };
 
+// To be told, and then marked in the ledger as told by who does it.
 struct PictureCame {
     Picture picture;
 };

@@ -71,7 +71,8 @@ struct Place {
     std::optional<std::chrono::milliseconds> after;
 };
 
-// A listener knows of the picture: it need not be told again after a restart. No answer.
+// A listener knows of the picture: it need not be told again after a restart. Asked for by who
+// calls the listener, never by the brain. No answer.
 struct Told {
     std::string id;
 };

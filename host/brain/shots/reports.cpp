@@ -118,7 +118,7 @@ void Brain::on(const Placed& answer) {
     if (last_sizes_.size() > limit::sizes) {
         last_sizes_.pop_front();
     }
-    show(answer.picture);
+    do_now(PictureCame{answer.picture});
     const bool in_hand = shot_ && report.shot == shot_->shot.number;
     if (in_hand) {
         shot_->shot.pictures.push_back(answer.picture);
@@ -178,13 +178,8 @@ void Brain::on(const RunSwept& answer) {
 
 void Brain::show(const std::vector<Picture>& pictures) {
     for (const Picture& picture : pictures) {
-        show(picture);
+        do_now(PictureCame{picture});
     }
-}
-
-void Brain::show(const Picture& picture) {
-    do_now(PictureCame{picture});
-    do_now(FileWork(Told{picture.id}));
 }
 
 }  // namespace host::brain

@@ -209,7 +209,6 @@ TEST(BrainRestarting, WhatTheSweepBringsInIsTold) {
     found.recovered = true;
     stage.answer(RunSwept{stage.asked_of_disk<SweepRun>().at(0).ticket, {found}, {}});
     EXPECT_EQ(stage.pictures().at(0).id, "found");
-    EXPECT_EQ(stage.asked_of_disk<Told>().at(0).id, "found");
 }
 
 TEST(BrainRestarting, AWorkerThatSurvivesSigkillIsNamedByItsNumberAndReplaced) {

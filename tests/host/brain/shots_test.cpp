@@ -43,7 +43,7 @@ TEST(BrainShots, ACaptureIsFiredAndCompleteWhenItsFileIsInItsPlace) {
     EXPECT_EQ(shot.pictures[0].tag, "portrait");
     EXPECT_EQ(shot.pictures[0].after, milliseconds(800));
     EXPECT_EQ(stage.pictures(), shot.pictures);
-    EXPECT_EQ(stage.asked_of_disk<Told>().at(0).id, shot.pictures[0].id);
+    EXPECT_TRUE(stage.asked_of_disk<Told>().empty()) << "only who shows it knows that it was seen";
     EXPECT_EQ(stage.shots().back(), shot);
     EXPECT_TRUE(shot.problems.empty());
 }
