@@ -6,12 +6,14 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/pictures/disk/identity.h"
 #include "host/values/file_work.h"
 #include "host/values/picture.h"
 #include "host/values/time.h"
@@ -64,7 +66,44 @@ class Store {
     }
 
   private:
+    // A file that was examined and not placed yet.
+    struct Pending {
+        std::shared_ptr<Run> run;
+        std::string name;
+        FileFacts file;
+        bool whole = false;
+    };
+
+    // opening.cpp
+    FileAnswer open_folder(const OpenFolder& work);
+    FileAnswer take_folder(Ticket ticket, std::shared_ptr<Folder> folder);
+    std::optional<Problem> lock_folder(Folder& folder);
+    void close_folder(const std::string& path);
+    FolderLooked look(const LookAtFolder& work) const;
+    std::shared_ptr<Folder> folder_at(const std::string& path) const;
+
+    // runs.cpp
+    FileAnswer open_run(const OpenRun& work);
+    std::optional<Problem> make_run(Run& run) const;
+    void begin_run(const RunBegun& work);
+    RunSwept sweep_run(const SweepRun& work);
+    void forget_run(const std::shared_ptr<Run>& run);
+    bool is_stood_in(const Run& run) const;
+
+    // examining.cpp
+    Examined examine(const Examine& work);
+    std::shared_ptr<Run> run_of_staging(const std::string& run, const std::string& folder) const;
+    FileAnswer place_examined(const Place& work);
+
+    // store.cpp
+    void tell(const std::string& id);
+    TimeOfDay now() const;
+
+    const Options options_;
     std::atomic<bool> hurried_{false};
+    std::vector<std::shared_ptr<Folder>> folders_;  // the one opened last is the last
+    std::map<std::string, std::shared_ptr<Run>> runs_;
+    std::map<Ticket, Pending> pending_;
 };
 
 }  // namespace host::pictures

@@ -1,0 +1,39 @@
+// Which file it is, whatever its name is.
+#pragma once
+
+#include <cstdint>
+#include <sys/stat.h>
+
+namespace host::pictures {
+
+struct Identity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+
+    bool operator==(const Identity&) const = default;
+};
+
+inline Identity identity_of(const struct stat& facts) {
+    return {static_cast<std::uint64_t>(facts.st_dev), static_cast<std::uint64_t>(facts.st_ino)};
+}
+
+// What shows after a restart that it is the same file.
+struct FileFacts {
+    Identity identity;
+    std::uint64_t bytes = 0;
+    std::int64_t changed = 0;  // its content, in nanoseconds since 1970
+
+    bool operator==(const FileFacts&) const = default;
+};
+
+inline FileFacts facts_of(const struct stat& facts) {
+#if defined(__APPLE__)
+    const timespec& changed = facts.st_mtimespec;
+#else
+    const timespec& changed = facts.st_mtim;
+#endif
+    return {identity_of(facts), static_cast<std::uint64_t>(facts.st_size),
+            std::int64_t{changed.tv_sec} * 1'000'000'000 + changed.tv_nsec};
+}
+
+}  // namespace host::pictures

@@ -1,0 +1,27 @@
+// Runs whose program has gone. Their workers may still be ending.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/pictures/disk/lock.h"
+#include "host/pictures/folder.h"
+#include "host/pictures/recovery.h"
+#include "host/pictures/store.h"
+
+namespace host::pictures {
+
+// Ends the workers that outlive their program, and brings in what the runs have left. The folder's
+// lock is held, so that no program has a run there.
+Found take_over_left_runs(const std::shared_ptr<Folder>& folder, const Options& options,
+                          const std::atomic<bool>& hurried, TimeOfDay now);
+
+// Removes a run's lock file, which is ours: a regular file of its name.
+void remove_lock(const Folder& folder, const std::string& run);
+
+// All runs are called so; what is called otherwise is not touched.
+inline constexpr std::string_view run_prefix = "run-";
+
+}  // namespace host::pictures

@@ -1,0 +1,85 @@
+#include "host/pictures/whole/window.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
+
+namespace host::pictures {
+
+const std::uint8_t* Window::piece(std::uint64_t at, std::size_t& count) {
+    count = 0;
+    if (at >= size_) {
+        return nullptr;
+    }
+    if (at < begin_ || at - begin_ >= held_) {
+        // Pieces lie on their own grid, so that reading backwards and forwards finds them again.
+        begin_ = at - at % bytes_.size();
+        held_ = 0;
+        const auto wanted =
+            static_cast<std::size_t>(std::min<std::uint64_t>(bytes_.size(), size_ - begin_));
+        while (held_ < wanted) {
+            const ssize_t got = ::pread(file_, bytes_.data() + held_, wanted - held_,
+                                        static_cast<off_t>(begin_ + held_));
+            if (got < 0 && errno == EINTR) {
+                continue;
+            }
+            if (got <= 0) {
+                break;
+            }
+            held_ += static_cast<std::size_t>(got);
+        }
+    }
+    const std::uint64_t offset = at - begin_;
+    if (offset >= held_) {
+        return nullptr;
+    }
+    count = held_ - static_cast<std::size_t>(offset);
+    return bytes_.data() + offset;
+}
+
+std::optional<std::uint8_t> Window::byte(std::uint64_t at) {
+    std::size_t count = 0;
+    const std::uint8_t* const bytes = piece(at, count);
+    return bytes == nullptr ? std::nullopt : std::optional(*bytes);
+}
+
+std::optional<std::uint64_t> Window::big_endian(std::uint64_t at, unsigned int count) {
+    std::uint64_t number = 0;
+    for (unsigned int index = 0; index < count; ++index) {
+        const auto next = byte(at + index);
+        if (!next || at + index < at) {
+            return std::nullopt;
+        }
+        number = number << 8 | *next;
+    }
+    return number;
+}
+
+std::optional<std::uint64_t> Window::little_endian(std::uint64_t at, unsigned int count) {
+    std::uint64_t number = 0;
+    for (unsigned int index = count; index > 0; --index) {
+        const auto next = byte(at + index - 1);
+        if (!next || at + index - 1 < at) {
+            return std::nullopt;
+        }
+        number = number << 8 | *next;
+    }
+    return number;
+}
+
+std::uint64_t Window::next_ff(std::uint64_t at) {
+    for (;;) {
+        std::size_t count = 0;
+        const std::uint8_t* const bytes = piece(at, count);
+        if (bytes == nullptr) {
+            return size_;
+        }
+        if (const void* found = std::memchr(bytes, 0xFF, count)) {
+            return at + static_cast<std::uint64_t>(static_cast<const std::uint8_t*>(found) - bytes);
+        }
+        at += count;
+    }
+}
+
+}  // namespace host::pictures
