@@ -26,12 +26,11 @@ std::optional<Looked> look_through(const Run& run, const std::string& name) {
     const Descriptor file = open_regular(run.staging.number(), name.c_str(), O_RDONLY, error);
     struct stat before {};
     struct stat after {};
-    if (error == EACCES &&
-        ::fstatat(run.staging.number(), name.c_str(), &before, AT_SYMLINK_NOFOLLOW) == 0) {
-        return Looked{facts_of(before), false, "it cannot be read"};
+    if (::fstatat(run.staging.number(), name.c_str(), &before, AT_SYMLINK_NOFOLLOW) != 0) {
+        return std::nullopt;
     }
     if (error != 0 || ::fstat(file.number(), &before) != 0) {
-        return std::nullopt;
+        return Looked{facts_of(before), false, "it cannot be read: " + in_words(error)};
     }
     Looked looked{facts_of(before), false, {}};
     looked.why = why_not_whole(file.number(), looked.file.bytes, name);
@@ -40,6 +39,13 @@ std::optional<Looked> look_through(const Run& run, const std::string& name) {
     }
     looked.whole = looked.why.empty();
     return looked;
+}
+
+// It may have grown, or have another number if the file system keeps none.
+bool is_still(const FileFacts& file, const struct stat& now) {
+    const FileFacts facts = facts_of(now);
+    return file.identity == facts.identity ||
+           (file.bytes == facts.bytes && file.changed == facts.changed);
 }
 
 Problem not_there(const Run& run, const std::string& name) {
@@ -58,8 +64,12 @@ std::shared_ptr<Run> Store::run_of_staging(const std::string& run,
                                            const std::string& folder) const {
     struct stat facts {};
     const auto found = runs_.find(run);
-    if (found == runs_.end() || ::stat(folder.c_str(), &facts) != 0) {
+    if (found == runs_.end()) {
         return nullptr;
+    }
+    if (::stat(folder.c_str(), &facts) != 0) {
+        // A staging folder that is gone holds no file, and one that was moved is still at hand.
+        return folder == found->second->staging_path() + "/" ? found->second : nullptr;
     }
     for (std::shared_ptr<Run> one = found->second; one != nullptr; one = one->moved_from) {
         if (one->identity == identity_of(facts)) {
@@ -103,7 +113,7 @@ Examined Store::examine(const Examine& work) {
     }
     const bool known = std::any_of(pending_.begin(), pending_.end(), [&](const auto& one) {
         const Pending& pending = one.second;
-        return pending.run == run && pending.file.identity == identity_of(facts) &&
+        return pending.run == run && is_still(pending.file, facts) &&
                fold_case(pending.name) == fold_case(name);
     });
     if (known) {
@@ -136,7 +146,7 @@ FileAnswer Store::place_examined(const Place& work) {
     Run& run = *pending.run;
     struct stat facts {};
     if (::fstatat(run.staging.number(), pending.name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) != 0 ||
-        !S_ISREG(facts.st_mode) || identity_of(facts) != pending.file.identity) {
+        !S_ISREG(facts.st_mode) || !is_still(pending.file, facts)) {
         return NotPlaced{work.ticket, not_there(run, pending.name)};
     }
     if (facts_of(facts) != pending.file) {

@@ -69,10 +69,10 @@ class Placer {
 
 int Placer::choose_spot(TimeOfDay now) {
     const auto cut = folder_.unfinished.find(file_.run + "/" + file_.name);
-    if (cut != folder_.unfinished.end() &&
-        cut->second.file.identity.inode == file_.file.identity.inode) {
+    if (cut != folder_.unfinished.end() && is_same_file(cut->second.file, file_.file)) {
         // The same picture once more: it keeps its id, and its shot if that was known only then.
         line_.picture.id = cut->second.picture.id;
+        clear_reservation(folder_, cut->second);
     } else {
         line_.picture.id = write_id(draw());
     }
@@ -230,6 +230,22 @@ std::variant<Picture, Problem> Placer::place(TimeOfDay now) {
 }
 
 }  // namespace
+
+void clear_reservation(const Folder& folder, const Placing& cut) {
+    if (!cut.reserves) {
+        return;
+    }
+    int error = 0;
+    struct stat facts {};
+    const Spot spot = spot_of(cut.picture.path);
+    const Descriptor target = open_below(folder.itself.number(), spot.folder, false, error);
+    const std::string name = cut.picture.path.substr(cut.picture.path.rfind('/') + 1);
+    if (error == 0 && ::fstatat(target.number(), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) == 0 &&
+        S_ISREG(facts.st_mode) && facts.st_size == 0 && facts.st_nlink == 1 &&
+        facts.st_uid == ::geteuid() && facts_of(facts).changed >= cut.written - coarse_time) {
+        ::unlinkat(target.number(), name.c_str(), 0);
+    }
+}
 
 Spot spot_of(std::string_view path) {
     const std::size_t slash = path.rfind('/');

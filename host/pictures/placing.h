@@ -27,6 +27,10 @@ struct ToPlace {
 // The picture with its absolute path; or a problem that names where the file is now.
 std::variant<Picture, Problem> place(Folder& folder, const ToPlace& file, TimeOfDay now);
 
+// Removes the empty file that a placing that was cut has left in the place of the picture: what has
+// its name and is no older than the line that announced it, when the name was free.
+void clear_reservation(const Folder& folder, const Placing& cut);
+
 // Of a path from the folder.
 Spot spot_of(std::string_view path);
 

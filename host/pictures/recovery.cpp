@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
 #include <map>
 #include <type_traits>
@@ -16,10 +15,6 @@
 
 namespace host::pictures {
 namespace {
-
-// File systems without numbers of their own for files give them new ones at each start, and keep
-// times to two seconds.
-constexpr std::int64_t coarse_time = 2'000'000'000;
 
 struct Cut {
     std::optional<FileFacts> staged;
@@ -37,9 +32,7 @@ std::optional<FileFacts> regular_at(const Descriptor& folder, const std::string&
 }
 
 bool is_it(const std::optional<FileFacts>& found, const FileFacts& file) {
-    return found && found->bytes == file.bytes &&
-           (found->identity.inode == file.identity.inode ||
-            std::llabs(found->changed - file.changed) <= coarse_time);
+    return found && is_same_file(*found, file);
 }
 
 class Recovery {
@@ -51,7 +44,6 @@ class Recovery {
   private:
     void remember(const LedgerEntry& entry);
     void finish(const Placing& cut);
-    void clear_reservation(const Placing& cut, const Descriptor& target, const std::string& name);
     void place_again(const Placing& cut, const Descriptor& staging, const FileFacts& file);
     void tell(Picture picture);
     void add(Picture picture);
@@ -90,18 +82,6 @@ void Recovery::remember(const LedgerEntry& entry) {
             }
         },
         entry);
-}
-
-// An empty file that is not older than the line that announced it: the name was free before.
-void Recovery::clear_reservation(const Placing& cut, const Descriptor& target,
-                                 const std::string& name) {
-    struct stat facts {};
-    if (cut.reserves && target.is_open() &&
-        ::fstatat(target.number(), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) == 0 &&
-        S_ISREG(facts.st_mode) && facts.st_size == 0 && facts.st_nlink == 1 &&
-        facts.st_uid == ::geteuid() && facts_of(facts).changed >= cut.written - coarse_time) {
-        ::unlinkat(target.number(), name.c_str(), 0);
-    }
 }
 
 // Unless somebody has taken it away before it was ever told.
@@ -163,7 +143,6 @@ void Recovery::finish(const Placing& cut) {
     const auto placed = regular_at(target, name);
     const bool same_number = placed && placed->identity.inode == cut.file.identity.inode;
     if (is_it(staged, cut.file)) {
-        clear_reservation(cut, target, name);
         return place_again(cut, staging, *staged);
     }
     if (is_it(placed, cut.file) || (!staged && same_number)) {
@@ -171,7 +150,7 @@ void Recovery::finish(const Placing& cut) {
         folder_.pairs.remember(cut);
         return add(cut.picture);
     }
-    clear_reservation(cut, target, name);
+    clear_reservation(folder_, cut);
     folder_.ledger.append(Dropped{cut.picture.id});
     if (!staged) {
         found_.problems.push_back({Code::picture_not_there,

@@ -1,6 +1,7 @@
 #include "host/pictures/sweeping.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
 #include <utility>
@@ -59,7 +60,7 @@ void Sweep::leave(const std::string& name, const char* what) {
 
 std::vector<Staged> Sweep::oldest_first(const std::function<bool(const std::string&)>& spared) {
     std::vector<Staged> files;
-    list_folder(run_.staging.number(), [&](const char* name) {
+    const int error = list_folder(run_.staging.number(), [&](const char* name) {
         struct stat facts {};
         if (::fstatat(run_.staging.number(), name, &facts, AT_SYMLINK_NOFOLLOW) != 0) {
             return true;
@@ -77,6 +78,15 @@ std::vector<Staged> Sweep::oldest_first(const std::function<bool(const std::stri
         }
         return true;
     });
+    // ENOENT: the folder has been deleted, and everything in it.
+    if (error != 0 && error != ENOENT) {
+        found_.problems.push_back({Code::picture_not_placed,
+                                   "What has been staged cannot be looked at: " + in_words(error) +
+                                       ". It is now in " +
+                                       path_now(run_.staging.number(), run_.staging_path()),
+                                   {},
+                                   {}});
+    }
     std::sort(files.begin(), files.end(), [](const Staged& one, const Staged& other) {
         return std::tie(one.file.changed, one.name) < std::tie(other.file.changed, other.name);
     });
@@ -96,8 +106,7 @@ ToPlace Sweep::to_place(const Staged& staged) {
     picture.recovered = true;
     // Its shot was known when moving it failed, or is that of its other half.
     const auto cut = folder_.unfinished.find(run_.name + "/" + staged.name);
-    if (cut != folder_.unfinished.end() &&
-        cut->second.file.identity.inode == staged.file.identity.inode) {
+    if (cut != folder_.unfinished.end() && is_same_file(cut->second.file, staged.file)) {
         picture = cut->second.picture;
         file.spot = spot_of(picture.path);
     } else if (const Pair* other =

@@ -26,6 +26,16 @@ struct FileFacts {
     bool operator==(const FileFacts&) const = default;
 };
 
+// File systems that keep no number for a file give it a new one now and then, at the latest when
+// they are mounted anew; these keep its times to two seconds.
+inline constexpr std::int64_t coarse_time = 2'000'000'000;
+
+inline bool is_same_file(const FileFacts& one, const FileFacts& other) {
+    const std::int64_t apart = one.changed - other.changed;
+    return one.bytes == other.bytes && (one.identity.inode == other.identity.inode ||
+                                        (apart <= coarse_time && apart >= -coarse_time));
+}
+
 inline FileFacts facts_of(const struct stat& facts) {
 #if defined(__APPLE__)
     const timespec& changed = facts.st_mtimespec;

@@ -1,6 +1,7 @@
 #include "tests/host/pictures/desk.h"
 
 #include <cstdlib>
+#include <unistd.h>
 
 TemporaryFolder::TemporaryFolder(const fs::path& where) {
     std::string name = (where / "pictures-XXXXXX").string();
@@ -11,6 +12,11 @@ TemporaryFolder::TemporaryFolder(const fs::path& where) {
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
     fs::remove_all(path_, ignored);
+}
+
+fs::path quick_disk() {
+    const fs::path memory = "/dev/shm";
+    return ::access(memory.c_str(), W_OK) == 0 ? memory : fs::temp_directory_path();
 }
 
 std::map<std::string, std::string> files_in(const fs::path& folder) {

@@ -43,6 +43,9 @@ class TemporaryFolder {
     fs::path path_;
 };
 
+// In memory where the system has such a disk: for tests with thousands of folders.
+fs::path quick_disk();
+
 // Every regular file below, by its path from there, but for what is in .incoming.
 std::map<std::string, std::string> files_in(const fs::path& folder);
 

@@ -79,6 +79,11 @@ TEST_F(Examining, AFileThatNeverCameIsNotThere) {
     EXPECT_EQ(desk_.examine(run_, std::string(300, 'x')).verdict, Verdict::not_there);
 }
 
+TEST_F(Examining, AFileOfAStagingFolderThatHasGoneIsNotThere) {
+    fs::remove_all(folder_.path());
+    EXPECT_EQ(desk_.examine(run_, "DSC00001.JPG").verdict, Verdict::not_there);
+}
+
 TEST_F(Examining, LinksFoldersAndHiddenNamesAreNoFiles) {
     write_file(folder_.path() / "mine.JPG", sample_jpeg("mine"));
     fs::create_symlink(folder_.path() / "mine.JPG", run_.staging / "link.JPG");

@@ -84,15 +84,22 @@ TEST_F(Opening, APathThatIsTooLongForALineIsNotTaken) {
 }
 
 TEST_F(Opening, AFolderThatForbidsItIsNotPermitted) {
-    if (::geteuid() == 0) {
-        GTEST_SKIP() << "root may write everywhere";
-    }
-    fs::permissions(folder_.path(), fs::perms::owner_read | fs::perms::owner_exec);
-    Desk desk(folder_.path());
-    EXPECT_EQ(desk.fail_to_open(folder_.path().string()).problem.code, Code::folder_not_permitted);
-    EXPECT_EQ(desk.fail_to_open((folder_.path() / "new").string()).problem.code,
+    constexpr uid_t nobody = 65534;
+    const uid_t before = ::geteuid();
+    const fs::path closed = folder_.path() / "closed";
+    fs::create_directory(closed);
+    fs::permissions(closed, fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_read |
+                                fs::perms::others_exec);
+    fs::permissions(folder_.path(), fs::perms::all);
+    // Root may write everywhere.
+    ASSERT_TRUE(before != 0 || ::seteuid(nobody) == 0);
+    Desk desk(closed);
+    EXPECT_EQ(desk.fail_to_open(closed.string()).problem.code, Code::folder_not_permitted);
+    EXPECT_EQ(desk.fail_to_open((closed / "new").string()).problem.code,
               Code::folder_not_permitted);
-    fs::permissions(folder_.path(), fs::perms::owner_all);
+    ASSERT_EQ(::seteuid(before), 0);
+    fs::permissions(closed, fs::perms::owner_all);
+    EXPECT_TRUE(fs::is_empty(closed));
 }
 
 TEST_F(Opening, AnIncomingThatIsNotOursIsNotTaken) {

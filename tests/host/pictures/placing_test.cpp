@@ -187,7 +187,7 @@ TEST_F(Placing, AFileThatChangedSinceItWasExaminedIsLookedAtAgain) {
 TEST_F(Placing, AFileThatWasReplacedSinceItWasExaminedIsNotTaken) {
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("one"));
     const auto examined = desk_.examine(run_, "DSC00001.JPG");
-    write_file(run_.staging / "other", sample_jpeg("two"));
+    write_file(run_.staging / "other", sample_jpeg("another"));
     fs::rename(run_.staging / "other", run_.staging / "DSC00001.JPG");
     const auto refused =
         desk_.ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "", "p", {}});

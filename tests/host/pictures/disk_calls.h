@@ -1,0 +1,18 @@
+// The system calls by which a store changes a disk, in the hands of a test: it can let one fail,
+// or end the process before it.
+#pragma once
+
+#include <functional>
+#include <string_view>
+
+namespace disk_calls {
+
+// Asked before each call, with its name; 0, or the errno that it is to fail with. While something
+// is set here, files are written in two pieces and nothing is really synced: no test cuts the
+// power.
+extern std::function<int(std::string_view call)> before;
+
+// A file system without a rename that replaces nothing.
+extern bool no_exclusive_rename;
+
+}  // namespace disk_calls

@@ -1,0 +1,211 @@
+// Disks that a test has to mount: small, read-only, and exFAT. It takes root.
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/host/pictures/afternoon.h"
+
+namespace {
+
+using host::Code;
+
+class Disks : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (::geteuid() != 0) {
+            GTEST_SKIP() << "mounting takes root";
+        }
+        fs::create_directory(where());
+    }
+    void TearDown() override {
+        if (mounted_) {
+            ::umount2(where().c_str(), device_.empty() ? MNT_DETACH : 0);
+        }
+        if (!device_.empty()) {
+            output_of("losetup --detach " + device_);
+        }
+    }
+    fs::path where() const {
+        return folder_.path() / "disk";
+    }
+    bool mount_memory(const char* options) {
+        mounted_ = ::mount("tmpfs", where().c_str(), "tmpfs", 0, options) == 0;
+        return mounted_;
+    }
+    // By a program outside the kernel, which has no rename that replaces nothing.
+    bool mount_exfat() {
+        const std::string image = folder_.path() / "image";
+        if (device_.empty()) {
+            write_file(image, "");
+            fs::resize_file(image, std::size_t{8} << 20);
+            if (output_of("mkfs.exfat " + image).empty()) {
+                return false;
+            }
+            device_ = output_of("losetup --find --show " + image);
+            device_.erase(device_.find_last_not_of('\n') + 1);
+        }
+        mounted_ = !device_.empty() &&
+                   std::system(
+                       ("mount.exfat-fuse " + device_ + " " + where().string() + " >/dev/null 2>&1")
+                           .c_str()) == 0 &&
+                   fs::status(where()).permissions() == fs::perms::all;
+        return mounted_;
+    }
+    void remount_exfat() {
+        ASSERT_EQ(::umount2(where().c_str(), 0), 0) << std::strerror(errno);
+        mounted_ = false;
+        ASSERT_TRUE(mount_exfat());
+    }
+
+    TemporaryFolder folder_;
+    bool mounted_ = false;
+
+  private:
+    // Empty when the program failed, or is not there.
+    static std::string output_of(const std::string& command) {
+        FILE* const pipe = ::popen((command + " 2>/dev/null").c_str(), "r");
+        std::string text;
+        for (int byte = std::fgetc(pipe); byte != EOF; byte = std::fgetc(pipe)) {
+            text += static_cast<char>(byte);
+        }
+        return ::pclose(pipe) == 0 ? text : "";
+    }
+
+    std::string device_;  // that shows the image
+};
+
+TEST_F(Disks, AFullDiskLosesNothing) {
+    if (!mount_memory("size=256k")) {
+        GTEST_SKIP() << "no disk can be mounted here";
+    }
+    Desk desk(where());
+    desk.open();
+    const OpenedRun run = desk.open_run();
+    write_file(run.staging / "DSC00001.JPG", sample_jpeg("1"));
+    const auto examined = desk.examine(run, "DSC00001.JPG");
+    // The ledger stands at the end of a block, and no other is free.
+    std::ofstream(where() / ".incoming/ledger", std::ios::app)
+        << std::string(4096 - fs::file_size(where() / ".incoming/ledger") % 4096 - 1, ' ') << "\n";
+    write_file(where() / "filler", std::string(1 << 20, 'x'));
+    ASSERT_EQ(fs::space(where()).available, 0U);
+
+    const auto refused =
+        desk.ask<host::NotPlaced>(host::Place{examined.ticket, 3, "", "", "p", {}});
+    EXPECT_EQ(refused.problem.code, Code::picture_not_placed);
+    EXPECT_NE(refused.problem.text.find(run.staging / "DSC00001.JPG"), std::string::npos)
+        << refused.problem.text;
+    EXPECT_EQ(read_file(run.staging / "DSC00001.JPG"), sample_jpeg("1"));
+    EXPECT_EQ(desk.ask<host::FolderLooked>(host::LookAtFolder{9, where().string()}).room, 0U);
+
+    fs::remove(where() / "filler");
+    const auto swept = desk.sweep(run);
+    ASSERT_EQ(swept.pictures.size(), 1U);
+    EXPECT_EQ(swept.pictures[0].shot, std::uint64_t{3});
+    EXPECT_EQ(read_file(swept.pictures[0].path), sample_jpeg("1"));
+}
+
+TEST_F(Disks, ADiskThatHasBecomeReadOnlyLosesNothing) {
+    if (!mount_memory("size=256k")) {
+        GTEST_SKIP() << "no disk can be mounted here";
+    }
+    auto desk = std::make_unique<Desk>(where());
+    desk->open();
+    const OpenedRun run = desk->open_run();
+    write_file(run.staging / "DSC00001.JPG", sample_jpeg("1"));
+    const auto examined = desk->examine(run, "DSC00001.JPG");
+    desk = nullptr;
+    Desk next(where());
+    ASSERT_EQ(::mount("", where().c_str(), "", MS_REMOUNT | MS_RDONLY, ""), 0);
+    EXPECT_EQ(next.fail_to_open(where().string()).problem.code, Code::folder_not_permitted);
+    ASSERT_EQ(::mount("", where().c_str(), "", MS_REMOUNT, ""), 0);
+    EXPECT_EQ(next.open().pictures.size(), 1U);
+    static_cast<void>(examined);
+}
+
+TEST_F(Disks, AnEmptyDiskIsTakenAndAnEjectedOneIsGone) {
+    if (!mount_memory("size=256k")) {
+        GTEST_SKIP() << "no disk can be mounted here";
+    }
+    Desk desk(where());
+    desk.open();
+    ASSERT_EQ(::umount2(where().c_str(), MNT_DETACH), 0);
+    mounted_ = false;
+    const auto looked = desk.ask<host::FolderLooked>(host::LookAtFolder{9, where().string()});
+    EXPECT_TRUE(looked.there);
+    EXPECT_FALSE(looked.same);
+    EXPECT_EQ(desk.ask<host::RunNotOpened>(host::OpenRun{10, where().string(), ""}).problem.code,
+              Code::folder_gone);
+    EXPECT_TRUE(fs::is_empty(where()));
+}
+
+TEST_F(Disks, ExfatTakesPicturesByReservation) {
+    if (!mount_exfat()) {
+        GTEST_SKIP() << "exFAT cannot be mounted here: it needs exfat-fuse and mkfs.exfat";
+    }
+    Desk desk(where());
+    desk.open();
+    const OpenedRun run = desk.open_run();
+    write_file(where() / "dsc00002.jpg", "a stranger's");
+    EXPECT_EQ(desk.bring(run, "DSC00001.JPG", sample_jpeg("1")).path,
+              (where() / "DSC00001.JPG").string());
+    EXPECT_EQ(desk.bring(run, "DSC00002.JPG", sample_jpeg("2")).path,
+              (where() / "DSC00002-2.JPG").string());
+    EXPECT_EQ(read_file(where() / "dsc00002.jpg"), "a stranger's");
+    EXPECT_EQ(read_file(where() / "DSC00001.JPG"), sample_jpeg("1"));
+    EXPECT_NE(read_file(where() / ".incoming/ledger").find("\"reserves\":true"), std::string::npos);
+}
+
+TEST_F(Disks, ExfatIsBroughtInAfterItsFilesGotNewNumbers) {
+    if (!mount_exfat()) {
+        GTEST_SKIP() << "exFAT cannot be mounted here: it needs exfat-fuse and mkfs.exfat";
+    }
+    host::Picture picture;
+    {
+        Desk desk(where());
+        desk.open();
+        const OpenedRun run = desk.open_run();
+        picture = desk.bring(run, "DSC00001.JPG", sample_jpeg("1"));
+        write_file(run.staging / "DSC00002.JPG", sample_jpeg("2"));
+    }
+    // As a kill before the last line leaves it.
+    std::string ledger = read_file(where() / ".incoming/ledger");
+    ledger.erase(ledger.find("{\"placed\""));
+    write_file(where() / ".incoming/ledger", ledger);
+    remount_exfat();
+    {
+        Desk desk(where());
+        const auto opened = desk.open();
+        EXPECT_EQ(names_of(opened.pictures, where()),
+                  (std::set<std::string>{"DSC00001.JPG", "DSC00002.JPG"}));
+        EXPECT_EQ(opened.pictures.at(0).id, picture.id);
+        EXPECT_TRUE(opened.problems.empty());
+    }
+}
+
+TEST_F(Disks, ExfatLosesNothingWhenKilledAtAnyStepAndMountedAnew) {
+    if (!mount_exfat()) {
+        GTEST_SKIP() << "exFAT cannot be mounted here: it needs exfat-fuse and mkfs.exfat";
+    }
+    // A step and the next but two leave the same on the disk more often than not.
+    constexpr int stride = 3;
+    int step = 0;
+    for (bool cut = true; cut; step += stride) {
+        SCOPED_TRACE("step " + std::to_string(step));
+        const TemporaryFolder folder(where());
+        const Afternoon afternoon(folder.path());
+        cut = cut_at(step, [&] { afternoon.shoot(); });
+        remount_exfat();
+        afternoon.check();
+        if (HasFailure()) {
+            return;
+        }
+    }
+    EXPECT_GT(step, 100);
+}
+
+}  // namespace

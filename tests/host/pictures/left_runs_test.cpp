@@ -1,0 +1,238 @@
+// Workers that outlive their program: children of the test that hold the lock of a run.
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include "tests/host/pictures/desk.h"
+
+namespace {
+
+using host::Code;
+
+// Holds a descriptor until it is told to end, or is ended.
+class Worker {
+  public:
+    Worker(int held, bool ignores_sigterm) {
+        int told[2] = {};
+        int ready[2] = {};
+        EXPECT_EQ(::pipe(told), 0);
+        EXPECT_EQ(::pipe(ready), 0);
+        process_ = ::fork();
+        if (process_ == 0) {
+            ::signal(SIGTERM, ignores_sigterm ? SIG_IGN : SIG_DFL);
+            for (int file = 3; file < 1024; ++file) {
+                if (file != held && file != told[0] && file != ready[1]) {
+                    ::close(file);
+                }
+            }
+            char byte = 0;
+            ::_exit(::write(ready[1], &byte, 1) == 1 && ::read(told[0], &byte, 1) >= 0 ? 0 : 1);
+        }
+        char byte = 0;
+        EXPECT_EQ(::read(ready[0], &byte, 1), 1);
+        for (const int end : {told[0], ready[0], ready[1]}) {
+            ::close(end);
+        }
+        told_ = told[1];
+    }
+    ~Worker() {
+        end();
+        if (process_ > 0) {
+            ::kill(process_, SIGKILL);
+            ::waitpid(process_, nullptr, 0);
+        }
+    }
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+
+    pid_t process() const {
+        return process_;
+    }
+    void end() {
+        if (told_ >= 0) {
+            ::close(std::exchange(told_, -1));
+        }
+    }
+    // The signal that ended it; 0: it ended by itself.
+    int ended_by() {
+        int status = 0;
+        EXPECT_EQ(::waitpid(std::exchange(process_, -1), &status, 0) > 0, true);
+        return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    }
+    bool lives() const {
+        return ::waitpid(process_, nullptr, WNOHANG) == 0;
+    }
+
+  private:
+    pid_t process_ = -1;
+    int told_ = -1;
+};
+
+class LeftRuns : public testing::Test {
+  protected:
+    LeftRuns() : desk_(std::make_unique<Desk>(folder_.path())) {
+        desk_->open();
+        run_ = desk_->open_run();
+    }
+    fs::path lock() const {
+        return run_.staging.string() + ".lock";
+    }
+    // The worker has begun, and its program goes without a word.
+    void crash(const Worker& worker) {
+        desk_->store().work(host::RunBegun{run_.name, worker.process()});
+        desk_ = nullptr;
+    }
+
+    TemporaryFolder folder_;
+    std::unique_ptr<Desk> desk_;
+    OpenedRun run_;
+};
+
+TEST_F(LeftRuns, AWorkerThatIsStillEndingIsWaitedFor) {
+    Worker worker(run_.lock, false);
+    crash(worker);
+    write_file(run_.staging / "DSC00001.JPG", sample_jpeg("late"));
+    host::pictures::Options options = impatient();
+    options.before_sigterm = std::chrono::minutes(10);
+    Desk next(folder_.path(), options);
+    std::thread ends([&] { worker.end(); });
+    EXPECT_EQ(names_of(next.open().pictures, folder_.path()),
+              std::set<std::string>{"DSC00001.JPG"});
+    ends.join();
+    EXPECT_EQ(worker.ended_by(), 0);
+    EXPECT_FALSE(fs::exists(run_.staging));
+    EXPECT_FALSE(fs::exists(lock()));
+}
+
+TEST_F(LeftRuns, AWorkerThatStaysIsEndedAndItsFilesAreBroughtIn) {
+    Worker worker(run_.lock, false);
+    crash(worker);
+    write_file(run_.staging / "DSC00001.JPG", sample_jpeg("late"));
+    Desk next(folder_.path());
+    EXPECT_EQ(names_of(next.open().pictures, folder_.path()),
+              std::set<std::string>{"DSC00001.JPG"});
+    EXPECT_EQ(worker.ended_by(), SIGTERM);
+}
+
+TEST_F(LeftRuns, AWorkerThatIgnoresSigtermIsKilled) {
+    Worker worker(run_.lock, true);
+    crash(worker);
+    host::pictures::Options options = impatient();
+    options.before_sigkill = {};
+    Desk next(folder_.path(), options);
+    EXPECT_TRUE(next.open().problems.empty());
+    EXPECT_EQ(worker.ended_by(), SIGKILL);
+}
+
+TEST_F(LeftRuns, AWorkerWhoseNumberWasNeverWrittenIsEndedAllTheSame) {
+    Worker worker(run_.lock, false);
+    desk_ = nullptr;
+    EXPECT_EQ(read_file(lock()), "");
+    Desk next(folder_.path());
+    EXPECT_TRUE(next.open().problems.empty());
+    EXPECT_EQ(worker.ended_by(), SIGTERM);
+}
+
+TEST_F(LeftRuns, AProcessThatGotTheWorkersNumberIsLeftAlone) {
+    Worker bystander(-1, false);
+    Worker worker(run_.lock, false);
+    crash(bystander);
+    Desk next(folder_.path());
+    next.open();
+    EXPECT_EQ(worker.ended_by(), SIGTERM);
+    EXPECT_TRUE(bystander.lives());
+}
+
+TEST_F(LeftRuns, AProcessThatOnlyReadsTheLockFileIsLeftAlone) {
+    const int read_only = ::open(lock().c_str(), O_RDONLY | O_CLOEXEC);
+    Worker reader(read_only, false);
+    Worker worker(run_.lock, false);
+    ::close(read_only);
+    crash(worker);
+    Desk next(folder_.path());
+    next.open();
+    EXPECT_EQ(worker.ended_by(), SIGTERM);
+    EXPECT_TRUE(reader.lives());
+}
+
+TEST_F(LeftRuns, AWorkerThatSurvivesIsNamedAndItsFilesAreLeftAlone) {
+    // This very process holds the lock, and does not end itself.
+    const int held = ::dup(run_.lock);
+    write_file(run_.staging / "DSC00001.JPG", sample_jpeg("late"));
+    desk_->store().work(host::RunBegun{run_.name, 4711});
+    desk_ = nullptr;
+    host::pictures::Options options = impatient();
+    options.before_sigkill = options.after_sigkill = {};
+    Desk next(folder_.path(), options);
+    const auto opened = next.open();
+    EXPECT_TRUE(opened.pictures.empty());
+    const std::string text = text_of(opened.problems, Code::worker_hangs);
+    EXPECT_NE(text.find("process 4711"), std::string::npos) << text;
+    EXPECT_NE(text.find(run_.staging), std::string::npos) << text;
+    EXPECT_EQ(read_file(run_.staging / "DSC00001.JPG"), sample_jpeg("late"));
+
+    ::close(held);
+    next.store().work(host::CloseFolder{folder_.path().string()});
+    EXPECT_EQ(next.open().pictures.size(), 1U);
+}
+
+TEST_F(LeftRuns, AWorkerThatWasMovedIsKnownByTheLockOfItsFirstRun) {
+    TemporaryFolder second;
+    Worker worker(run_.lock, false);
+    desk_->ask<host::FolderOpened>(host::OpenFolder{desk_->next_ticket(), second.path().string()});
+    desk_->store().work(host::RunBegun{run_.name, worker.process()});
+    const auto moved = desk_->ask<host::RunOpened>(
+        host::OpenRun{desk_->next_ticket(), second.path().string(), run_.name});
+    write_file(fs::path(moved.staging) / "DSC00001.JPG", sample_jpeg("late"));
+    desk_ = nullptr;
+
+    host::pictures::Options options = impatient();
+    options.before_sigterm = std::chrono::minutes(10);
+    Desk patient(second.path(), options);
+    std::thread ends([&] { worker.end(); });
+    EXPECT_EQ(patient.open().pictures.size(), 1U);
+    ends.join();
+    EXPECT_EQ(worker.ended_by(), 0);
+}
+
+TEST_F(LeftRuns, AWorkerWhoseFirstFolderHasGoneIsLeftAloneWhileItLives) {
+    TemporaryFolder second;
+    Worker worker(run_.lock, false);
+    desk_->ask<host::FolderOpened>(host::OpenFolder{desk_->next_ticket(), second.path().string()});
+    desk_->store().work(host::RunBegun{run_.name, worker.process()});
+    const auto moved = desk_->ask<host::RunOpened>(
+        host::OpenRun{desk_->next_ticket(), second.path().string(), run_.name});
+    write_file(fs::path(moved.staging) / "DSC00001.JPG", sample_jpeg("late"));
+    desk_ = nullptr;
+    fs::remove_all(folder_.path());
+
+    Desk next(second.path());
+    const auto opened = next.open();
+    EXPECT_TRUE(opened.pictures.empty());
+    EXPECT_NE(text_of(opened.problems, Code::worker_hangs)
+                  .find("process " + std::to_string(worker.process())),
+              std::string::npos);
+    EXPECT_TRUE(worker.lives());
+    worker.end();
+    EXPECT_EQ(worker.ended_by(), 0);
+    next.store().work(host::CloseFolder{second.path().string()});
+    EXPECT_EQ(next.open().pictures.size(), 1U);
+}
+
+TEST_F(LeftRuns, ALockThatIsALinkIsNotFollowed) {
+    TemporaryFolder elsewhere;
+    write_file(elsewhere.path() / "mine", "mine");
+    desk_ = nullptr;
+    fs::remove(lock());
+    fs::create_symlink(elsewhere.path() / "mine", lock());
+    write_file(run_.staging / "DSC00001.JPG", sample_jpeg("late"));
+    Desk next(folder_.path());
+    EXPECT_EQ(next.open().pictures.size(), 1U);
+    EXPECT_EQ(read_file(elsewhere.path() / "mine"), "mine");
+    EXPECT_TRUE(fs::is_symlink(lock()));
+}
+
+}  // namespace

@@ -1,0 +1,109 @@
+// A staging folder for each worker, and the lock that says that the worker lives.
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/host/pictures/desk.h"
+
+namespace {
+
+using host::Code;
+
+bool is_held(const fs::path& lock) {
+    const int file = ::open(lock.c_str(), O_RDWR | O_CLOEXEC);
+    const bool held = file >= 0 && ::flock(file, LOCK_EX | LOCK_NB) != 0;
+    ::close(file);
+    return held;
+}
+
+class Runs : public testing::Test {
+  protected:
+    Runs() : desk_(folder_.path()) {
+        desk_.open();
+    }
+    host::FolderOpened open(const fs::path& folder) {
+        return desk_.ask<host::FolderOpened>(
+            host::OpenFolder{desk_.next_ticket(), folder.string()});
+    }
+    OpenedRun open_run_in(const fs::path& folder, const std::string& moved_from) {
+        const auto opened = desk_.ask<host::RunOpened>(
+            host::OpenRun{desk_.next_ticket(), folder.string(), moved_from});
+        return {opened.run, opened.staging, opened.lock_descriptor};
+    }
+    static fs::path lock_of(const OpenedRun& run) {
+        return run.staging.string() + ".lock";
+    }
+
+    TemporaryFolder folder_;
+    Desk desk_;
+};
+
+TEST_F(Runs, AStagingFolderIsItsOwnersOnly) {
+    const OpenedRun run = desk_.open_run();
+    EXPECT_EQ(run.staging, folder_.path() / ".incoming" / run.name);
+    struct stat facts {};
+    ASSERT_EQ(::stat(run.staging.c_str(), &facts), 0);
+    EXPECT_EQ(facts.st_mode & 0777, 0700U);
+    EXPECT_NE(desk_.open_run().name, run.name);
+}
+
+TEST_F(Runs, OnlyTheWorkerHoldsTheLockOnceItRuns) {
+    const OpenedRun run = desk_.open_run();
+    EXPECT_TRUE(is_held(lock_of(run)));
+    // No other process that is started meanwhile may get it.
+    EXPECT_EQ(::fcntl(run.lock, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+    const int inherited = ::dup(run.lock);
+    desk_.store().work(host::RunBegun{run.name, 4711});
+    EXPECT_EQ(read_file(lock_of(run)), "4711\n");
+    EXPECT_EQ(::fcntl(run.lock, F_GETFD), -1);
+    EXPECT_TRUE(is_held(lock_of(run)));
+    ::close(inherited);
+    EXPECT_FALSE(is_held(lock_of(run)));
+}
+
+TEST_F(Runs, NoRunIsMadeInAFolderThatIsNotOpen) {
+    TemporaryFolder other;
+    EXPECT_EQ(
+        desk_.ask<host::RunNotOpened>(host::OpenRun{7, other.path().string(), ""}).problem.code,
+        Code::folder_gone);
+    EXPECT_TRUE(fs::is_empty(other.path()));
+    EXPECT_EQ(
+        desk_.ask<host::RunNotOpened>(host::OpenRun{8, folder_.path().string(), "run-unknown"})
+            .problem.code,
+        Code::folder_not_taken);
+}
+
+TEST_F(Runs, AWorkerThatIsMovedKeepsTheLockOfItsFirstRun) {
+    TemporaryFolder second;
+    TemporaryFolder third;
+    open(second.path());
+    open(third.path());
+    const OpenedRun first = desk_.open_run();
+    const int inherited = ::dup(first.lock);
+    desk_.store().work(host::RunBegun{first.name, 4711});
+    const OpenedRun middle = open_run_in(second.path(), first.name);
+    const OpenedRun last = open_run_in(third.path(), middle.name);
+    EXPECT_EQ(read_file(lock_of(last)), "4711\n" + lock_of(first).string() + "\n");
+
+    // The runs of before are swept, the folders closed; the worker lives on.
+    write_file(first.staging / "DSC00001.JPG", sample_jpeg("1"));
+    EXPECT_EQ(desk_.sweep(first).pictures.size(), 1U);
+    desk_.sweep(middle);
+    desk_.store().work(host::CloseFolder{folder_.path().string()});
+    desk_.store().work(host::CloseFolder{second.path().string()});
+    EXPECT_TRUE(is_held(lock_of(first)));
+    Desk other(folder_.path());
+    EXPECT_EQ(other.fail_to_open(folder_.path().string()).problem.code, Code::folder_in_use);
+
+    ::close(inherited);
+    desk_.sweep(last);
+    for (const OpenedRun& run : {first, middle, last}) {
+        EXPECT_FALSE(fs::exists(lock_of(run))) << run.name;
+        EXPECT_FALSE(fs::exists(run.staging)) << run.name;
+    }
+    EXPECT_EQ(other.open().folder, folder_.path().string());
+}
+
+}  // namespace
