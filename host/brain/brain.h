@@ -126,6 +126,7 @@ class Brain {
         RunOpened run;
         bool echoed = false;
         std::optional<Problem> refusal;
+        std::optional<Problem> failure;  // why the folder was not changed
     };
 
     struct Ending {
@@ -323,6 +324,8 @@ class Brain {
     void moved();
     void move_failed(const Problem& problem);
     void adopt_folder();
+    static bool fits_in_a_command(const std::string& folder);
+    static Problem path_too_long();
     void configured();
 
     // session/ending.cpp
@@ -376,6 +379,7 @@ class Brain {
 
     // The worker.
     Worker worker_ = Worker::none;
+    std::string started_for_;  // the run by which the system knows it, wherever it was moved to
     Run run_;
     std::vector<Run> old_runs_;   // of the same worker, before it was moved
     std::vector<Run> left_runs_;  // of workers that are gone, to be swept after their last report

@@ -85,6 +85,7 @@ inline constexpr std::size_t sizes = 8;    // of the latest pictures
 inline constexpr std::size_t camera_name = 256;
 inline constexpr std::size_t old_runs = 8;
 inline constexpr std::size_t command = 4095;  // a longer line arrives as several
+inline constexpr std::size_t staging = 128;   // what a command and a run add to the folder's path
 }  // namespace limit
 
 inline constexpr std::uint64_t little_room = std::uint64_t{2} << 30;

@@ -10,7 +10,8 @@ void Brain::configure_further() {
     if (now.step == Configuring::Step::turn) {
         take_wishes();
         if (now.wish.folder &&
-            (*now.wish.folder != folder_ || !folder_open_ || problems_.stands(Code::folder_gone))) {
+            (*now.wish.folder != folder_ || !folder_open_ || problems_.stands(Code::folder_gone) ||
+             problems_.stands(Code::folder_not_taken))) {
             now.step = Configuring::Step::fencing;
         } else {
             now.step = Configuring::Step::settings;
@@ -79,9 +80,11 @@ bool Brain::in_force_or_known() const {
 }
 
 void Brain::configured() {
-    const RequestId request = configuring_->request;
-    configuring_.reset();
-    reply(request, state());
+    const Configuring done = *std::exchange(configuring_, {});
+    if (done.failure) {
+        raise(*done.failure);  // the folder of before may have been opened since
+    }
+    reply(done.request, state());
 }
 
 void Brain::give_configuring_up() {

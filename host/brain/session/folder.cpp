@@ -24,6 +24,10 @@ void Brain::on(const FolderOpened& answer) {
         return do_now(FileWork(CloseFolder{answer.folder}));
     }
     folder_ticket_ = 0;
+    if (!fits_in_a_command(answer.folder)) {
+        do_now(FileWork(CloseFolder{answer.folder}));
+        return go_down(path_too_long(), now_ + times_.between_tries);
+    }
     folder_ = answer.folder;
     folder_open_ = true;
     clear_folder_problems();

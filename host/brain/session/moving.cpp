@@ -27,6 +27,9 @@ void Brain::folder_opened_to_move(const FolderOpened& answer) {
     Configuring& now = *configuring_;
     now.ticket = 0;
     now.folder = answer.folder;
+    if (!fits_in_a_command(answer.folder)) {
+        return move_failed(path_too_long());
+    }
     now.step = Configuring::Step::folder_opened;
     open_run_to_move();
 }
@@ -34,7 +37,9 @@ void Brain::folder_opened_to_move(const FolderOpened& answer) {
 // A worker that took the place of another meanwhile is waited for.
 void Brain::open_run_to_move() {
     Configuring& now = *configuring_;
-    if (worker_ == Worker::none || (folder_open_ && now.folder == folder_)) {
+    const bool in_force =
+        folder_open_ && now.folder == folder_ && !problems_.stands(Code::folder_not_taken);
+    if (worker_ == Worker::none || in_force) {
         return adopt_folder();
     }
     if (worker_ == Worker::up && prepared_) {
@@ -48,14 +53,10 @@ void Brain::run_opened_to_move(const RunOpened& answer) {
     Configuring& now = *configuring_;
     now.ticket = 0;
     now.run = answer;
-    const std::string line = "SET_DOWNLOAD_DIR|" + escape_field(answer.staging);
-    if (line.size() > limit::command) {
-        return move_failed({Code::folder_not_taken, "The folder's path is too long.", {}, {}});
-    }
     now.step = Configuring::Step::moving;
     now.echoed = false;
     now.refusal.reset();
-    say(line);
+    say("SET_DOWNLOAD_DIR|" + escape_field(answer.staging));
     now.fence = fence();
 }
 
@@ -88,6 +89,15 @@ void Brain::moved() {
     }
 }
 
+// With the staging folder below it; a longer line would arrive as several.
+bool Brain::fits_in_a_command(const std::string& folder) {
+    return escape_field(folder).size() + limit::staging < limit::command;
+}
+
+Problem Brain::path_too_long() {
+    return {Code::folder_not_taken, "The folder's path is too long.", {}, {}};
+}
+
 void Brain::adopt_folder() {
     const std::string before = std::exchange(folder_, configuring_->folder);
     const bool was_open = std::exchange(folder_open_, true);
@@ -107,6 +117,7 @@ void Brain::adopt_folder() {
 void Brain::move_failed(const Problem& problem) {
     Configuring& now = *configuring_;
     raise(problem);
+    now.failure = problem;
     if (now.step == Configuring::Step::moving) {
         say("SET_DOWNLOAD_DIR|" + escape_field(run_.staging));
     }

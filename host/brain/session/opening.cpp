@@ -9,6 +9,10 @@ namespace host::brain {
 void Brain::open() {
     enter(State::opening);
     opening_ = {};
+    // What the camera of before has not sent does not come any more, and another one may be there
+    // that gives the same names.
+    stems_.forget();
+    last_stem_.clear();
     clear(Code::folder_not_taken);
     opening_.deadline = now_ + times_.to_open;
     deadline_ = opening_.deadline;

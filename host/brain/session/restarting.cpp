@@ -33,7 +33,7 @@ void Brain::climb(Time rung) {
     worker_ = Worker::leaving;
     fence_.forget(now_);
     prepared_ = false;
-    do_now(EndWorker{run_.name, rung});
+    do_now(EndWorker{started_for_, rung});
     if (ending_) {
         ending_->laddering = true;
         ending_->stuck_at = now_ + 3 * rung + times_.after_sigkill;
@@ -55,7 +55,7 @@ void Brain::lose_session(const Problem& problem) {
 }
 
 void Brain::on(const WorkerEnded& news) {
-    if (news.run != run_.name || worker_ == Worker::none || worker_ == Worker::making_run) {
+    if (news.run != started_for_ || worker_ == Worker::none || worker_ == Worker::making_run) {
         return;
     }
     held_.no_more();
@@ -105,6 +105,7 @@ void Brain::abandon_worker() {
            {},
            {}});
     worker_ = Worker::none;
+    started_for_.clear();
     run_ = {};
     old_runs_.clear();
 }
@@ -153,19 +154,19 @@ void Brain::go_down(const Problem& problem, Time until) {
 }
 
 void Brain::on(const WorkerFlooded& news) {
-    if (news.run == run_.name) {
+    if (news.run == started_for_) {
         give_up_worker({Code::worker_floods, "The worker wrote " + news.what + ".", {}, {}});
     }
 }
 
 void Brain::on(const LineTooLong& news) {
-    if (news.run == run_.name) {
+    if (news.run == started_for_) {
         mention({Code::worker_floods, "The worker wrote a line over 64 KiB.", {}, {}});
     }
 }
 
 void Brain::on(const WorkerInputFull& news) {
-    if (news.run == run_.name) {
+    if (news.run == started_for_) {
         give_up_worker({Code::worker_hangs, "The worker no longer takes commands.", {}, {}});
     }
 }

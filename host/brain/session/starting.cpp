@@ -37,6 +37,7 @@ void Brain::on(const RunOpened& answer) {
     if (worker_ != Worker::making_run || answer.ticket != run_ticket_) {
         return sweep(answer.run, true);
     }
+    started_for_ = answer.run;
     run_ = {answer.run, folder_, answer.staging};
     worker_ = Worker::launching;
     banner_.clear();
@@ -61,7 +62,7 @@ void Brain::on(const RunNotOpened& answer) {
 }
 
 void Brain::on(const WorkerStarted& news) {
-    if (news.run != run_.name || process_ != 0) {
+    if (news.run != started_for_ || process_ != 0) {
         return;
     }
     process_ = news.process;
@@ -79,7 +80,7 @@ void Brain::on(const WorkerStarted& news) {
 }
 
 void Brain::on(const WorkerNotStarted& news) {
-    if (news.run != run_.name || worker_ == Worker::none) {
+    if (news.run != started_for_ || worker_ == Worker::none) {
         return;
     }
     worker_ = Worker::none;

@@ -26,7 +26,10 @@ void Brain::attribute(Ticket ticket, Report& report) {
 }
 
 bool Brain::place_with_other_half(Ticket ticket, Report& report) {
-    Stem* known = stems_.partner(report.file.stem, report.file.kind);
+    // A camera whose counter was set back gives an old name to a new picture.
+    const bool in_hand = shot_ && same_stem(shot_->stem, report.file.stem);
+    const Time since = in_hand ? shot_->fired : report.heard - times_.late;
+    Stem* known = stems_.partner(report.file.stem, report.file.kind, since);
     if (known == nullptr) {
         return false;
     }
@@ -61,6 +64,7 @@ void Brain::leave_unasked(Ticket ticket, Report& report) {
 void Brain::name_pair(Ticket ticket, Report& report, Stem stem) {
     stem.text = report.file.stem;
     stem.pair = report.run + "-" + std::to_string(ticket);
+    stem.heard = report.heard;
     stem.raw = report.file.kind == Kind::raw;
     stem.developed = report.file.kind == Kind::developed;
     place(ticket, report, stem);

@@ -47,14 +47,14 @@ bool same_stem(std::string_view one, std::string_view other) {
                       [](char left, char right) { return lower(left) == lower(right); });
 }
 
-Stem* Stems::partner(std::string_view stem, Kind kind) {
+Stem* Stems::partner(std::string_view stem, Kind kind, Time since) {
     if (kind == Kind::other) {
         return nullptr;
     }
     // The latest first: a name may come again when the camera's counter is set back.
     const auto found = std::find_if(stems_.rbegin(), stems_.rend(),
                                     [&](const Stem& known) { return same_stem(known.text, stem); });
-    if (found == stems_.rend() || !found->may_be_pair) {
+    if (found == stems_.rend() || !found->may_be_pair || found->heard < since) {
         return nullptr;
     }
     const bool other_half =

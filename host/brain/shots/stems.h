@@ -27,6 +27,7 @@ struct Stem {
     std::string name;  // the template of its file names
     std::string pair;
     Time fired{};  // the shot
+    Time heard{};  // of the first half
     bool may_be_pair = true;
     bool raw = false;
     bool developed = false;
@@ -34,8 +35,8 @@ struct Stem {
 
 class Stems {
   public:
-    // The stem under which the other half came, and only that.
-    Stem* partner(std::string_view stem, Kind kind);
+    // The stem under which the other half came since then, and only that.
+    Stem* partner(std::string_view stem, Kind kind, Time since = Time::min());
 
     void remember(Stem stem);
 

@@ -186,6 +186,47 @@ TEST(BrainAttribution, ACounterThatIsSetBackDoesNotTakeShotsTheirFiles) {
     EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::complete);
 }
 
+TEST(BrainAttribution, ANameThatComesAgainAfter2MinutesMakesNoPairWithTheOldOne) {
+    Stage stage;
+    stage.dial = "both";
+    stage.get_ready();
+    stage.file("DSC00001.JPG");
+    stage.after(minutes(3));
+    stage.shoot();
+    stage.file("DSC00001.ARW");
+    EXPECT_EQ(shot_of(stage, "DSC00001.ARW"), 1U);
+    EXPECT_NE(stage.pictures().at(0).pair, stage.pictures().at(1).pair);
+}
+
+TEST(BrainAttribution, AHalfMayComeAsLateAsItsShotHasPatience) {
+    Stage stage;
+    stage.dial = "both";
+    stage.get_ready();
+    Capture capture;
+    capture.patience = minutes(10);
+    const RequestId request = stage.ask(capture);
+    stage.after(seconds(1));
+    stage.file("DSC00001.ARW");
+    stage.after(minutes(4));
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(request).status, ShotStatus::complete);
+}
+
+TEST(BrainAttribution, AnotherCamerasPictureOfTheSameNameMakesNoPairWithTheFirstOnes) {
+    Stage stage;
+    stage.dial = "both";
+    stage.get_ready();
+    stage.file("DSC00001.JPG");
+    stage.session = false;
+    stage.hear("DISCONNECTED|");
+    stage.camera_name = "MODEL-B";
+    stage.after(seconds(10));
+    EXPECT_EQ(stage.state().camera, "MODEL-B");
+    stage.shoot();
+    stage.file("DSC00001.ARW");
+    EXPECT_EQ(shot_of(stage, "DSC00001.ARW"), 1U);
+}
+
 TEST(BrainAttribution, AnUnaskedPairIsAPair) {
     Stage stage;
     stage.dial = "both";

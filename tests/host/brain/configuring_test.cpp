@@ -122,7 +122,7 @@ TEST(BrainConfiguring, TheFolderOfBeforeIsSweptAndClosedWhenTheWorkerHasEnded) {
     stage.ask(folder("/new"));
     stage.after(milliseconds(1));
     stage.forget();
-    stage.tell(WorkerEnded{"run-2", WorkerEnd::gone, 9 + 128});
+    stage.tell(WorkerEnded{"run-1", WorkerEnd::gone, 9 + 128});
     const auto sweeps = stage.asked_of_disk<SweepRun>();
     ASSERT_EQ(sweeps.size(), 2U);
     EXPECT_EQ(sweeps[0].run, "run-2");
@@ -130,6 +130,20 @@ TEST(BrainConfiguring, TheFolderOfBeforeIsSweptAndClosedWhenTheWorkerHasEnded) {
     EXPECT_TRUE(sweeps[1].over);
     EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/shots");
     EXPECT_EQ(stage.asked_of_disk<OpenRun>().at(0).folder, "/new");
+}
+
+TEST(BrainConfiguring, AWorkerThatWasMovedIsKnownByTheRunThatItWasStartedFor) {
+    Stage stage;
+    stage.get_ready();
+    stage.ask(folder("/new"));
+    stage.after(milliseconds(1));
+    stage.worker_ends = false;
+    stage.tell(WorkerFlooded{"run-1", "much"});
+    EXPECT_EQ(stage.ladders().at(0).run, "run-1");
+    stage.tell(WorkerEnded{"run-1", WorkerEnd::sigterm, 143});
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.workers().size(), 1U);
+    EXPECT_EQ(stage.state().state, State::ready);
 }
 
 TEST(BrainConfiguring, AFileMeantForTheFolderOfBeforeIsLookedForThere) {
@@ -158,6 +172,31 @@ TEST(BrainConfiguring, AFolderThatCannotBeOpenedLeavesTheOldOneInForce) {
     EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
 }
 
+TEST(BrainConfiguring, WhyAFolderWasNotChangedIsStillThereWhenTheOldOneWasOpenedMeanwhile) {
+    Stage stage;
+    stage.disk_answers = false;
+    const RequestId configure = stage.ask(folder("/new"));
+    stage.ask(Connect{});
+    stage.answer(FolderNotOpened{stage.asked_of_disk<OpenFolder>().at(0).ticket,
+                                 {Code::folder_gone, "/new is not there", {}, {}}});
+    stage.disk_answers = true;
+    stage.after(seconds(3));
+    const auto state = stage.answer_to<SessionState>(configure);
+    EXPECT_EQ(state.folder, "/shots");
+    EXPECT_EQ(state.problems.at(0).code, Code::folder_gone);
+}
+
+TEST(BrainConfiguring, AFolderThatTheSdkDidNotTakeIsGivenToItAgainOnDemand) {
+    Stage stage;
+    stage.get_ready();
+    stage.hear("ERROR|Could not set the download folder (0x00008000)");
+    EXPECT_TRUE(stage.stands(Code::folder_not_taken));
+    const RequestId request = stage.ask(folder("/shots"));
+    stage.after(milliseconds(1));
+    EXPECT_TRUE(stage.said("SET_DOWNLOAD_DIR|/shots/.incoming/run-2"));
+    EXPECT_TRUE(stage.answer_to<SessionState>(request).problems.empty());
+}
+
 TEST(BrainConfiguring, AFolderThatTheSdkRefusesLeavesTheOldOneInForce) {
     Stage stage;
     stage.get_ready();
@@ -184,6 +223,20 @@ TEST(BrainConfiguring, APathThatDoesNotFitInALineIsNotTaken) {
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.answer_to<SessionState>(request).problems.at(0).code, Code::folder_not_taken);
     EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
+    EXPECT_TRUE(stage.asked_of_disk<OpenRun>().empty());
+}
+
+TEST(BrainConfiguring, NorIsItWithoutAWorkerOrAtTheStart) {
+    Stage stage;
+    const RequestId request = stage.ask(folder("/" + std::string(2000, '|')));
+    EXPECT_EQ(stage.answer_to<SessionState>(request).problems.at(0).code, Code::folder_not_taken);
+    stage.get_ready();
+    EXPECT_EQ(stage.state().folder, "/shots");
+
+    Stage other(Wishes{"/" + std::string(2000, '|')});
+    const RequestId start = other.ask(Start{});
+    EXPECT_EQ(other.answer_to<Problem>(start).code, Code::folder_not_taken);
+    EXPECT_EQ(other.asked_of_disk<CloseFolder>().size(), 1U);
 }
 
 TEST(BrainConfiguring, TheSameFolderIsNotOpenedAgain) {
