@@ -1,0 +1,247 @@
+// The worker of the afternoons says what the real one says: it plays transcripts that the real one
+// passes, with the same lines from the host and the same things happening to the camera.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host/brain/text.h"
+#include "tests/host/afternoons/model/worker.h"
+#include "tests/worker/runner/reading/read_transcript.h"
+
+namespace afternoons {
+namespace {
+
+namespace fs = std::filesystem;
+using host::brain::begins_with;
+using transcript::Block;
+using transcript::Control;
+using transcript::Expect;
+using transcript::Send;
+
+class Playing final : public Surroundings {
+  public:
+    explicit Playing(const transcript::Transcript& transcript) : transcript_(transcript) {
+        camera_.looking = {};
+        camera_.opening = {};
+        camera_.exposure = {};
+        camera_.transfer = {};
+        camera_.answer = Answer::normal;
+        const std::vector<std::string>& arguments = transcript.arguments;
+        worker_ =
+            std::make_unique<Worker>(agenda_, camera_, *this, arguments.empty() ? "" : arguments[0],
+                                     arguments.size() < 3 ? "both" : arguments[2], Nature::usual);
+        for (const std::string& line : transcript.scene) {
+            happen(line);
+        }
+        worker_->start();
+        agenda_.run_until(agenda_.now() + seconds(1));
+        said_.clear();
+    }
+
+    // Why it does not come true; empty: it does.
+    std::string play() {
+        for (const transcript::Step& step : transcript_.steps) {
+            if (const auto* send = std::get_if<Send>(&step.action)) {
+                std::istringstream lines(send->bytes);
+                began_ = agenda_.now();
+                for (std::string line; std::getline(lines, line);) {
+                    worker_->hear(line);
+                }
+            } else if (const auto* control = std::get_if<Control>(&step.action)) {
+                happen(control->line);
+            } else if (const auto* expect = std::get_if<Expect>(&step.action)) {
+                wait_for(1);
+                if (said_.empty() || said_.front() != expect->text) {
+                    wrong_ = step.written + "\n  it says " + (said_.empty() ? "" : said_.front());
+                } else if (expect->not_before && agenda_.now() < began_ + *expect->not_before) {
+                    wrong_ = step.written + "\n  it comes too soon";
+                } else {
+                    said_.erase(said_.begin());
+                }
+            } else if (const auto* block = std::get_if<Block>(&step.action)) {
+                hear_block(*block, step.written);
+            } else if (std::holds_alternative<transcript::CloseInput>(step.action)) {
+                worker_->close_input();
+            } else if (!std::holds_alternative<transcript::Calls>(step.action) &&
+                       !std::holds_alternative<transcript::Exits>(step.action)) {
+                wrong_ = "it has a step that the model does not know: " + step.written;
+            }
+            if (!wrong_.empty()) {
+                return wrong_;
+            }
+        }
+        agenda_.run_until(agenda_.now() + milliseconds(200));
+        return said_.empty() ? "" : "behind its end it says " + said_.front();
+    }
+
+    void line(const std::string& text) override {
+        said_.push_back(text);
+    }
+    void ended(int) override {}
+    Press* pressed(std::optional<Number>) override {
+        return &press_;
+    }
+    File* landed(const Press&, const std::string&, host::Kind, bool, const std::string&) override {
+        return nullptr;
+    }
+    bool taken(const std::string&, const std::string&) override {
+        return false;
+    }
+
+  private:
+    void wait_for(std::size_t lines) {
+        const Time end = agenda_.now() + seconds(30);
+        while (said_.size() < lines && agenda_.next() <= end) {
+            agenda_.run_until(agenda_.next());
+        }
+    }
+
+    // Of each lane in order, the lanes interleaved anyhow.
+    void hear_block(const Block& block, const std::string& written) {
+        std::vector<std::size_t> at(block.lanes.size());
+        std::size_t left = 0;
+        for (const auto& lane : block.lanes) {
+            left += lane.size();
+        }
+        for (; left > 0; --left) {
+            wait_for(1);
+            bool found = false;
+            for (std::size_t lane = 0; lane < at.size() && !found && !said_.empty(); ++lane) {
+                found = at[lane] < block.lanes[lane].size() &&
+                        block.lanes[lane][at[lane]].text == said_.front();
+                at[lane] += found ? 1 : 0;
+            }
+            if (!found) {
+                wrong_ = written + "\n  it says " + (said_.empty() ? "nothing" : said_.front());
+                return;
+            }
+            said_.erase(said_.begin());
+        }
+    }
+
+    // The words of the virtual camera's scenes.
+    void happen(const std::string& line) {
+        std::istringstream fields(line);
+        std::string word;
+        std::string next;
+        fields >> word >> next;
+        if (word == "camera") {
+            camera_.model = line.substr(8, line.find('"', 8) - 8);
+            if (line.find(" over USB") == std::string::npos) {
+                wrong_ = "the model has a camera on USB only";
+            }
+            camera_.card = line.find("card out") != std::string::npos    ? Card::out
+                           : line.find("card full") != std::string::npos ? Card::full
+                                                                         : Card::in;
+        } else if (line == "no camera") {
+            camera_.there = false;
+        } else if (word == "card") {
+            camera_.card = next == "out" ? Card::out : next == "full" ? Card::full : Card::in;
+            worker_->card_changed();
+        } else if (word == "dial") {
+            camera_.dial = next == "jpeg"   ? 1
+                           : next == "raw"  ? 2
+                           : next == "both" ? 3
+                           : next == "heif" ? 4
+                                            : std::atoi(next.c_str());
+            worker_->dial_turned();
+        } else if (word == "unplug") {
+            camera_.there = false;
+            worker_->unplug(next == "reconnecting");
+        } else if (word == "plug") {
+            camera_.there = true;
+            worker_->plug();
+        } else if (word == "answer" && next == "never") {
+            camera_.answer = Answer::never;
+        } else if (word == "answer" && next == "normal") {
+            camera_.answer = Answer::normal;
+        } else if (word == "answer" && next == "error") {
+            camera_.answer = Answer::error;
+        } else if (line == "every SetDeviceProperty 0x0119 answers 0x8000") {
+            camera_.refuses_destination = true;
+        } else if (line == "every SetDeviceProperty 0x0106 answers 0x8402") {
+            camera_.busy_until = Time::max();
+        } else if (word == "error") {
+            worker_->on_error("0x" + eight_digits(next));
+        } else if (word == "caution") {
+            worker_->on_warning("the camera is showing a caution on its own screen (0x0002008C)");
+        } else if (word == "warning" && next != "0x00020002" && next != "0x0002008C") {
+            worker_->on_warning("warning 0x" + eight_digits(next));
+        } else if (word == "disconnected") {
+            worker_->on_disconnected("0x" + eight_digits(next));
+        } else if (word == "deliver" && line.find("0xFFFFFFFF") != std::string::npos) {
+            const std::size_t begin = line.find('"') + 1;
+            worker_->report(line.substr(begin, line.rfind('"') - begin), nullptr);
+        } else if (line != "wait" && word != "timing") {
+            wrong_ = "the model does not know: " + line;
+        }
+    }
+
+    static std::string eight_digits(const std::string& number) {
+        char digits[16];
+        std::snprintf(digits, sizeof digits, "%08lX", std::strtoul(number.c_str(), nullptr, 0));
+        return digits;
+    }
+
+    const transcript::Transcript& transcript_;
+    Agenda agenda_;
+    Camera camera_;
+    Press press_;
+    std::unique_ptr<Worker> worker_;
+    std::vector<std::string> said_;
+    std::string wrong_;
+    Time began_{};
+};
+
+std::string play(const fs::path& path) {
+    std::string error;
+    const auto transcript = transcript::read_transcript(path, error);
+    return transcript ? Playing(*transcript).play() : error;
+}
+
+// Names one a line, so that one that the model can no longer play is a failure.
+std::vector<std::string> played() {
+    std::ifstream list(AFTERNOONS "/played_transcripts.txt");
+    std::vector<std::string> names;
+    for (std::string name; std::getline(list, name);) {
+        if (!name.empty() && name.front() != '#') {
+            names.push_back(name);
+        }
+    }
+    return names;
+}
+
+TEST(WorkerModel, SaysWhatTheRealWorkerSays) {
+    const std::vector<std::string> names = played();
+    ASSERT_GE(names.size(), 50U);
+    for (const std::string& name : names) {
+        EXPECT_EQ(play(fs::path(TRANSCRIPTS) / (name + ".transcript")), "") << name;
+    }
+}
+
+// Everything that it can play is in the list: a new transcript that it gets right is one more.
+TEST(WorkerModel, IsHeldToEveryTranscriptThatItCanPlay) {
+    const std::vector<std::string> names = played();
+    std::string others;
+    for (const auto& entry : fs::recursive_directory_iterator(TRANSCRIPTS)) {
+        const std::string name =
+            fs::relative(entry.path(), TRANSCRIPTS).replace_extension("").string();
+        if (entry.path().extension() == ".transcript" &&
+            std::find(names.begin(), names.end(), name) == names.end() &&
+            play(entry.path()).empty()) {
+            others += name + "\n";
+        }
+    }
+    EXPECT_EQ(others, "") << "these belong into played_transcripts.txt";
+}
+
+}  // namespace
+}  // namespace afternoons
