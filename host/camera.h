@@ -47,6 +47,9 @@ struct Listener {
     std::function<void(const WireLine&)> line;
 };
 
+// The pictures, or the problem of a disk that does not answer.
+using PicturesAnswer = std::variant<std::vector<Picture>, Problem>;
+
 struct CameraOptions {
     std::string worker;                                            // path of the program
     std::vector<std::pair<std::string, std::string>> environment;  // on top of this process's own
@@ -79,9 +82,10 @@ class Camera {
     void told(std::string id);
 
     // From the ledger, oldest first, at most `limit`; those behind `after` when it is an id.
-    // `answered` is called once, on the thread of the disk, which may be stuck.
+    // `answered` is called exactly once, on the camera's thread, unless the camera is destroyed
+    // before; with a problem when the disk has not answered within 1 s.
     void pictures(std::string after, std::size_t limit,
-                  std::function<void(std::vector<Picture>)> answered);
+                  std::function<void(const PicturesAnswer&)> answered);
 
     // Behind "CPP_WORKER|"; empty before the worker has said it.
     std::string banner() const;
