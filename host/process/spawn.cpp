@@ -12,20 +12,30 @@ extern char** environ;
 namespace host {
 namespace {
 
-// The child's three standard streams.
+constexpr int first_beside_standard_streams = 3;
+
+// The child's three standard streams, and what it gets beside them.
 class FileActions {
   public:
     FileActions(const SpawnRequest& request, int standard_input, int standard_output) {
         posix_spawn_file_actions_init(&actions_);
         posix_spawn_file_actions_adddup2(&actions_, standard_input, STDIN_FILENO);
         posix_spawn_file_actions_adddup2(&actions_, standard_output, STDOUT_FILENO);
-        if (request.error_file) {
+        if (request.error_descriptor >= 0) {
+            posix_spawn_file_actions_adddup2(&actions_, request.error_descriptor, STDERR_FILENO);
+        } else if (request.error_file) {
             posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, request.error_file->c_str(),
                                              O_WRONLY | O_CREAT | O_APPEND, 0644);
         } else {
 #if defined(__APPLE__)
             posix_spawn_file_actions_addinherit_np(&actions_, STDERR_FILENO);
 #endif
+        }
+        // Last: it may take the place of a number that the streams above were made from. One onto
+        // itself only loses its close-on-exec flag.
+        if (request.inherited_descriptor >= 0) {
+            posix_spawn_file_actions_adddup2(&actions_, request.inherited_descriptor,
+                                             first_beside_standard_streams);
         }
     }
     ~FileActions() {

@@ -17,6 +17,9 @@ struct SpawnRequest {
     std::vector<std::string> arguments;                            // without the executable's name
     std::vector<std::pair<std::string, std::string>> environment;  // on top of this process's own
     std::optional<std::string> error_file;  // standard error is appended here; otherwise shared
+    int error_descriptor = -1;              // standard error goes here instead
+    // One more that the child gets, as its number 3, such as a lock that it is to hold.
+    int inherited_descriptor = -1;
 };
 
 // The new process, or nothing and the reason in `error`. The child gets a process group of its own:

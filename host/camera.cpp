@@ -1,0 +1,147 @@
+#include "host/camera.h"
+
+#include <condition_variable>
+#include <thread>
+
+#include "host/camera/inbox.h"
+#include "host/camera/loop.h"
+#include "host/camera/shared_text.h"
+#include "host/camera/signals.h"
+#include "host/pictures/store.h"
+#include "host/process/mutex.h"
+
+namespace host {
+namespace {
+
+// The answer to a request, for the thread that waits for it.
+class Awaited {
+  public:
+    void set(const Answer& answer) HOST_EXCLUDES(mutex_) {
+        {
+            const MutexLock lock(mutex_);
+            answer_ = answer;
+        }
+        set_.notify_all();
+    }
+    Answer wait() HOST_EXCLUDES(mutex_) {
+        const MutexLock lock(mutex_);
+        while (!answer_) {
+            mutex_.wait(set_);
+        }
+        return *answer_;
+    }
+
+  private:
+    Mutex mutex_;
+    std::condition_variable set_;
+    std::optional<Answer> answer_ HOST_GUARDED_BY(mutex_);
+};
+
+std::optional<Problem> problem_in(const Answer& answer) {
+    const auto* problem = std::get_if<Problem>(&answer);
+    return problem == nullptr ? std::nullopt : std::optional(*problem);
+}
+
+DiskWork work_of(const std::shared_ptr<pictures::Store>& store) {
+    return {
+        [store](const FileWork& work) { return store->work(work); },
+        [store](const ListWork& list) { return store->list(list.folder, list.after, list.limit); },
+        [store] {
+            store->hurry();
+        }};
+}
+
+}  // namespace
+
+class Camera::Machinery {
+  public:
+    explicit Machinery(CameraOptions options)
+        : thread_([this, options = std::move(options)]() mutable {
+              block_signals();
+              Loop(std::move(options), work_of(std::make_shared<pictures::Store>()), inbox_,
+                   banner_)
+                  .run();
+          }) {}
+
+    ~Machinery() {
+        inbox_->post(Leave{});
+        thread_.join();
+    }
+
+    Machinery(const Machinery&) = delete;
+    Machinery& operator=(const Machinery&) = delete;
+
+    void post(Message message) {
+        inbox_->post(std::move(message));
+    }
+
+    Answer answer_to(Request request) {
+        const auto awaited = std::make_shared<Awaited>();
+        post(Asked{std::move(request), [awaited](const Answer& answer) {
+                       awaited->set(answer);
+                   }});
+        return awaited->wait();
+    }
+
+    std::string banner() const {
+        return banner_->get();
+    }
+
+  private:
+    const std::shared_ptr<Inbox> inbox_ = std::make_shared<Inbox>();
+    const std::shared_ptr<SharedText> banner_ = std::make_shared<SharedText>();
+    std::thread thread_;  // last: it uses the others
+};
+
+Camera::Camera(CameraOptions options)
+    : machinery_(std::make_unique<Machinery>(std::move(options))) {}
+
+Camera::~Camera() {
+    machinery_->answer_to(Shutdown{});
+}
+
+void Camera::ask(Request request, std::function<void(const Answer&)> answered) {
+    machinery_->post(Asked{std::move(request), std::move(answered)});
+}
+
+std::optional<Problem> Camera::start() {
+    return problem_in(machinery_->answer_to(Start{}));
+}
+
+std::optional<Problem> Camera::connect() {
+    return problem_in(machinery_->answer_to(Connect{}));
+}
+
+Shot Camera::capture(Capture request) {
+    Answer answer = machinery_->answer_to(std::move(request));
+    if (auto* shot = std::get_if<Shot>(&answer)) {
+        return std::move(*shot);
+    }
+    Shot refused;
+    refused.status = ShotStatus::refused;
+    if (const std::optional<Problem> problem = problem_in(answer)) {
+        refused.problems.push_back(*problem);
+    }
+    return refused;
+}
+
+Ended Camera::shutdown(std::optional<Time> patience) {
+    const Answer answer = machinery_->answer_to(Shutdown{patience});
+    const auto* ended = std::get_if<Ended>(&answer);
+    return ended == nullptr ? Ended{} : *ended;
+}
+
+void Camera::told(std::string id) {
+    machinery_->post(Told{std::move(id)});
+}
+
+void Camera::pictures(std::string after, std::size_t limit,
+                      std::function<void(const PicturesAnswer&)> answered) {
+    machinery_->post(ListAsked{std::move(after), limit, std::move(answered)});
+}
+
+std::string Camera::banner() const {
+    return machinery_->banner();
+}
+
+}  // namespace host

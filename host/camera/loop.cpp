@@ -1,0 +1,169 @@
+#include "host/camera/loop.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "host/camera/uptime.h"
+
+namespace host {
+namespace {
+
+// As much as any pipe holds. Behind it stands only what came since the reading began.
+constexpr std::size_t most_read_at_once = std::size_t{1} << 20;
+constexpr unsigned most_readings = 64;
+
+constexpr std::string_view announcement = "camera-sim: simulated SDK, no real camera is driven";
+
+int timeout(Time left) {
+    const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
+    return static_cast<int>(std::clamp<decltype(milliseconds)>(milliseconds, 0, 1'000'000'000));
+}
+
+}  // namespace
+
+Loop::Loop(CameraOptions options, DiskWork work, std::shared_ptr<Inbox> inbox,
+           std::shared_ptr<SharedText> banner)
+    : options_(std::move(options)),
+      inbox_(std::move(inbox)),
+      banner_(std::move(banner)),
+      begun_(uptime()),
+      now_(begun_),
+      brain_(options_.times == nullptr ? brain::Brain(options_.wishes)
+                                       : brain::Brain(options_.wishes, *options_.times)),
+      disk_(std::move(work), inbox_),
+      ear_{[this](std::string_view line) {
+               show(WireLine::Direction::from_worker, line);
+               brain_.hear(line, now_);
+               carry_out();
+           },
+           [this] {
+               brain_.tell(brain::LineTooLong{worker_->run()}, now_);
+               carry_out();
+           },
+           [this](std::string_view line) {
+               show(WireLine::Direction::error, line);
+               if (line == announcement) {
+                   brain_.tell(brain::CameraIsSimulated{}, now_);
+                   carry_out();
+               }
+           }} {}
+
+void Loop::run() {
+    catch_up();
+    while (!leaving_) {
+        wait();
+        catch_up();
+    }
+}
+
+Time Loop::wake_at() const {
+    const Time at = std::min(brain_.wake_at(), lists_.wake_at());
+    return worker_ ? std::min(at, worker_->wake_at()) : at;
+}
+
+void Loop::wait() {
+    sources_.clear();
+    sources_.push_back({inbox_->descriptor(), POLLIN, 0});
+    if (worker_) {
+        worker_->add_to(sources_);
+    }
+    const Time wake = wake_at();
+    const Time now = uptime();
+    const Time left = wake == Time::max() ? Time::max() : std::max(wake - now, Time{});
+    poll(sources_.data(), static_cast<nfds_t>(sources_.size()), timeout(left));
+}
+
+// A deadline strikes only once everything has been told that could be read at that time: the clock
+// is looked at before each reading, and the last reading finds nothing.
+void Loop::catch_up() {
+    std::size_t bytes = 0;
+    bool more = true;
+    for (unsigned reading = 0; more && reading < most_readings && bytes < most_read_at_once;
+         ++reading) {
+        now_ = uptime();
+        if (reading == 0) {
+            brain_.tell(brain::TimeOfDayIs{time_of_day()}, now_);
+        }
+        const std::size_t read = read_worker();
+        bytes += read;
+        more = read_inbox() || read > 0;
+    }
+    climb();
+    lists_.strike(now_);
+    brain_.pass(now_);
+    carry_out();
+}
+
+std::size_t Loop::read_worker() {
+    if (!worker_) {
+        return 0;
+    }
+    worker_->write_on();
+    const std::size_t bytes = worker_->read(now_, ear_);
+    if (const char* flood = worker_->flood()) {
+        brain_.tell(brain::WorkerFlooded{worker_->run(), flood}, now_);
+        carry_out();
+    }
+    return bytes;
+}
+
+bool Loop::read_inbox() {
+    std::vector<Message> messages = inbox_->take();
+    for (Message& message : messages) {
+        std::visit([this](auto& one) { on(one); }, message);
+        carry_out();
+    }
+    return !messages.empty();
+}
+
+void Loop::on(Asked& message) {
+    waiting_[++last_request_] = std::move(message.answered);
+    brain_.ask(last_request_, message.request, now_);
+}
+
+void Loop::on(ListAsked& message) {
+    if (const auto number = lists_.ask(std::move(message.answered), now_)) {
+        disk_.list({*number, brain_.state().folder, std::move(message.after), message.limit});
+    }
+}
+
+void Loop::on(Told& message) {
+    disk_.ask(std::move(message));
+}
+
+void Loop::on(FileAnswer& message) {
+    brain_.tell(message, now_);
+}
+
+void Loop::on(Listed& message) {
+    lists_.answer(message);
+}
+
+void Loop::on(brain::News& message) {
+    const auto* started = std::get_if<brain::WorkerStarted>(&message);
+    if (started != nullptr && worker_ && worker_->run() == started->run) {
+        worker_->started();
+    }
+    brain_.tell(message, now_);
+}
+
+// What it has written before its end is still in the pipes. Who else writes into them is not waited
+// for.
+void Loop::on(ChildEnded& message) {
+    if (!worker_ || worker_->run() != message.run) {
+        return;
+    }
+    for (std::size_t bytes = 0, read = 1; read > 0 && bytes < most_read_at_once; bytes += read) {
+        read = read_worker();
+    }
+    const brain::WorkerEnded news{message.run, worker_->ended_by(), message.status};
+    worker_.reset();
+    brain_.tell(news, now_);
+}
+
+void Loop::on(Leave&) {
+    leaving_ = true;
+}
+
+}  // namespace host
