@@ -1,0 +1,35 @@
+// What every command that drives a camera can be told: shoot, watch and serve.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/camera.h"
+#include "host/process/beside_this_program.h"
+
+namespace tether {
+
+struct SessionOptions {
+    std::string worker = host::worker_beside_this_program();
+    std::string folder = "shots";
+    std::string save_dest = "disk";
+    std::string file_type;  // empty: the camera's own
+    std::string name;       // a template; empty: the camera's own names
+    double patience = 20;   // seconds
+    std::string scene;
+    std::string pictures;
+    std::string record;  // empty: none
+    bool redact = false;
+};
+
+void declare(CLI::App& command, SessionOptions& options);
+
+// For the virtual camera, on top of this process's own environment.
+std::vector<std::pair<std::string, std::string>> environment_of(const SessionOptions& options);
+
+// All but the listener.
+host::CameraOptions camera_options(const SessionOptions& options);
+
+}  // namespace tether
