@@ -1,14 +1,15 @@
-// tether: a tethered shoot with the camera worker, or the terminal connected to it, or a look at
-// what both need.
+// tether: a tethered shoot with the camera worker, a watch that stays with a camera, the terminal
+// connected to a worker, or a look at what all of them need.
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <optional>
 #include <signal.h>
 #include <string>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include "host/process/beside_this_program.h"
 #include "host/process/standard_streams.h"
@@ -18,18 +19,23 @@
 #include "tether/doctor/examination.h"
 #include "tether/ranges.h"
 #include "tether/session_options.h"
-#include "tether/shoot/shooting.h"
+#include "tether/shoot/shoot.h"
+#include "tether/watch/watch.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-struct Options {
-    tether::Plan plan;
+struct ShootOptions {
     double shots = 3;
     double every = 0;
     tether::SessionOptions session;
     bool interactive = false;
+};
+
+struct WatchOptions {
+    tether::SessionOptions session;
+    std::vector<std::string> program;  // and its fixed arguments
 };
 
 // What the doctor is to look at.
@@ -41,7 +47,7 @@ struct Patient {
 constexpr tether::Range shots_range{"NUMBER", "0123456789", 1, 1'000'000, "1 to 1000000"};
 constexpr tether::Range every_range{"SECONDS", "0123456789.", 0, 86'400, "0 to 86400"};
 
-void declare(CLI::App& app, Options& options) {
+void declare(CLI::App& app, ShootOptions& options) {
     app.add_option("--shots", options.shots, "How many shots")
         ->check(tether::in(shots_range))
         ->type_name(tether::type_of(shots_range))
@@ -49,9 +55,21 @@ void declare(CLI::App& app, Options& options) {
     app.add_option("--every", options.every, "Seconds from one shot to the next, at least")
         ->check(tether::in(every_range))
         ->type_name(tether::type_of(every_range));
-    app.add_flag("--interactive", options.interactive,
-                 "Connect the terminal to the worker instead of shooting");
     tether::declare(app, options.session);
+}
+
+CLI::App& declare_watch(CLI::App& app, WatchOptions& options) {
+    CLI::App& command = *app.add_subcommand(
+        "watch", "Stay, and bring in every picture, also those of the button on the camera");
+    tether::declare(command, options.session);
+    command
+        .add_option("--exec", options.program,
+                    "A program to run for each picture, with the path as its last argument; once "
+                    "more for each argument before it")
+        ->type_name("PROGRAM")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    return command;
 }
 
 CLI::App& declare_doctor(CLI::App& app, Patient& patient) {
@@ -70,26 +88,102 @@ int wrong(const std::string& sentence) {
     return 2;
 }
 
-host::SpawnRequest request(const Options& options) {
-    host::SpawnRequest request;
-    request.executable = options.session.worker;
-    if (options.interactive) {
-        request.arguments = {options.plan.folder, "-", options.session.save_dest};
+// Why no pictures can go there, a sentence; empty when they can. The folder itself is made later,
+// and only it: one on a disk that is not mounted is not to be made in the disk's stead.
+std::string why_no_folder(const std::string& folder) {
+    std::error_code failure;
+    if (fs::is_directory(folder, failure)) {
+        const doctor::Finding finding = doctor::folder_takes_pictures(folder);
+        return finding.verdict == doctor::Verdict::failure ? finding.text : "";
     }
-    request.environment = tether::environment_of(options.session);
-    return request;
+    fs::path place = fs::absolute(folder, failure).lexically_normal();
+    place = place.has_filename() ? place : place.parent_path();
+    const bool can_be_made =
+        folder.empty() ? false : fs::is_directory(place.parent_path(), failure);
+    return fs::exists(place, failure) ? "cannot use the folder " + folder + ": it is no folder"
+           : can_be_made
+               ? ""
+               : "cannot make the folder " + folder + ": the one that it is in is missing";
 }
 
 host::Duration duration(double seconds) {
     return std::chrono::duration_cast<host::Duration>(std::chrono::duration<double>(seconds));
 }
 
+int connect_terminal(const tether::SessionOptions& session, tether::Terminal& terminal,
+                     tether::Record& record) {
+    tether::post_interrupts();
+    host::SpawnRequest request;
+    request.executable = session.worker;
+    request.arguments = {fs::canonical(session.folder), "-", session.save_dest};
+    request.environment = tether::environment_of(session);
+    return tether::connect_terminal(request, terminal, record);
+}
+
+// What every command on a camera needs before it begins; 0 when all is there.
+int prepare(const tether::SessionOptions& session, tether::Record& record) {
+    if (!fs::exists(session.worker)) {
+        return wrong("there is no worker at " + session.worker);
+    }
+    if (const std::string why = why_no_folder(session.folder); !why.empty()) {
+        return wrong(why);
+    }
+    if (!session.record.empty() && !record.open(session.record)) {
+        return wrong("cannot write " + session.record + ": " + record.trouble());
+    }
+    // A reader of the output that goes away must not cost the pictures.
+    signal(SIGPIPE, SIG_IGN);
+    return 0;
+}
+
+int shoot(const ShootOptions& options) {
+    const auto start = host::Clock::now();
+    tether::Record record(start, options.session.redact);
+    if (const int status = prepare(options.session, record)) {
+        return status;
+    }
+    tether::Terminal terminal(start);
+    if (options.interactive) {
+        fs::create_directory(options.session.folder);
+        return connect_terminal(options.session, terminal, record);
+    }
+    const tether::Plan plan{static_cast<unsigned>(options.shots), duration(options.every)};
+    return tether::shoot(plan, tether::camera_options(options.session), terminal, record);
+}
+
+int watch(WatchOptions options) {
+    const auto start = host::Clock::now();
+    tether::Record record(start, options.session.redact);
+    if (!options.program.empty()) {
+        std::string why;
+        const auto program = tether::find_program(options.program.front(), why);
+        if (!program) {
+            return wrong(why);
+        }
+        options.program.front() = *program;
+    }
+    if (const int status = prepare(options.session, record)) {
+        return status;
+    }
+    tether::Terminal terminal(start);
+    return tether::watch(tether::camera_options(options.session), options.program, terminal,
+                         record);
+}
+
 int carry_out(int argc, char** argv) {
-    Options options;
+    ShootOptions options;
+    WatchOptions watching;
     Patient patient;
     CLI::App app("A tethered shoot with the camera worker.", "tether");
     declare(app, options);
+    app.add_flag("--interactive", options.interactive,
+                 "Connect the terminal to the worker instead of shooting");
+    CLI::App& shoot_command =
+        *app.add_subcommand("shoot", "Take so many pictures: what is done without a command too");
+    declare(shoot_command, options);
+    const CLI::App& watch_command = declare_watch(app, watching);
     const CLI::App& doctor_command = declare_doctor(app, patient);
+    app.require_subcommand(0, 1);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) {
@@ -104,43 +198,7 @@ int carry_out(int argc, char** argv) {
         }
         return doctor::examine_aloud(patient.bundle, patient.folder);
     }
-    if (!fs::exists(options.session.worker)) {
-        return wrong("there is no worker at " + options.session.worker);
-    }
-    std::error_code failure;
-    fs::create_directories(options.session.folder, failure);
-    options.plan.folder = fs::canonical(options.session.folder, failure);
-    if (failure) {
-        return wrong("cannot use the folder " + options.session.folder + ": " + failure.message());
-    }
-    const doctor::Finding folder = doctor::folder_takes_pictures(options.plan.folder);
-    if (folder.verdict == doctor::Verdict::failure) {
-        return wrong(folder.text);
-    }
-    if (std::string why;
-        !options.interactive && !tether::command_for_folder(options.plan.folder, why)) {
-        return wrong(why);
-    }
-    const auto start = host::Clock::now();
-    tether::Record record(start, options.session.redact);
-    if (!options.session.record.empty() && !record.open(options.session.record)) {
-        return wrong("cannot write " + options.session.record + ": " + record.trouble());
-    }
-    options.plan.shots = static_cast<unsigned>(options.shots);
-    options.plan.every = duration(options.every);
-    options.plan.save_dest = options.session.save_dest;
-    options.plan.patience = duration(options.session.patience);
-    if (!options.session.file_type.empty()) {
-        options.plan.file_type = options.session.file_type;
-    }
-
-    // A reader of the output that goes away must not cost the pictures.
-    signal(SIGPIPE, SIG_IGN);
-    tether::post_interrupts();
-    tether::Terminal terminal(start);
-    return options.interactive
-               ? tether::connect_terminal(request(options), terminal, record)
-               : tether::carry_out(options.plan, request(options), terminal, record);
+    return watch_command.parsed() ? watch(watching) : shoot(options);
 }
 
 }  // namespace

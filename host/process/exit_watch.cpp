@@ -28,6 +28,11 @@ bool ExitWatch::signal(int number) {
     return !exit_ && kill(process_, number) == 0;
 }
 
+bool ExitWatch::signal_group(int number) {
+    const MutexLock lock(mutex_);
+    return !exit_ && kill(-process_, number) == 0;
+}
+
 std::optional<Exit> ExitWatch::await(TimePoint deadline) {
     const MutexLock lock(mutex_);
     while (!exit_ && mutex_.wait_until(ended_, deadline)) {}

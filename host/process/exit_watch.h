@@ -43,6 +43,9 @@ class ExitWatch {
     // False when the process has ended already.
     bool signal(int number);
 
+    // The same for all processes of the group that the process leads.
+    bool signal_group(int number);
+
     // Nothing when it still runs at the deadline.
     std::optional<Exit> await(TimePoint deadline);
 

@@ -1,396 +1,179 @@
-// The course of a tethered shoot, with the test as the worker and as the clock.
-#include "tether/shoot/shoot.h"
+// A tethered shoot.
+#include <signal.h>
 
-#include <algorithm>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <optional>
-#include <stdlib.h>
-#include <utility>
-
-#include "host/process/fields.h"
+#include "tests/tether/command_test.h"
 
 namespace {
 
-using namespace tether;
-using std::chrono::milliseconds;
-using std::chrono::seconds;
-namespace fs = std::filesystem;
-using Lines = std::vector<std::string>;
+using ShootTest = CommandTest;
 
-class ShootTest : public testing::Test {
-  protected:
-    ShootTest() {
-        char pattern[] = "/tmp/shoot-test-XXXXXX";
-        folder_ = fs::canonical(mkdtemp(pattern));
-        plan_.folder = folder_;
-        plan_.shots = 2;
+TEST_F(ShootTest, ShotsArriveAndAreSummedUp) {
+    start_tether({"--shots", "3"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed(" > CONNECT\n")) << output_;
+    EXPECT_TRUE(printed(" < CONNECTED|MODEL-A\n")) << output_;
+    EXPECT_TRUE(printed("         · shot 2 of 3 on its way\n")) << output_;
+    EXPECT_TRUE(printed("/DSC00003.JPG\n")) << output_;
+    EXPECT_TRUE(printed("\n  DSC00002.JPG       26 B  0.")) << output_;
+    EXPECT_TRUE(printed("\n3 shots, 3 files, 76 B in " + (folder_ / "shots").string() +
+                        "; nothing lost.\nFrom shutter to file 0."))
+        << output_;
+    EXPECT_EQ(read("shots/DSC00001.JPG"), jpeg("first picture"));
+    EXPECT_EQ(read("shots/DSC00002.JPG"), jpeg("the second one"));
+    EXPECT_EQ(output_.find('\x1b'), std::string::npos) << "colours belong on a terminal only";
+}
+
+TEST_F(ShootTest, TheWordShootDoesTheSame) {
+    start_command("shoot", {"--shots", "1"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("\n1 shot, 1 file, 25 B in ")) << output_;
+}
+
+TEST_F(ShootTest, FilesAreNamedByATemplate) {
+    start_tether({"--shots", "2", "--name", "studio/{n:3}"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("\n  studio/001.JPG  ")) << output_;
+    EXPECT_TRUE(fs::exists(folder_ / "shots/studio/002.JPG"));
+}
+
+TEST_F(ShootTest, ARawPairIsAwaitedWhole) {
+    if (!PICTURES_CAN_BE_DRAWN) {
+        GTEST_SKIP() << "only the picture module makes RAW files";
     }
-    ~ShootTest() override {
-        fs::remove_all(folder_);
-    }
-
-    // Starts the shoot and answers as a worker whose camera is there.
-    void begin() {
-        shoot_.emplace(plan_, [this](const std::string& line) { said_.push_back(line); });
-        shoot_->begin(now_);
-        hear("READY|OK");
-    }
-    void begin_with_camera() {
-        begin();
-        connected();
-        EXPECT_EQ(said(), (Lines{"SET_DOWNLOAD_DIR|" + plan_.folder.string(),
-                                 "CONNECT|" + plan_.save_dest, "PRIME", "CAPTURE"}));
-    }
-    void connected() {
-        hear("CONNECTED|MODEL-A");
-        hear("SAVE_DEST|" + plan_.save_dest);
-        hear("FILE_TYPE|" + type_);
-        hear("PRIME_DONE|OK");
-    }
-
-    void hear(const std::string& line) {
-        shoot_->hear(line, now_);
-    }
-
-    // What has been said since the last time.
-    Lines said() {
-        return std::exchange(said_, {});
-    }
-
-    // A picture lands and is reported.
-    void land(const std::string& name) {
-        std::ofstream(plan_.folder / name) << "picture";
-        hear("DOWNLOADED|" + (plan_.folder / name).string());
-    }
-
-    // Lets time pass up to the deadline, which must be that far away.
-    void pass(host::Duration wait) {
-        EXPECT_EQ(shoot_->deadline() - now_, wait);
-        now_ = shoot_->deadline();
-        shoot_->pass(now_);
-    }
-
-    const Report& report() {
-        return shoot_->report();
-    }
-
-    fs::path folder_;
-    Plan plan_;
-    std::string type_ = "jpeg";
-    std::optional<Shoot> shoot_;
-    host::TimePoint now_{};
-    Lines said_;
-};
-
-TEST_F(ShootTest, GoesFromReadyToTheLastPicture) {
-    begin_with_camera();
-    now_ += milliseconds(1500);
-    hear("REMOTE_CAPTURED|OK");
-    EXPECT_EQ(shoot_->progress(), "shot 1 of 2 on its way");
-    land("DSC00001.JPG");
-    EXPECT_EQ(said(), Lines{"CAPTURE"});
-    EXPECT_FALSE(shoot_->over());
-    land("DSC00002.JPG");
-    EXPECT_TRUE(shoot_->over());
-    EXPECT_EQ(said(), Lines{});
-    EXPECT_EQ(report().troubles, Lines{});
-    ASSERT_EQ(report().shots.size(), 2u);
-    ASSERT_EQ(report().shots[0].pictures.size(), 1u);
-    EXPECT_EQ(report().shots[0].pictures[0].took, milliseconds(1500));
-    EXPECT_EQ(report().shots[0].pictures[0].bytes, 7u);
+    write("scene", "timing instant\npicture 320x240\ncamera \"MODEL-A\" over USB, card in\n");
+    start_tether({"--shots", "1", "--file-type", "both", "--save-dest", "both"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("\n1 shot, 2 files, ")) << output_;
+    EXPECT_TRUE(fs::exists(folder_ / "shots/DSC00001.ARW"));
+    EXPECT_TRUE(fs::exists(folder_ / "shots/DSC00001.JPG"));
 }
 
-TEST_F(ShootTest, FoldersAndFilesTravelEscaped) {
-    fs::rename(plan_.folder, plan_.folder.string() + "|%");
-    plan_.folder += "|%";
-    begin();
-    EXPECT_TRUE(said().front().ends_with("%7C%25"));
-    connected();
-    std::ofstream(plan_.folder / "a|b.JPG") << "picture";
-    hear("DOWNLOADED|" + host::escape_field((plan_.folder / "a|b.JPG").string()));
-    EXPECT_EQ(report().troubles, Lines{});
-    EXPECT_EQ(report().shots[0].pictures.size(), 1u);
-}
-
-TEST_F(ShootTest, AFolderThatTheWorkerWouldCutEndsItBeforeTheFirstWord) {
-    plan_.folder = fs::path("/tmp") / std::string(1400, '%');
-    begin();
-    EXPECT_EQ(said(), Lines{});
-    EXPECT_TRUE(shoot_->over());
-    ASSERT_EQ(report().troubles.size(), 1u);
-    EXPECT_TRUE(report().troubles.front().ends_with(
-        " cannot be named to the worker: the command has 4222 bytes, and the worker takes at most "
-        "4095"))
-        << report().troubles.front();
-}
-
-TEST_F(ShootTest, KeepsTheTimeBetweenShots) {
-    plan_.every = seconds(5);
-    begin_with_camera();
-    now_ += seconds(2);
-    land("DSC00001.JPG");
-    pass(seconds(3));
-    EXPECT_EQ(said(), Lines{"CAPTURE"});
-}
-
-TEST_F(ShootTest, AShotWithoutAPictureIsGivenUp) {
-    begin_with_camera();
-    hear("REMOTE_CAPTURED|OK");
-    pass(seconds(20));
-    EXPECT_EQ(report().troubles, Lines{"shot 1 of 2 brought no picture in time"});
-    EXPECT_EQ(report().without_picture, 1u);
-    EXPECT_EQ(said(), Lines{"CAPTURE"});
-}
-
-TEST_F(ShootTest, AShotThatIsCutOffIsLost) {
-    begin_with_camera();
-    shoot_->stop("interrupted");
-    shoot_->stop("the worker had to be killed");
-    shoot_->conclude();
-    EXPECT_EQ(report().troubles,
-              (Lines{"interrupted", "the worker had to be killed", "shot 1 of 2 was cut off"}));
-    EXPECT_EQ(report().without_picture, 1u);
-}
-
-TEST_F(ShootTest, APictureThatComesAfterTheCutIsItsShots) {
-    begin_with_camera();
-    shoot_->stop("interrupted");
-    land("DSC00001.JPG");
-    land("DSC00002.JPG");
-    shoot_->conclude();
-    EXPECT_EQ(report().troubles, Lines{"interrupted"});
-    EXPECT_EQ(report().without_picture, 0u);
-    EXPECT_EQ(report().shots[0].pictures.size(), 1u);
-    EXPECT_EQ(report().unasked.size(), 1u);
-}
-
-TEST_F(ShootTest, BetweenShotsThereIsNothingToCutOff) {
-    plan_.every = seconds(30);
-    begin_with_camera();
-    pass(seconds(20));
-    shoot_->stop("interrupted");
-    shoot_->conclude();
-    EXPECT_EQ(report().troubles, (Lines{"shot 1 of 2 brought no picture in time", "interrupted"}));
-    EXPECT_EQ(report().without_picture, 1u);
-}
-
-TEST_F(ShootTest, BeforeTheFirstShotThereIsNothingToCutOff) {
-    begin();
-    shoot_->stop("interrupted");
-    shoot_->conclude();
-    EXPECT_EQ(report().troubles, Lines{"interrupted"});
-    EXPECT_EQ(report().without_picture, 0u);
-}
-
-TEST_F(ShootTest, ARawPairNeedsBothHalves) {
-    type_ = "both";
-    begin_with_camera();
-    land("DSC00001.ARW");
-    EXPECT_EQ(shoot_->progress(), "shot 1 of 2 on its way");
-    land("DSC00001.JPG");
-    EXPECT_EQ(said(), Lines{"CAPTURE"});
-    land("DSC00002.ARW");
-    pass(seconds(20));
-    EXPECT_EQ(report().troubles, Lines{"shot 2 of 2 brought only half of its pair in time"});
-}
-
-TEST_F(ShootTest, AHalfThatComesLateJoinsItsOwnShot) {
-    type_ = "both";
-    begin_with_camera();
-    land("DSC00001.ARW");
-    pass(seconds(20));
-    land("DSC00001.JPG");
-    EXPECT_FALSE(shoot_->over());
-    land("DSC00002.JPG");
-    land("DSC00002.ARW");
-    EXPECT_TRUE(shoot_->over());
-    EXPECT_EQ(report().shots[0].pictures.size(), 2u);
-    EXPECT_EQ(report().shots[1].pictures.size(), 2u);
-    EXPECT_EQ(report().without_picture, 1u);
-}
-
-TEST_F(ShootTest, OtherMayBeAPairAndMayBeAlone) {
-    type_ = "other";
-    begin_with_camera();
-    land("DSC00001.ARW");
-    pass(seconds(3));
-    land("DSC00002.ARW");
-    land("DSC00002.HIF");
-    EXPECT_TRUE(shoot_->over());
-    EXPECT_EQ(report().troubles, Lines{});
-}
-
-TEST_F(ShootTest, ShotsForTheCardBringNoFiles) {
-    plan_.save_dest = "card";
-    begin_with_camera();
-    hear("REMOTE_CAPTURED|OK");
-    hear("REMOTE_CAPTURED|OK");
-    EXPECT_TRUE(shoot_->over());
-    EXPECT_EQ(report().troubles, Lines{});
-}
-
-TEST_F(ShootTest, WithoutACardTheShotsOfTheCardAreAwaited) {
-    plan_.save_dest = "card";
-    begin_with_camera();
-    hear("SAVE_DEST|disk");
-    hear("REMOTE_CAPTURED|OK");
-    EXPECT_EQ(shoot_->progress(), "shot 1 of 2 on its way");
+TEST_F(ShootTest, ShotsForTheCardStayThere) {
+    start_tether({"--shots", "2", "--save-dest", "card"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("\n2 shots, 0 files, 0 B in ")) << output_;
 }
 
 TEST_F(ShootTest, AFileOutsideOfTheFolderIsNotAccepted) {
-    begin_with_camera();
-    hear("DOWNLOADED|/etc/passwd");
-    hear("DOWNLOADED|" + plan_.folder.string() + "/missing.JPG");
-    fs::create_symlink("/etc/passwd", plan_.folder / "link.JPG");
-    hear("DOWNLOADED|" + plan_.folder.string() + "/link.JPG");
-    const std::string folder = plan_.folder.string();
-    EXPECT_EQ(report().troubles,
-              (Lines{"not accepted: /etc/passwd (it lies outside of the folder)",
-                     "not accepted: " + folder + "/missing.JPG (there is no such file)",
-                     "not accepted: " + folder + "/link.JPG (it lies outside of the folder)"}));
-    EXPECT_TRUE(report().shots[0].pictures.empty());
-    EXPECT_EQ(shoot_->progress(), "shot 1 of 2 on its way");
+    write("elsewhere.JPG", "private");
+    start_tether({"--shots", "2", "--every", "3"});
+    read_to("DOWNLOADED|");
+    tell_camera("deliver \"" + (folder_ / "elsewhere.JPG").string() + "\" 0xFFFFFFFF");
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("2 shots, 2 files, ")) << output_;
+    EXPECT_TRUE(printed("\n! ") && printed((folder_ / "elsewhere.JPG").string())) << output_;
+    EXPECT_EQ(read("elsewhere.JPG"), "private");
 }
 
-TEST_F(ShootTest, APictureNobodyAskedForIsCountedApart) {
-    plan_.every = seconds(5);
-    begin_with_camera();
-    land("DSC00001.JPG");
-    land("DSC00002.JPG");
-    EXPECT_EQ(report().unasked.size(), 1u);
-    EXPECT_EQ(report().shots[0].pictures.size(), 1u);
-    EXPECT_EQ(report().troubles, Lines{});
+TEST_F(ShootTest, APictureOfTheButtonIsBroughtInAndNotTakenForAShot) {
+    start_tether({"--shots", "2", "--every", "4"});
+    read_to("DOWNLOADED|");
+    tell_camera("shutter");
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("\n  DSC00002.JPG       26 B  not asked for\n")) << output_;
+    EXPECT_TRUE(printed("\n2 shots, 3 files, ")) << output_;
 }
 
-TEST_F(ShootTest, AfterALossTheSessionIsOpenedAnew) {
-    begin_with_camera();
-    hear("DISCONNECTED|");
-    EXPECT_EQ(shoot_->progress(), "no camera; trying again");
-    hear("DISCONNECTED|");
-    pass(seconds(1));
-    EXPECT_EQ(said(), (Lines{"DISCONNECT", "CONNECT|disk"}));
-    hear("DISCONNECTED|");
-    hear("STATUS|Looking for a camera");
-    hear("ERROR|Camera not detected");
-    pass(seconds(2));
-    EXPECT_EQ(said(), Lines{"CONNECT|disk"});
-    connected();
-    EXPECT_EQ(said(), (Lines{"PRIME", "CAPTURE"}));
-    land("DSC00002.JPG");
-    EXPECT_TRUE(shoot_->over());
-    EXPECT_EQ(report().connection_losses, 1u);
-    EXPECT_EQ(report().troubles, Lines{"shot 1 of 2 was lost with the camera"});
+TEST_F(ShootTest, ALostCameraIsConnectedAgain) {
+    start_tether({"--shots", "2", "--every", "4"});
+    read_to("DOWNLOADED|");
+    tell_camera("unplug");
+    read_to("the camera went away; waiting for it");
+    tell_camera("plug");
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("2 shots, 2 files, ")) << output_;
+    EXPECT_TRUE(printed("\nThe camera went away once.\n")) << output_;
 }
 
-TEST_F(ShootTest, ALossBetweenShotsCostsNone) {
-    plan_.every = seconds(5);
-    begin_with_camera();
-    land("DSC00001.JPG");
-    hear("DISCONNECTED|");
-    pass(seconds(1));
-    said();
-    connected();
-    pass(seconds(4));
-    EXPECT_EQ(said(), (Lines{"PRIME", "CAPTURE"}));
-    land("DSC00002.JPG");
-    EXPECT_TRUE(shoot_->over());
-    EXPECT_EQ(report().connection_losses, 1u);
-    EXPECT_EQ(report().troubles, Lines{});
+// The first shot is on its way when the cable is pulled.
+TEST_F(ShootTest, AShotThatIsLostWithTheCameraIsSaidSo) {
+    write("scene", "timing instant\nnext file late 30s\ncamera \"MODEL-A\" over USB, card in\n");
+    start_tether({"--shots", "2"});
+    read_to("REMOTE_CAPTURED|OK");
+    tell_camera("unplug");
+    read_to("the camera went away; waiting for it");
+    tell_camera("plug");
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("; 1 shot lost.\n")) << output_;
+    EXPECT_TRUE(printed("\n! shot 1 of 2: The camera went away.\n")) << output_;
 }
 
-TEST_F(ShootTest, ALossDuringTheLastShotIsTheEnd) {
-    plan_.shots = 1;
-    begin_with_camera();
-    hear("DISCONNECTED|");
-    EXPECT_TRUE(shoot_->over());
-    EXPECT_EQ(report().troubles, Lines{"shot 1 of 1 was lost with the camera"});
+TEST_F(ShootTest, AWorkerThatDiesAgainAndAgainIsSaidSo) {
+    const std::string dying = script("dying", R"(
+echo 'CPP_WORKER|START sony-1.0'
+echo 'READY|OK'
+read line
+kill -9 $$
+)");
+    start_tether({"--worker", dying});
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("! The worker ended by itself (signal 9).")) << output_;
+    EXPECT_TRUE(printed("\n0 shots, 0 files, ")) << output_;
 }
 
-TEST_F(ShootTest, ASessionThatTheSdkBringsBackIsTaken) {
-    begin_with_camera();
-    hear("DISCONNECTED|");
-    connected();
-    EXPECT_EQ(said(), (Lines{"PRIME", "CAPTURE"}));
+TEST_F(ShootTest, AWorkerThatDiesOnceIsReplacedAndCostsNothing) {
+    const std::string dying =
+        script("dying", "[ -e " + (folder_ / "died").string() + " ] && exec " WORKER "\n: > " +
+                            (folder_ / "died").string() + "\nexit 3\n");
+    start_tether({"--worker", dying, "--shots", "1"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("\n1 shot, 1 file, 25 B in ")) << output_;
 }
 
-TEST_F(ShootTest, BacksOffAndGivesUp) {
-    begin();
-    for (const int wait : {1, 2, 4, 8, 8}) {
-        hear("ERROR|Camera not detected");
-        pass(seconds(wait));
+TEST_F(ShootTest, AWorkerThatHangsAtTheEndIsKilledAndSaidSo) {
+    write("scene", "timing instant\nnext Disconnect hangs\n");
+    const std::string deaf = script("deaf", "trap '' TERM\n" WORKER "\nsleep 60\n");
+    start_tether({"--worker", deaf, "--shots", "1"});
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("\n! the worker had to be killed\n")) << output_;
+    EXPECT_TRUE(printed("\n1 shot, 1 file, 25 B in ")) << output_;
+}
+
+TEST_F(ShootTest, AnInterruptEndsTheWorkerInOrder) {
+    start_tether({"--shots", "100"});
+    read_to("DOWNLOADED|");
+    tether_->signal(SIGINT);
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("! interrupted\n")) << output_;
+    EXPECT_NE(read("journal").find("\tRelease\ttrue\n"), std::string::npos);
+}
+
+TEST_F(ShootTest, AFolderThatTheWorkerWouldCutIsRefused) {
+    fs::path folder = folder_ / "shots";
+    for (int level = 0; level < 6; ++level) {
+        folder /= std::string(250, '%');
     }
-    EXPECT_FALSE(shoot_->over());
-    hear("ERROR|Camera not detected");
-    EXPECT_TRUE(shoot_->over());
-    EXPECT_EQ(report().troubles, Lines{"no session with a camera: Camera not detected"});
-    EXPECT_EQ(std::count(said_.begin(), said_.end(), "CONNECT|disk"), 6);
-    EXPECT_EQ(std::count(said_.begin(), said_.end(), "DISCONNECT"), 0);
+    fs::create_directories(folder);
+    const auto command = start({TETHER_COMMAND, {"--folder", folder}, {}, folder_ / "errors"});
+    std::string output;
+    while (const auto line = command->next_line(host::after(patience))) {
+        output += line->text + "\n";
+    }
+    EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 1");
+    EXPECT_NE(output.find("\n! The folder"), std::string::npos) << output;
+    EXPECT_EQ(output.find("CONNECT"), std::string::npos) << output;
 }
 
-TEST_F(ShootTest, AnOpeningThatEndsInSilenceIsTriedAgain) {
-    begin();
-    said();
-    pass(seconds(25));
-    pass(seconds(1));
-    EXPECT_EQ(said(), (Lines{"DISCONNECT", "CONNECT|disk"}));
-    hear("DISCONNECTED|");
-    hear("DISCONNECTED|");
-    pass(seconds(2));
-    EXPECT_EQ(said(), (Lines{"DISCONNECT", "CONNECT|disk"}));
+TEST_F(ShootTest, AFolderWhoseParentIsMissingIsNotMade) {
+    const auto command =
+        start({TETHER_COMMAND, {"--folder", folder_ / "no/shots"}, {}, folder_ / "errors"});
+    EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2");
+    EXPECT_EQ(read("errors"), "tether: cannot make the folder " + (folder_ / "no/shots").string() +
+                                  ": the one that it is in is missing\n");
+    EXPECT_FALSE(fs::exists(folder_ / "no"));
 }
 
-TEST_F(ShootTest, AHandleThatIsStillHeldIsGivenBack) {
-    begin();
-    said();
-    hear("CONNECTED|already");
-    pass(seconds(1));
-    EXPECT_EQ(said(), (Lines{"DISCONNECT", "CONNECT|disk"}));
-}
-
-TEST_F(ShootTest, TheFileTypeIsAskedForWhereItDiffers) {
-    plan_.file_type = "raw";
-    begin();
-    said();
-    connected();
-    EXPECT_EQ(said(), (Lines{"PRIME", "SET_FILE_TYPE|raw", "PRIME"}));
-    hear("FILE_TYPE|raw");
-    hear("PRIME_DONE|OK");
-    EXPECT_EQ(said(), Lines{"CAPTURE"});
-    hear("DISCONNECTED|");
-    pass(seconds(1));
-    type_ = "raw";
-    connected();
-    EXPECT_EQ(said(), (Lines{"DISCONNECT", "CONNECT|disk", "PRIME", "CAPTURE"}));
-}
-
-TEST_F(ShootTest, ARefusedFileTypeIsTroubleButNotTheEnd) {
-    plan_.file_type = "raw";
-    begin();
-    connected();
-    said();
-    hear("ERROR|The camera would not change its file type — set it on the camera");
-    hear("FILE_TYPE|jpeg");
-    hear("PRIME_DONE|OK");
-    EXPECT_EQ(said(), Lines{"CAPTURE"});
-    EXPECT_EQ(report().troubles, Lines{"the worker says: The camera would not change its file type "
-                                       "— set it on the camera"});
-}
-
-TEST_F(ShootTest, AWorkerWhoseSdkFailsIsTheEnd) {
-    shoot_.emplace(plan_, [](const std::string&) {});
-    shoot_->begin(now_);
-    hear("ERROR|Sony Camera Remote SDK failed to initialise");
-    EXPECT_TRUE(shoot_->over());
-    EXPECT_EQ(report().troubles.size(), 1u);
-}
-
-TEST_F(ShootTest, AWorkerThatNeverGetsReadyIsTheEnd) {
-    shoot_.emplace(plan_, [](const std::string&) {});
-    shoot_->begin(now_);
-    pass(seconds(10));
-    EXPECT_TRUE(shoot_->over());
-    EXPECT_EQ(report().troubles, Lines{"the worker did not get ready in 10 s"});
+// What nobody reads stops the printing, and nothing else.
+TEST_F(ShootTest, AnOutputThatNobodyReadsCostsNoPicture) {
+    start_tether({"--shots", "3", "--every", "1"});
+    read_to("DOWNLOADED|");
+    tell_camera("storm 20000 0x0106");
+    const host::TimePoint deadline = host::after(patience);
+    while (!fs::exists(folder_ / "shots/DSC00003.JPG") && host::Clock::now() < deadline) {
+        tell_camera("wait");
+    }
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("\n3 shots, 3 files, ")) << output_.substr(output_.size() - 500);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "tether/conversation/typed_lines.h"
+#include "tether/live/signals.h"
 
 namespace tether {
 
@@ -74,17 +75,9 @@ Events& events() {
 }
 
 void post_interrupts() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGHUP);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    std::thread([signals] {
-        for (int number = 0; sigwait(&signals, &number) == 0;) {
-            events().post({Event::Kind::interrupted, {}, Clock::now()});
-        }
-    }).detach();
+    act_on_signals({SIGINT, SIGTERM, SIGHUP}, [](int) {
+        events().post({Event::Kind::interrupted, {}, Clock::now()});
+    });
 }
 
 void post_typed_lines() {

@@ -46,6 +46,26 @@ void Record::add(char direction, std::string_view text, host::TimePoint at) {
     write(direction, redacted_ ? redaction_.redact(direction, text) : std::string(text), at);
 }
 
+void Record::add_error(std::string_view text, host::TimePoint at) {
+    write('#', "standard error: " + (redacted_ ? "<text>" : std::string(text)), at);
+}
+
+void Record::add_problem(const host::Problem& problem, host::TimePoint at) {
+    std::string text = "problem " + std::string(host::word(problem.code));
+    switch (problem.code) {
+        case host::Code::worker_not_starting:
+        case host::Code::worker_gone:
+        case host::Code::worker_hangs:
+        case host::Code::worker_floods:
+            text += ": " + problem.text;
+            break;
+        default:
+            text += redacted_ ? "" : ": " + problem.text;
+            break;
+    }
+    write('#', text, at);
+}
+
 void Record::note(std::string_view text, host::TimePoint at) {
     write('#', text, at);
 }

@@ -7,6 +7,7 @@
 
 #include "host/process/clock.h"
 #include "host/process/pipe.h"
+#include "host/values/problem.h"
 #include "tether/conversation/redaction.h"
 
 namespace tether {
@@ -21,6 +22,12 @@ class Record {
 
     // '>' to the worker, '<' from it. Nothing happens unless a file is open.
     void add(char direction, std::string_view text, host::TimePoint at);
+
+    // What the worker wrote on standard error: anything may stand in it.
+    void add_error(std::string_view text, host::TimePoint at);
+
+    // A problem by its code, with its text unless that may hold a path.
+    void add_problem(const host::Problem& problem, host::TimePoint at);
 
     // A remark of tether's own.
     void note(std::string_view text, host::TimePoint at);

@@ -76,6 +76,11 @@ void Terminal::show_text(std::string_view text) {
     write_out(text);
 }
 
+void Terminal::show_error(std::string_view text) {
+    erase_progress();
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
 host::TimePoint Terminal::next_redraw(host::TimePoint now) const {
     return in_place_ && !progress_.empty() ? now + redraw_every : host::TimePoint::max();
 }

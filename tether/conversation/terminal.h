@@ -22,6 +22,9 @@ class Terminal {
 
     void show_text(std::string_view text);
 
+    // On standard error.
+    void show_error(std::string_view text);
+
     // When the progress wants to be redrawn.
     host::TimePoint next_redraw(host::TimePoint now) const;
 

@@ -7,7 +7,7 @@
 
 #include "tether/doctor/checks.h"
 #include "tether/doctor/regular_file.h"
-#include "tether/shoot/summary.h"
+#include "tether/live/session_words.h"
 
 namespace doctor {
 

@@ -1,145 +1,148 @@
 #include "tether/shoot/shoot.h"
 
+#include <algorithm>
+#include <signal.h>
 #include <utility>
 
-#include "host/process/command.h"
-#include "host/process/fields.h"
+#include "tether/live/session_words.h"
+#include "tether/live/signals.h"
+#include "tether/shoot/summary.h"
 
 namespace tether {
 
+using host::Clock;
 using host::TimePoint;
 
 namespace {
 
-constexpr std::chrono::seconds time_to_start{10};
+// A camera that is settling or coming back may take a shot a while after it was asked for one.
+constexpr std::chrono::seconds time_to_fire{30};
+
+// For files that are on their way when the user stops.
+constexpr std::chrono::seconds time_for_the_rest{2};
+
+host::CameraOptions with_listener(host::CameraOptions options) {
+    options.listener = listener(true);
+    return options;
+}
 
 }  // namespace
 
-std::optional<std::string> command_for_folder(const std::filesystem::path& folder,
-                                              std::string& why) {
-    auto command = host::write_command("SET_DOWNLOAD_DIR", {folder.string()}, why);
-    if (!command) {
-        why = "the folder " + folder.string() + " cannot be named to the worker: " + why;
+int shoot(const Plan& plan, host::CameraOptions options, Terminal& terminal, Record& record) {
+    act_on_signals({SIGINT, SIGTERM, SIGHUP},
+                   [](int) { happenings().post(Happening(Interrupted{})); });
+    return Shoot(plan, std::move(options), terminal, record).carry_out();
+}
+
+Shoot::Shoot(const Plan& plan, host::CameraOptions options, Terminal& terminal, Record& record)
+    : plan_(plan),
+      terminal_(terminal),
+      record_(record),
+      view_(Clock::now(), true, terminal, record),
+      camera_(with_listener(std::move(options))) {
+    report_.planned = plan.shots;
+}
+
+int Shoot::carry_out() {
+    connect();
+    while (step_ != Step::over) {
+        wait_and_see();
     }
-    return command;
+    // What was told before the worker's end is in the queue before the answer, so this was all.
+    return conclude();
 }
 
-Shoot::Shoot(Plan plan, std::function<void(const std::string&)> send)
-    : plan_(std::move(plan)), send_(std::move(send)) {}
-
-void Shoot::begin(TimePoint now) {
-    enter(State::starting, now + time_to_start);
+void Shoot::wait_and_see() {
+    const TimePoint now = Clock::now();
+    terminal_.show_progress(progress(), now);
+    if (now >= deadline_) {
+        deadline_ = TimePoint::max();
+        return go_on();
+    }
+    if (const auto happening = happenings().next(std::min(deadline_, terminal_.next_redraw(now)))) {
+        std::visit([this](const auto& one) { on(one); }, *happening);
+    }
 }
 
-void Shoot::enter(State state, TimePoint deadline) {
-    state_ = state;
-    deadline_ = deadline;
+void Shoot::connect() {
+    step_ = Step::connecting;
+    camera_.ask(host::Connect{}, post_answer);
+}
+
+// To the next shot when it is due, or to the end.
+void Shoot::go_on() {
+    if (report_.shots.size() == plan_.shots) {
+        return end({});
+    }
+    const TimePoint due = report_.shots.empty() ? Clock::now() : fired_ + plan_.every;
+    if (due > Clock::now()) {
+        step_ = Step::pausing;
+        deadline_ = due;
+    } else if (state_.state == host::State::ready) {
+        fire();
+    } else {
+        connect();
+    }
+}
+
+void Shoot::fire() {
+    step_ = Step::shooting;
+    fired_ = Clock::now();
+    host::Capture capture;
+    capture.expires = time_to_fire;
+    camera_.ask(capture, post_answer);
+}
+
+void Shoot::end(std::optional<host::Time> patience) {
+    step_ = Step::ending;
+    deadline_ = TimePoint::max();
+    camera_.ask(host::Shutdown{patience}, post_answer);
 }
 
 void Shoot::stop(const std::string& trouble) {
-    report_.troubles.push_back(trouble);
-    shot_cut_off_ = shot_cut_off_ || state_ == State::shooting;
-    enter(State::over, TimePoint::max());
-}
-
-void Shoot::conclude() {
-    if (shot_cut_off_ && has_too_few_pictures(report_.shots.back())) {
-        lose_shot("was cut off");
-    }
-}
-
-void Shoot::hear(std::string_view line, TimePoint at) {
-    const std::size_t separator = line.find('|');
-    const std::string_view key = line.substr(0, separator);
-    const std::string payload(separator == std::string_view::npos ? ""
-                                                                  : line.substr(separator + 1));
-
-    if (key == "DOWNLOADED") {
-        take_picture(host::unescape_field(payload), at);
-    } else if (key == "SAVE_DEST") {
-        save_dest_ = payload;
-    } else if (key == "FILE_TYPE") {
-        file_type_ = payload;
-    } else if (key == "READY" && state_ == State::starting) {
-        hear_ready(at);
-    } else if (key == "CONNECTED" && payload == "already" && state_ == State::connecting) {
-        handle_held_ = true;
-        connection_failed("the worker still holds the last session", at);
-    } else if (key == "CONNECTED" &&
-               (state_ == State::connecting || state_ == State::backing_off)) {
-        settle(at);
-    } else if (key == "PRIME_DONE" &&
-               (state_ == State::settling || state_ == State::setting_type)) {
-        settled(at);
-    } else if (key == "REMOTE_CAPTURED" && state_ == State::shooting) {
-        hear_captured(at);
-    } else if (key == "DISCONNECTED") {
-        hear_disconnected(at);
-    } else if (key == "ERROR") {
-        hear_error(payload, at);
-    }
-}
-
-void Shoot::hear_ready(TimePoint at) {
-    std::string why;
-    const auto command = command_for_folder(plan_.folder, why);
-    if (!command) {
-        return stop(why);
-    }
-    send_(*command);
-    connect(at);
-}
-
-void Shoot::pass(TimePoint now) {
-    switch (state_) {
-        case State::starting:
-            return stop("the worker did not get ready in " + std::to_string(time_to_start.count()) +
-                        " s");
-        case State::connecting:
-            handle_held_ = true;
-            return connection_failed("the camera did not answer", now);
-        case State::backing_off:
-            return connect(now);
-        case State::settling:
-        case State::setting_type:
-            return settling_failed(now);
-        case State::shooting:
-            return give_pictures_up(now);
-        case State::pausing:
-            return fire(now);
-        case State::over:
-            return;
-    }
-}
-
-void Shoot::hear_error(const std::string& text, TimePoint at) {
-    if (state_ == State::connecting) {
-        handle_held_ = !text.starts_with("Camera not detected");
-        connection_failed(text, at);
-        return;
-    }
-    if (state_ == State::over || state_ == State::backing_off) {
-        return;
-    }
-    report_.troubles.push_back("the worker says: " + text);
-    if (state_ == State::starting) {
-        enter(State::over, TimePoint::max());
-    } else if (state_ == State::shooting && text == "Camera not connected") {
-        lose_connection(at);
+    report_.add_trouble(trouble);
+    report_.sound = false;
+    if (step_ != Step::ending) {
+        end(time_for_the_rest);
     }
 }
 
 std::string Shoot::progress() const {
-    switch (state_) {
-        case State::connecting:
-            return "opening the camera";
-        case State::backing_off:
-            return "no camera; trying again";
-        case State::shooting:
-            return shot_name() + " on its way";
-        default:
-            return {};
+    if (step_ == Step::shooting && state_.state == host::State::ready) {
+        return "shot " + std::to_string(report_.shots.size() + 1) + " of " +
+               std::to_string(plan_.shots) + " on its way";
     }
+    return progress_of(state_);
+}
+
+// A shot that is over has its problems with it; a file that comes later can bring another one.
+void Shoot::add_late_problems() {
+    for (const host::Problem& problem : of_shots_) {
+        const bool known =
+            std::any_of(report_.shots.begin(), report_.shots.end(), [&](const host::Shot& shot) {
+                return std::find(shot.problems.begin(), shot.problems.end(), problem) !=
+                       shot.problems.end();
+            });
+        if (!known) {
+            report_.add(problem);
+        }
+    }
+}
+
+int Shoot::conclude() {
+    add_late_problems();
+    terminal_.show_progress({}, Clock::now());
+    const std::string wrong = what_was_wrong(*report_.ended);
+    if (!wrong.empty()) {
+        report_.add_trouble(wrong);
+    }
+    view_.note(wrong.empty() ? "the worker ended in order" : wrong);
+    if (!record_.trouble().empty()) {
+        report_.add_trouble("the record is not complete: " + record_.trouble());
+        report_.sound = false;
+    }
+    terminal_.show_text(summary(report_, state_.folder));
+    return report_.good() ? 0 : 1;
 }
 
 }  // namespace tether

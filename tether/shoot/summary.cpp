@@ -1,103 +1,130 @@
 #include "tether/shoot/summary.h"
 
 #include <algorithm>
-#include <array>
+#include <chrono>
 #include <cstdio>
 #include <vector>
 
+#include "tether/live/session_words.h"
+
 namespace tether {
 namespace {
+
+using host::Picture;
+using host::Shot;
+using host::ShotStatus;
 
 std::string count(std::size_t number, const std::string& one, const std::string& many) {
     return std::to_string(number) + " " + (number == 1 ? one : many);
 }
 
-std::string in_seconds(host::Duration duration) {
+std::string in_seconds(std::chrono::duration<double> duration) {
     char text[32];
-    std::snprintf(text, sizeof text, "%.2f s", std::chrono::duration<double>(duration).count());
+    std::snprintf(text, sizeof text, "%.2f s", duration.count());
     return text;
 }
 
-// Wide enough for the names, so that the columns stand under each other.
-std::string picture_line(const Picture& picture, std::size_t name_width, const std::string& time) {
-    const std::string name = picture.file.filename().string();
-    const std::string size = in_bytes(picture.bytes);
-    return "  " + name + std::string(name_width - name.size() + 2, ' ') +
-           std::string(size.size() < 9 ? 9 - size.size() : 0, ' ') + size + "  " + time + "\n";
+std::string padded(std::size_t size, std::size_t width) {
+    return std::string(size < width ? width - size : 0, ' ');
 }
 
-std::string times(std::vector<host::Duration> took) {
+// Asked for, and how long it took; or what else it is.
+std::string last_column(const Report& report, const Picture& picture) {
+    std::string text = !report.asked_for(picture)
+                           ? (picture.recovered ? "left from before" : "not asked for")
+                       : picture.after ? in_seconds(*picture.after)
+                                       : "late";
+    return picture.whole ? text : text + ", damaged";
+}
+
+// Wide enough for the names, so that the columns stand under each other.
+std::string picture_lines(const Report& report, const std::string& folder) {
+    std::size_t width = 0;
+    for (const Picture& picture : report.pictures) {
+        width = std::max(width, name_in(folder, picture.path).size());
+    }
+    std::string text;
+    for (const Picture& picture : report.pictures) {
+        const std::string name = name_in(folder, picture.path);
+        const std::string size = in_bytes(picture.bytes);
+        text += "  " + name + padded(name.size(), width) + "  " + padded(size.size(), 9) + size +
+                "  " + last_column(report, picture) + "\n";
+    }
+    return text;
+}
+
+std::string what_was_lost(const Report& report) {
+    const auto with = [&](ShotStatus status) {
+        return static_cast<std::size_t>(
+            std::count_if(report.shots.begin(), report.shots.end(),
+                          [=](const Shot& shot) { return shot.status == status; }));
+    };
+    const std::size_t lost = with(ShotStatus::none);
+    const std::size_t incomplete = with(ShotStatus::incomplete);
+    const std::size_t refused = with(ShotStatus::refused);
+    std::string text;
+    const auto add = [&](std::size_t number, const char* what) {
+        if (number > 0) {
+            text += (text.empty() ? "" : ", ") + count(number, "shot ", "shots ") + what;
+        }
+    };
+    add(lost, "lost");
+    add(incomplete, "incomplete");
+    add(refused, "not fired");
+    return text.empty() ? "nothing lost" : text;
+}
+
+std::string times(const Report& report) {
+    std::vector<std::chrono::milliseconds> took;
+    for (const Picture& picture : report.pictures) {
+        if (picture.after && report.asked_for(picture)) {
+            took.push_back(*picture.after);
+        }
+    }
     if (took.empty()) {
         return {};
     }
     std::sort(took.begin(), took.end());
     const std::size_t middle = took.size() / 2;
-    const host::Duration median =
-        took.size() % 2 == 1 ? took[middle] : (took[middle - 1] + took[middle]) / 2;
+    const auto median = took.size() % 2 == 1 ? took[middle] : (took[middle - 1] + took[middle]) / 2;
     return "From shutter to file " + in_seconds(median) +
            (took.size() == 1 ? "." : " in the median, " + in_seconds(took.back()) + " at worst.") +
            "\n";
 }
 
-}  // namespace
-
-std::string in_bytes(std::uintmax_t bytes) {
-    constexpr std::array units{"B", "kB", "MB", "GB"};
-    double amount = static_cast<double>(bytes);
-    std::size_t unit = 0;
-    while (amount >= 999.95 && unit + 1 < units.size()) {
-        amount /= 1000;
-        ++unit;
-    }
-    char text[32];
-    std::snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", amount, units[unit]);
-    return text;
-}
-
-std::string summary(const Report& report, const std::filesystem::path& folder) {
-    std::size_t name_width = 0;
-    std::size_t files = report.unasked.size();
-    std::uintmax_t bytes = 0;
-    std::vector<host::Duration> took;
-    const auto measure = [&](const Picture& picture) {
-        name_width = std::max(name_width, picture.file.filename().string().size());
-        bytes += picture.bytes;
-    };
-    for (const Shot& shot : report.shots) {
-        for (const Picture& picture : shot.pictures) {
-            measure(picture);
-            took.push_back(picture.took);
-            ++files;
+std::string troubles(const Report& report) {
+    std::string text;
+    for (std::size_t index = 0; index < report.shots.size(); ++index) {
+        for (const host::Problem& problem : report.shots[index].problems) {
+            text += "! shot " + std::to_string(index + 1) + " of " +
+                    std::to_string(report.planned) + ": " + problem.text + "\n";
         }
-    }
-    std::for_each(report.unasked.begin(), report.unasked.end(), measure);
-
-    std::string text = "\n";
-    for (const Shot& shot : report.shots) {
-        for (const Picture& picture : shot.pictures) {
-            text += picture_line(picture, name_width, in_seconds(picture.took));
-        }
-    }
-    for (const Picture& picture : report.unasked) {
-        text += picture_line(picture, name_width, "not asked for");
-    }
-    text += files > 0 ? "\n" : "";
-    text += count(report.shots.size(), "shot", "shots") + ", " + count(files, "file", "files") +
-            ", " + in_bytes(bytes) + " in " + folder.string() + "; ";
-    text += report.without_picture == 0
-                ? "nothing lost.\n"
-                : count(report.without_picture, "shot", "shots") + " lost.\n";
-    text += times(took);
-    if (report.connection_losses > 0) {
-        text += "The camera went away " +
-                (report.connection_losses == 1 ? std::string("once")
-                                               : count(report.connection_losses, "time", "times")) +
-                ".\n";
     }
     for (const std::string& trouble : report.troubles) {
         text += "! " + trouble + "\n";
     }
     return text;
+}
+
+}  // namespace
+
+std::string summary(const Report& report, const std::string& folder) {
+    std::uintmax_t bytes = 0;
+    for (const Picture& picture : report.pictures) {
+        bytes += picture.bytes;
+    }
+    std::string text = "\n" + picture_lines(report, folder);
+    text += report.pictures.empty() ? "" : "\n";
+    text += count(report.shots.size(), "shot", "shots") + ", " +
+            count(report.pictures.size(), "file", "files") + ", " + in_bytes(bytes) + " in " +
+            folder + "; " + what_was_lost(report) + ".\n";
+    text += times(report);
+    if (report.losses > 0) {
+        text += "The camera went away " +
+                (report.losses == 1 ? std::string("once") : count(report.losses, "time", "times")) +
+                ".\n";
+    }
+    return text + troubles(report);
 }
 
 }  // namespace tether

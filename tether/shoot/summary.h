@@ -1,16 +1,12 @@
-// The closing words of a shoot.
+// What a shoot says at its end.
 #pragma once
 
-#include <filesystem>
 #include <string>
 
-#include "tether/shoot/shoot.h"
+#include "tether/shoot/report.h"
 
 namespace tether {
 
-std::string summary(const Report& report, const std::filesystem::path& folder);
-
-// "24.1 MB"
-std::string in_bytes(std::uintmax_t bytes);
+std::string summary(const Report& report, const std::string& folder);
 
 }  // namespace tether

@@ -1,0 +1,131 @@
+// What the command line takes, and what it refuses with one sentence.
+#include <signal.h>
+#include <tuple>
+
+#include "tests/tether/command_test.h"
+
+namespace {
+
+using OptionsTest = CommandTest;
+
+TEST_F(OptionsTest, NumbersOutsideOfTheirRangeAreRefused) {
+    const std::vector<std::tuple<std::string, std::string, std::vector<std::string>>> options{
+        {"--shots", "1 to 1000000", {"0", "1000001", "1.5", "3.0"}},
+        {"--every", "0 to 86400", {"86400.1", "86401"}},
+        {"--patience", "0.1 to 3600", {"0", "0.09", "3600.1"}},
+    };
+    for (const auto& [option, range, own] : options) {
+        std::vector<std::string> numbers{"nan",
+                                         "inf",
+                                         "-inf",
+                                         "infinity",
+                                         "-1",
+                                         "-0.5",
+                                         "1e10",
+                                         "1e1",
+                                         "1e400",
+                                         "0x10",
+                                         "0x1p3",
+                                         "+1",
+                                         " 1",
+                                         "1 ",
+                                         "1,5",
+                                         "1_0",
+                                         "1'0",
+                                         "1.2.3",
+                                         ".",
+                                         "few",
+                                         "99999999999999999999",
+                                         std::string(5000, '9')};
+        numbers.insert(numbers.end(), own.begin(), own.end());
+        for (const std::string& number : numbers) {
+            fs::remove(folder_ / "errors");
+            std::string argument = option;
+            argument.append("=").append(number);
+            const auto command = start({TETHER_COMMAND, {argument}, {}, folder_ / "errors"});
+            EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2");
+            std::string sentence = "tether: ";
+            sentence.append(option).append(": needs a number from ").append(range);
+            sentence.append(", not ").append(number).append("\n");
+            EXPECT_EQ(read("errors"), sentence);
+        }
+    }
+}
+
+TEST_F(OptionsTest, NumbersAtTheEndsOfTheirRangeAreTaken) {
+    const std::vector<std::vector<std::string>> good{
+        {"--shots", "1"},      {"--shots", "1000000"}, {"--shots", "010"},
+        {"--every", "0"},      {"--every", "86400"},   {"--every", "0.25"},
+        {"--patience", "0.1"}, {"--patience", "3600"}, {"--patience", "1.5"},
+    };
+    for (const auto& arguments : good) {
+        fs::remove(folder_ / "errors");
+        std::vector<std::string> all{"--worker", "/no/such/worker"};
+        all.insert(all.begin(), arguments.begin(), arguments.end());
+        const auto command = start({TETHER_COMMAND, all, {}, folder_ / "errors"});
+        EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2");
+        EXPECT_EQ(read("errors"), "tether: --worker: File does not exist: /no/such/worker\n")
+            << arguments[0] << arguments[1];
+    }
+}
+
+TEST_F(OptionsTest, ANumberWithALeadingZeroIsDecimal) {
+    start_tether({"--shots", "010"});
+    read_to("shot 1 of 10 on its way");
+    tether_->signal(SIGINT);
+    EXPECT_EQ(status(), "status 1");
+}
+
+TEST_F(OptionsTest, TheHelpSaysTheRanges) {
+    start_tether({"--help"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed("--shots NUMBER from 1 to 1000000")) << output_;
+    EXPECT_TRUE(printed("--every SECONDS from 0 to 86400")) << output_;
+    EXPECT_TRUE(printed("--patience SECONDS from 0.1 to 3600")) << output_;
+    EXPECT_TRUE(printed("one with something in it is refused")) << output_;
+}
+
+TEST_F(OptionsTest, WrongArgumentsGetOneSentence) {
+    write("file", "");
+    const std::vector<std::vector<std::string>> wrong{
+        {"--worker", "/no/such/worker"},
+        {"--shots", "0"},
+        {"--shots", "few"},
+        {"--every", "-1"},
+        {"--patience", "0"},
+        {"--file-type", "heif"},
+        {"--save-dest", "cloud"},
+        {"--scene", "/no/such/scene"},
+        {"--pictures", folder_ / "file"},
+        {"--folder", folder_ / "file/inside"},
+        {"--folder", folder_ / "file"},
+        {"--record", folder_ / "no/such/record"},
+        {"--redact"},
+        {"--record", folder_},
+        {"--record", folder_ / "own/a.jpg"},
+        {"doctor", "/no/such/bundle"},
+        {"doctor", "--shots"},
+        {"surplus"},
+    };
+    for (const auto& arguments : wrong) {
+        const fs::path errors = folder_ / "errors";
+        fs::remove(errors);
+        const auto command = start({TETHER_COMMAND, arguments, {}, errors});
+        EXPECT_EQ(next_text(*command), "(end of output)") << arguments.front();
+        EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2")
+            << arguments.front();
+        const std::string sentence = read("errors");
+        EXPECT_EQ(sentence.substr(0, 8), "tether: ") << arguments.front();
+        EXPECT_EQ(sentence.find('\n'), sentence.size() - 1) << sentence;
+    }
+}
+
+TEST_F(OptionsTest, ARecordReplacesNoFile) {
+    start_tether({"--record", folder_ / "own/a.jpg"});
+    EXPECT_EQ(status(), "status 2");
+    EXPECT_EQ(read("stderr"), "tether: cannot write " + (folder_ / "own/a.jpg").string() +
+                                  ": it is not empty, and a record replaces nothing\n");
+    EXPECT_EQ(read("own/a.jpg"), jpeg("first picture"));
+}
+
+}  // namespace

@@ -1,0 +1,88 @@
+#include "tether/live/session_words.h"
+
+#include <array>
+#include <cstdio>
+
+namespace tether {
+namespace {
+
+using host::State;
+
+// Problems are sentences; this is the one that keeps the camera away, without its full stop.
+std::string why_no_camera(const host::SessionState& state) {
+    for (const host::Problem& problem : state.problems) {
+        if (host::severity(problem.code) == host::Severity::error) {
+            std::string text = problem.text;
+            if (text.ends_with('.')) {
+                text.pop_back();
+            }
+            return text;
+        }
+    }
+    return "No camera";
+}
+
+}  // namespace
+
+std::string progress_of(const host::SessionState& state) {
+    switch (state.state) {
+        case State::starting:
+            return state.problems.empty() ? "starting the worker"
+                                          : why_no_camera(state) + "; starting the worker";
+        case State::opening:
+            return "opening the camera";
+        case State::settling:
+            return "telling the camera its settings";
+        case State::lost:
+            return "the camera went away; waiting for it";
+        case State::closing:
+        case State::idle:
+            return state.problems.empty() ? "" : why_no_camera(state) + "; trying again";
+        case State::ending:
+            return "ending the worker";
+        case State::ready:
+        case State::down:
+            break;
+    }
+    return {};
+}
+
+std::string what_was_wrong(const host::Ended& ended) {
+    switch (ended.worker) {
+        case host::WorkerEnd::gone:
+            return {};
+        case host::WorkerEnd::quit:
+            if (ended.status == 0) {
+                return {};
+            }
+            return "the worker ended with " + (ended.status > 128
+                                                   ? "signal " + std::to_string(ended.status - 128)
+                                                   : "status " + std::to_string(ended.status));
+        case host::WorkerEnd::input:
+            return "the worker did not hear the QUIT and ended only at the end of its input";
+        case host::WorkerEnd::sigterm:
+            return "the worker had to be ended with SIGTERM";
+        case host::WorkerEnd::sigkill:
+            return "the worker had to be killed";
+    }
+    return {};
+}
+
+std::string in_bytes(std::uintmax_t bytes) {
+    constexpr std::array units{"B", "kB", "MB", "GB"};
+    double amount = static_cast<double>(bytes);
+    std::size_t unit = 0;
+    while (amount >= 999.95 && unit + 1 < units.size()) {
+        amount /= 1000;
+        ++unit;
+    }
+    char text[32];
+    std::snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", amount, units[unit]);
+    return text;
+}
+
+std::string name_in(const std::string& folder, const std::string& path) {
+    return path.starts_with(folder + "/") ? path.substr(folder.size() + 1) : path;
+}
+
+}  // namespace tether

@@ -1,0 +1,25 @@
+// A session in words that a person can read.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "host/values/requests.h"
+#include "host/values/session_state.h"
+
+namespace tether {
+
+// What the session is waiting for: a few words, or none when it is ready, down or has nothing to
+// do.
+std::string progress_of(const host::SessionState& state);
+
+// What was wrong with the way in which the worker ended, a sentence; empty when it ended in order.
+std::string what_was_wrong(const host::Ended& ended);
+
+// "25.0 MB"
+std::string in_bytes(std::uintmax_t bytes);
+
+// The path as it is below the folder, or as it is.
+std::string name_in(const std::string& folder, const std::string& path);
+
+}  // namespace tether
