@@ -56,11 +56,10 @@ DiskWork work_of(const std::shared_ptr<pictures::Store>& store) {
 class Camera::Machinery {
   public:
     explicit Machinery(CameraOptions options)
-        : thread_([this, options = std::move(options)]() mutable {
+        : loop_(std::move(options), work_of(std::make_shared<pictures::Store>()), inbox_, banner_),
+          thread_([this] {
               block_signals();
-              Loop(std::move(options), work_of(std::make_shared<pictures::Store>()), inbox_,
-                   banner_)
-                  .run();
+              loop_.run();
           }) {}
 
     ~Machinery() {
@@ -90,6 +89,7 @@ class Camera::Machinery {
   private:
     const std::shared_ptr<Inbox> inbox_ = std::make_shared<Inbox>();
     const std::shared_ptr<SharedText> banner_ = std::make_shared<SharedText>();
+    Loop loop_;           // the thread's alone while it runs
     std::thread thread_;  // last: it uses the others
 };
 

@@ -68,9 +68,13 @@ int Child::reap(pid_t process) {
            errno == EINTR) {}
     const MutexLock lock(mutex_);
     int status = 0;
-    while (waitpid(process, &status, 0) < 0 && errno == EINTR) {}
+    pid_t reaped = 0;
+    while ((reaped = waitpid(process, &status, 0)) < 0 && errno == EINTR) {}
     process_ = 0;
     ended_ = true;
+    if (reaped != process) {
+        return -1;  // a host that ignores SIGCHLD, or waits for all its children, has taken it
+    }
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 

@@ -145,6 +145,10 @@ void Loop::on(brain::News& message) {
     if (started != nullptr && worker_ && worker_->run() == started->run) {
         worker_->started();
     }
+    const auto* none = std::get_if<brain::WorkerNotStarted>(&message);
+    if (none != nullptr && worker_ && worker_->run() == none->run) {
+        worker_.reset();
+    }
     brain_.tell(message, now_);
 }
 

@@ -16,7 +16,9 @@ class Example : public testing::Test {
         char pattern[] = "/tmp/example-test-XXXXXX";
         folder_ = fs::canonical(mkdtemp(pattern));
         fs::create_directory(folder_ / "own");
-        std::ofstream(folder_ / "own/a.jpg") << "a picture";
+        std::ofstream(folder_ / "own/a.jpg")
+            << std::string("\xFF\xD8\xFF\xC0\x00\x02\xFF\xDA\x00\x02", 10) << "a picture"
+            << "\xFF\xD9";
     }
     ~Example() override {
         fs::remove_all(folder_);
@@ -27,7 +29,7 @@ class Example : public testing::Test {
         std::ofstream(folder_ / "scene") << "timing instant\n" << scene << "\n";
         const auto host = start(
             {"/bin/sh",
-             {"-c", "exec \"$@\" 2>&1", "sh", HOST_EXAMPLE, WORKER, folder_},
+             {"-c", "exec \"$@\" 2>&1", "sh", HOST_EXAMPLE, worker_, folder_},
              {{"CAMERA_SIM_SCENE", folder_ / "scene"}, {"CAMERA_SIM_PICTURES", folder_ / "own"}},
              {}});
         std::string output;
@@ -39,24 +41,26 @@ class Example : public testing::Test {
     }
 
     fs::path folder_;
+    std::string worker_ = WORKER;
 };
-
-constexpr const char* announcement = "camera-sim: simulated SDK, no real camera is driven\n";
 
 TEST_F(Example, PrintsWhereThePictureIs) {
     EXPECT_EQ(take_a_picture("camera \"MODEL-A\" over USB"),
-              announcement + (folder_ / "DSC00001.JPG").string() + "\nstatus 0");
+              (folder_ / "DSC00001.JPG").string() + "\nstatus 0");
 }
 
-TEST_F(Example, SaysWhatIsWrong) {
-    EXPECT_EQ(take_a_picture("no camera"),
-              announcement + std::string("Camera not detected\nstatus 1"));
+TEST_F(Example, SaysWhatIsWrongWithAShot) {
+    EXPECT_EQ(take_a_picture("every file truncated"),
+              (folder_ / "DSC00001.JPG").string() +
+                  "\nThe picture is damaged: it ends before its picture does.\nstatus 1");
 }
 
-TEST_F(Example, SaysThatTheWorkerHasEnded) {
-    // The simulated SDK refuses the scene.
-    const std::string output = take_a_picture("nonsense");
-    EXPECT_TRUE(output.ends_with("\nthe worker has ended\nstatus 1")) << output;
+TEST_F(Example, SaysWhyThereIsNoPicture) {
+    std::ofstream(folder_ / "worker") << "no program";
+    worker_ = folder_ / "worker";
+    const std::string output = take_a_picture("no camera");
+    EXPECT_NE(output.find((folder_ / "worker").string()), std::string::npos) << output;
+    EXPECT_TRUE(output.ends_with("\nstatus 1")) << output;
 }
 
 }  // namespace

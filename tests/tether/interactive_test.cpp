@@ -94,4 +94,15 @@ TEST_F(InteractiveTest, ATypedLineThatIsNoCommandIsRefusedAloud) {
                                      " > PRIME\n", " < PRIME_DONE|OK\n"});
 }
 
+// Ctrl-C and Ctrl-D would be all that a user can do about it.
+TEST_F(InteractiveTest, AProcessThatTheWorkerLeavesBehindHoldsNobodyUp) {
+    const std::string parent =
+        script("parent", "echo 'READY|OK'\nsleep 1000 &\necho $! >" + (folder_ / "left").string() +
+                             "\nread line\nexit 0\n");
+    start_tether({"--interactive", "--worker", parent});
+    tether_->send("QUIT");
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_EQ(kill(std::stoi(read("left")), SIGKILL), 0) << "it must have outlived tether";
+}
+
 }  // namespace

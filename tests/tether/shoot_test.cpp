@@ -176,4 +176,13 @@ TEST_F(ShootTest, AnOutputThatNobodyReadsCostsNoPicture) {
     EXPECT_TRUE(printed("\n3 shots, 3 files, ")) << output_.substr(output_.size() - 500);
 }
 
+TEST_F(ShootTest, AProcessThatTheWorkerLeavesBehindHoldsNobodyUp) {
+    const std::string parent = script(
+        "parent", "[ -e " + (folder_ / "left").string() + " ] || { sleep 1000 3>&- & echo $! >" +
+                      (folder_ / "left").string() + "; }\nexec " WORKER "\n");
+    start_tether({"--worker", parent, "--shots", "1"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_EQ(kill(std::stoi(read("left")), SIGKILL), 0) << "it must have outlived tether";
+}
+
 }  // namespace

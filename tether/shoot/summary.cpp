@@ -31,7 +31,7 @@ std::string padded(std::size_t size, std::size_t width) {
 // Asked for, and how long it took; or what else it is.
 std::string last_column(const Report& report, const Picture& picture) {
     std::string text = !report.asked_for(picture)
-                           ? (picture.recovered ? "left from before" : "not asked for")
+                           ? (picture.recovered ? "found later" : "not asked for")
                        : picture.after ? in_seconds(*picture.after)
                                        : "late";
     return picture.whole ? text : text + ", damaged";

@@ -18,7 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t most_at_a_time = 2;
-constexpr std::chrono::seconds time_to_run{60};
 
 bool can_be_run(const fs::path& program) {
     std::error_code missing;
@@ -31,15 +30,16 @@ void post_end(const std::string& picture, const std::string& trouble) {
 
 // Waits on a thread of its own, which holds what it uses: a program may be stuck in the system.
 void post_when_ended(const std::string& picture, const std::string& name,
-                     std::shared_ptr<host::ExitWatch> watch) {
-    std::thread([picture, name, watch = std::move(watch)] {
+                     std::shared_ptr<host::ExitWatch> watch,
+                     std::chrono::milliseconds time_to_run) {
+    std::thread([picture, name, watch = std::move(watch), time_to_run] {
         std::optional<host::Exit> exit = watch->await(host::after(time_to_run));
         const bool late = !exit;
         if (late) {
             watch->signal_group(SIGKILL);
             exit = watch->await(host::TimePoint::max());
         }
-        post_end(picture, late            ? name + " took more than 60 s and was killed"
+        post_end(picture, late            ? name + " took too long and was killed"
                           : exit->clean() ? ""
                                           : name + " ended with " + describe(*exit));
     }).detach();
@@ -114,7 +114,7 @@ void Programs::start(const Turn& turn) {
     }
     const auto watch = std::make_shared<host::ExitWatch>(*process);
     running_[turn.picture] = watch;
-    post_when_ended(turn.picture, fs::path(command_.front()).filename(), watch);
+    post_when_ended(turn.picture, fs::path(command_.front()).filename(), watch, time_to_run_);
 }
 
 }  // namespace tether

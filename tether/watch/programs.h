@@ -2,12 +2,14 @@
 // argument: at most two at a time, never through a shell, killed when it takes too long.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/process/exit_watch.h"
@@ -22,8 +24,11 @@ std::optional<std::string> find_program(const std::string& name, std::string& wh
 // The main thread only.
 class Programs {
   public:
-    // The program's path, then its fixed arguments; empty: none is run.
-    explicit Programs(std::vector<std::string> command) : command_(std::move(command)) {}
+    // The program's path, then its fixed arguments; empty: none is run. One that takes longer is
+    // killed, with all that it has started.
+    explicit Programs(std::vector<std::string> command,
+                      std::chrono::milliseconds time_to_run = std::chrono::seconds(60))
+        : command_(std::move(command)), time_to_run_(time_to_run) {}
 
     bool any() const {
         return !command_.empty();
@@ -55,6 +60,7 @@ class Programs {
     void start(const Turn& turn);
 
     const std::vector<std::string> command_;
+    const std::chrono::milliseconds time_to_run_;
     bool starting_ = true;
     std::deque<Turn> waiting_;
     std::map<std::string, std::shared_ptr<host::ExitWatch>> running_;  // by picture

@@ -30,7 +30,7 @@ std::string described(const host::Picture& picture, const std::string& folder) {
                       std::chrono::duration<double>(*picture.after).count());
         text += seconds;
     }
-    text += picture.recovered ? "  left from before" : "";
+    text += picture.recovered ? "  found later" : "";
     return picture.whole ? text : text + "  damaged";
 }
 
@@ -117,7 +117,9 @@ std::string Watch::progress() const {
 void Watch::stop() {
     const std::size_t left = programs_.stop_starting();
     if (left > 0) {
-        say("! " + std::to_string(left) + " pictures get their program at the next start");
+        say(left == 1
+                ? "! 1 picture gets its program at the next start"
+                : "! " + std::to_string(left) + " pictures get their program at the next start");
     }
     if (programs_.running() > 0) {
         step_ = Step::waiting;

@@ -1,0 +1,210 @@
+// Workers that die, hang, flood, talk nonsense or will not end: each is ended and replaced, and
+// none is left behind.
+#include <cerrno>
+#include <sys/stat.h>
+
+#include "tests/host/camera/camera_test.h"
+
+namespace {
+
+using host::Code;
+using host::ShotStatus;
+using host::State;
+using std::chrono::milliseconds;
+
+class BrokenWorkerTest : public CameraTest {
+  protected:
+    // A worker that answers everything in order and has no camera; `before` and `after` are done
+    // before its first line and once its input has ended.
+    std::string obedient(const std::string& before, const std::string& after) {
+        return script("obedient", before + R"(
+echo $$ >> )" + (folder_ / "processes").string() +
+                                      R"(
+echo 'CPP_WORKER|START sony-1.0'
+echo 'READY|OK'
+while read -r line; do
+    case $line in
+        SET_DOWNLOAD_DIR*) echo "DOWNLOAD_DIR|${line#*|}" ;;
+        SET_SAVE_DEST*) echo "SAVE_DEST|${line#*|}" ;;
+        PRIME) echo 'PRIME_DONE|OK' ;;
+        QUIT) [ -n "$deaf" ] || exit 0 ;;
+    esac
+done
+)" + after + "\n");
+    }
+};
+
+TEST_F(BrokenWorkerTest, OneThatIsKilledIsReplaced) {
+    connect();
+    const pid_t process = worker_process();
+    kill(process, SIGKILL);
+    await_problem(Code::worker_gone);
+    await("the session", [](const Told& told) {
+        return told.states.back().state == State::ready && told.states.back().restarts == 1;
+    });
+    EXPECT_NE(worker_process(), process);
+    EXPECT_EQ(camera_->capture().status, ShotStatus::complete);
+}
+
+// The file is on disk, and the worker dies before its report is read.
+TEST_F(BrokenWorkerTest, AFileThatADyingWorkerLeavesIsBroughtIn) {
+    connect();
+    tell_camera("every file number 0");  // in place, and not reported
+    tell_camera("shutter");
+    tell_camera("wait");
+    kill(worker_process(), SIGKILL);
+    await_pictures(1);
+    EXPECT_TRUE(told().pictures[0].recovered);
+    EXPECT_EQ(read("shots/DSC00001.JPG"), jpeg("first picture"));
+}
+
+TEST_F(BrokenWorkerTest, OneThatHangsIsReplaced) {
+    times_.to_answer = milliseconds(700);
+    times_.between_fences = milliseconds(100);
+    times_.rung_when_hung = milliseconds(200);
+    connect();
+    const pid_t process = worker_process();
+    kill(process, SIGSTOP);
+    await_problem(Code::worker_hangs);
+    await("the session", [](const Told& told) {
+        return told.states.back().state == State::ready && told.states.back().restarts == 1;
+    });
+    EXPECT_TRUE(is_gone(process));
+}
+
+TEST_F(BrokenWorkerTest, OneThatFloodsIsReplaced) {
+    times_.rung_when_hung = milliseconds(200);
+    options_.worker = script(
+        "flooding", "[ -e " + (folder_ / "flooded").string() + " ] && exec " WORKER "\n: > " +
+                        (folder_ / "flooded").string() + "\nexec yes 'LOG|[SONY] and so on'\n");
+    const auto problem = make().connect();
+    EXPECT_FALSE(problem) << problem->text;
+    await_problem(Code::worker_floods);
+    EXPECT_EQ(camera_->capture().status, ShotStatus::complete);
+    EXPECT_LT(told().lines.size(), 200'000u) << "what comes behind a flood is not told";
+}
+
+TEST_F(BrokenWorkerTest, OneThatFloodsItsStandardErrorIsReplaced) {
+    times_.rung_when_hung = milliseconds(200);
+    options_.worker = script(
+        "flooding", "[ -e " + (folder_ / "flooded").string() + " ] && exec " WORKER "\n: > " +
+                        (folder_ / "flooded").string() + "\nexec yes 'warning' >&2\n");
+    const auto problem = make().connect();
+    EXPECT_FALSE(problem) << problem->text;
+    await_problem(Code::worker_floods);
+}
+
+TEST_F(BrokenWorkerTest, ALineThatIsTooLongIsAProblemAndNoAllocation) {
+    options_.worker = obedient("head -c 200000 /dev/zero | tr '\\0' x; echo", "");
+    const auto problem = make().start();
+    EXPECT_FALSE(problem) << problem->text;
+    await_problem(Code::worker_floods);
+    for (const host::WireLine& line : told().lines) {
+        EXPECT_LT(line.text.size(), 65'537u);
+    }
+}
+
+TEST_F(BrokenWorkerTest, OneThatIsMissingIsSaidAtOnce) {
+    options_.worker = folder_ / "no-worker";
+    const auto problem = make().start();
+    ASSERT_TRUE(problem);
+    EXPECT_EQ(problem->code, Code::worker_missing);
+    EXPECT_NE(problem->text.find(folder_ / "no-worker"), std::string::npos) << problem->text;
+    await_state(State::down);
+}
+
+TEST_F(BrokenWorkerTest, OneThatIsNoneIsGivenUpAndTriedOnceAMinute) {
+    options_.worker = "/bin/true";
+    const auto problem = make().start();
+    ASSERT_TRUE(problem);
+    EXPECT_EQ(problem->code, Code::worker_not_starting);
+    await_state(State::down);
+}
+
+TEST_F(BrokenWorkerTest, WhatItSaysOnStandardErrorIsTold) {
+    options_.worker = obedient("echo 'a warning' >&2", "");
+    EXPECT_FALSE(make().start());
+    await("the line", [](const Told& told) {
+        for (const host::WireLine& line : told.lines) {
+            if (line.direction == host::WireLine::Direction::error && line.text == "a warning") {
+                return true;
+            }
+        }
+        return false;
+    });
+    EXPECT_FALSE(told().states.back().simulated);
+}
+
+TEST_F(BrokenWorkerTest, EachStepOfTheLadderIsTakenInTurn) {
+    times_.rung_in_order = milliseconds(300);
+    struct Stubborn {
+        const char* before;
+        const char* after;
+        host::Ended ended;
+    };
+    const std::vector<Stubborn> all{
+        {"", "", {host::WorkerEnd::quit, 0}},
+        {"deaf=1", "exit 3", {host::WorkerEnd::input, 3}},
+        {"deaf=1", "exec sleep 600", {host::WorkerEnd::sigterm, 128 + SIGTERM}},
+        {"deaf=1; trap '' TERM", "exec sleep 600", {host::WorkerEnd::sigkill, 128 + SIGKILL}},
+    };
+    for (const Stubborn& stubborn : all) {
+        options_.worker = obedient(stubborn.before, stubborn.after);
+        EXPECT_FALSE(make().start());
+        const host::Ended ended = camera_->shutdown(host::Time{});
+        EXPECT_EQ(host::word(ended.worker), host::word(stubborn.ended.worker));
+        EXPECT_EQ(ended.status, stubborn.ended.status);
+        EXPECT_TRUE(is_gone(worker_process())) << host::word(ended.worker);
+    }
+}
+
+TEST_F(BrokenWorkerTest, OneThatReadsNothingHoldsUpNobody) {
+    times_.to_be_ready = milliseconds(500);
+    times_.rung_when_hung = milliseconds(200);
+    options_.worker = script("deaf", "echo $$ >> " + (folder_ / "processes").string() +
+                                         "\necho 'CPP_WORKER|START sony-1.0'\necho 'READY|OK'\n"
+                                         "exec sleep 600\n");
+    times_.to_answer = milliseconds(500);
+    EXPECT_FALSE(make().start());
+    await_problem(Code::worker_hangs);
+    EXPECT_EQ(camera_->shutdown(host::Time{}).worker, host::WorkerEnd::sigterm);
+    EXPECT_TRUE(is_gone(worker_process()));
+}
+
+// It has closed its outputs and its input and goes on.
+TEST_F(BrokenWorkerTest, OneThatClosesItsStreamsIsEndedAllTheSame) {
+    times_.to_answer = milliseconds(500);
+    times_.rung_when_hung = milliseconds(200);
+    options_.worker = script("closed", "echo $$ >> " + (folder_ / "processes").string() +
+                                           "\necho 'CPP_WORKER|START sony-1.0'\necho 'READY|OK'\n"
+                                           "exec sleep 600 <&- >&- 2>&-\n");
+    EXPECT_FALSE(make().start());
+    await_problem(Code::worker_hangs);
+    camera_.reset();
+    EXPECT_TRUE(is_gone(worker_process()));
+}
+
+// A process that it leaves behind holds its pipes open, and its lock.
+TEST_F(BrokenWorkerTest, WhatAWorkerLeavesBehindHoldsNobodyUp) {
+    options_.worker =
+        script("parent", "echo $$ >> " + (folder_ / "processes").string() +
+                             "\nsleep 600 3>&- & echo $! > " + (folder_ / "left").string() +
+                             "\necho 'CPP_WORKER|START sony-1.0'\necho 'READY|OK'\n"
+                             "read line\nexit 7\n");
+    EXPECT_FALSE(make().start());
+    await_problem(Code::worker_gone);
+    camera_.reset();
+    std::ifstream left(folder_ / "left");
+    pid_t process = 0;
+    left >> process;
+    EXPECT_EQ(kill(process, SIGKILL), 0) << "it outlived the camera";
+}
+
+// A start is under way for as long as somebody opens the other end.
+TEST_F(BrokenWorkerTest, TheLockOfItsFolderIsHeldByTheWorkerAlone) {
+    options_.worker = obedient("[ -e /dev/fd/3 ] && : > " + (folder_ / "has-lock").string(), "");
+    EXPECT_FALSE(make().start());
+    EXPECT_TRUE(fs::exists(folder_ / "has-lock"));
+}
+
+}  // namespace

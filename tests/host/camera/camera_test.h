@@ -1,0 +1,196 @@
+// A camera on the virtual camera, or on a script in the worker's place, with all that it tells.
+#pragma once
+
+#include <condition_variable>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <signal.h>
+#include <stdlib.h>
+#include <string>
+#include <vector>
+
+#include "host/brain/times.h"
+#include "host/camera.h"
+#include "host/process/mutex.h"
+#include "simulator/control/client.h"
+
+namespace fs = std::filesystem;
+
+// Far beyond what anything here needs; only a failing test waits for it.
+constexpr std::chrono::seconds patience{60};
+
+// What a camera has told. Any thread.
+struct Told {
+    std::vector<host::SessionState> states;
+    std::vector<host::Picture> pictures;
+    std::vector<host::Shot> shots;
+    std::vector<host::Problem> problems;
+    std::vector<host::WireLine> lines;
+};
+
+class CameraTest : public testing::Test {
+  protected:
+    CameraTest() {
+        char pattern[] = "/tmp/camera-test-XXXXXX";
+        folder_ = fs::canonical(mkdtemp(pattern));
+        write("scene", "timing instant\ncamera \"MODEL-A\" over USB, card in\n");
+        // Drawing what the virtual camera shoots would only take time.
+        write("own/a.jpg", jpeg("first picture"));
+        write("own/b.jpg", jpeg("the second one"));
+        // The tests ask for the number of the worker's process.
+        options_.worker = script(
+            "worker", "echo $$ >> " + (folder_ / "processes").string() + "\nexec " WORKER "\n");
+        options_.environment = {{"CAMERA_SIM_SCENE", folder_ / "scene"},
+                                {"CAMERA_SIM_CONTROL", folder_ / "control"},
+                                {"CAMERA_SIM_JOURNAL", folder_ / "journal"},
+                                {"CAMERA_SIM_PICTURES", folder_ / "own"}};
+        options_.wishes.folder = folder_ / "shots";
+        options_.times = &times_;
+        options_.listener = listener();
+    }
+    ~CameraTest() override {
+        camera_.reset();
+        fs::remove_all(folder_);
+    }
+
+    static std::string jpeg(const std::string& bytes) {
+        return std::string("\xFF\xD8\xFF\xC0\x00\x02\xFF\xDA\x00\x02", 10) + bytes + "\xFF\xD9";
+    }
+
+    void write(const std::string& name, const std::string& text) {
+        fs::create_directories((folder_ / name).parent_path());
+        std::ofstream(folder_ / name) << text;
+    }
+
+    std::string read(const std::string& name) {
+        std::ifstream stream(folder_ / name);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    std::string script(const std::string& name, const std::string& text) {
+        write(name, "#!/bin/sh\n" + text);
+        fs::permissions(folder_ / name, fs::perms::owner_all);
+        return folder_ / name;
+    }
+
+    host::Camera& make() {
+        camera_ = std::make_unique<host::Camera>(options_);
+        return *camera_;
+    }
+
+    // Made, and with a session.
+    host::Camera& connect() {
+        const auto problem = make().connect();
+        EXPECT_FALSE(problem) << problem->text;
+        return *camera_;
+    }
+
+    void tell_camera(const std::string& line) {
+        auto control = camera_sim::ControlClient::connect(folder_ / "control");
+        ASSERT_TRUE(control);
+        const auto reply = control->ask(line);
+        ASSERT_TRUE(reply && reply->ok) << line << ": " << (reply ? reply->error : "no answer");
+    }
+
+    // The process of the latest worker, of those that script() made.
+    pid_t worker_process() {
+        std::ifstream processes(folder_ / "processes");
+        pid_t process = 0;
+        while (processes >> process) {}
+        return process;
+    }
+
+    static bool is_gone(pid_t process) {
+        return kill(process, 0) != 0;
+    }
+
+    // Waits until that holds of what was told.
+    void await(const char* what, const std::function<bool(const Told&)>& holds) {
+        const host::TimePoint deadline = host::after(patience);
+        const host::MutexLock lock(mutex_);
+        while (!holds(told_)) {
+            if (!mutex_.wait_until(changed_, deadline)) {
+                FAIL() << what << " did not come";
+            }
+        }
+    }
+
+    void await_state(host::State state) {
+        await("the state", [=](const Told& told) {
+            return !told.states.empty() && told.states.back().state == state;
+        });
+    }
+
+    void await_problem(host::Code code) {
+        await("the problem", [=](const Told& told) {
+            for (const host::Problem& problem : told.problems) {
+                if (problem.code == code) {
+                    return true;
+                }
+            }
+            return false;
+        });
+    }
+
+    void await_pictures(std::size_t count) {
+        await("the picture", [=](const Told& told) { return told.pictures.size() >= count; });
+    }
+
+    Told told() {
+        const host::MutexLock lock(mutex_);
+        return told_;
+    }
+
+    host::Answer answer_to(host::Request request) {
+        std::optional<host::Answer> answer;
+        camera_->ask(std::move(request), [&](const host::Answer& given) {
+            const host::MutexLock lock(mutex_);
+            answer = given;
+            changed_.notify_all();
+        });
+        await("the answer", [&](const Told&) { return answer.has_value(); });
+        return answer.value_or(host::Done{});
+    }
+
+    fs::path folder_;
+    host::brain::Times times_;
+    host::CameraOptions options_;
+    std::unique_ptr<host::Camera> camera_;
+
+  private:
+    host::Listener listener() {
+        host::Listener listener;
+        listener.state = [this](const host::SessionState& state) {
+            add(told_.states, state);
+        };
+        listener.picture = [this](const host::Picture& picture) {
+            add(told_.pictures, picture);
+            return true;
+        };
+        listener.shot = [this](const host::Shot& shot) {
+            add(told_.shots, shot);
+        };
+        listener.problem = [this](const host::Problem& problem) {
+            add(told_.problems, problem);
+        };
+        listener.line = [this](const host::WireLine& line) {
+            add(told_.lines, line);
+        };
+        return listener;
+    }
+    template <typename One>
+    void add(std::vector<One>& all, const One& one) {
+        const host::MutexLock lock(mutex_);
+        all.push_back(one);
+        changed_.notify_all();
+    }
+
+    host::Mutex mutex_;
+    std::condition_variable changed_;
+    Told told_;  // under the lock
+};

@@ -1,0 +1,64 @@
+// Lists of pictures, from a disk that may be stuck.
+#include "host/camera/lists.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+using host::Lists;
+using std::chrono::milliseconds;
+
+class ListsTest : public testing::Test {
+  protected:
+    std::optional<std::uint64_t> ask(host::Time now) {
+        return lists_.ask(
+            [this](const host::PicturesAnswer& answer) {
+                const auto* problem = std::get_if<host::Problem>(&answer);
+                answers_.emplace_back(problem == nullptr
+                                          ? std::to_string(std::get<0>(answer).size())
+                                          : std::string(host::word(problem->code)));
+            },
+            now);
+    }
+
+    Lists lists_;
+    std::vector<std::string> answers_;
+};
+
+TEST_F(ListsTest, TheDisksAnswerIsPassedOnOnce) {
+    const auto number = ask(milliseconds(0));
+    ASSERT_TRUE(number);
+    lists_.answer({*number, {{}, {}}});
+    lists_.strike(milliseconds(5000));
+    EXPECT_EQ(answers_, (std::vector<std::string>{"2"}));
+    EXPECT_EQ(lists_.wake_at(), host::Time::max());
+}
+
+TEST_F(ListsTest, AStuckDiskIsAProblemWithinASecond) {
+    const auto number = ask(milliseconds(0));
+    EXPECT_LE(lists_.wake_at(), milliseconds(1000));
+    lists_.strike(lists_.wake_at() - milliseconds(1));
+    EXPECT_TRUE(answers_.empty());
+    lists_.strike(lists_.wake_at());
+    EXPECT_EQ(answers_, (std::vector<std::string>{"folder-gone"}));
+    lists_.answer({*number, {}});
+    EXPECT_EQ(answers_.size(), 1u) << "the disk's answer came too late";
+}
+
+// Each waits in the disk's queue until the disk is there again.
+TEST_F(ListsTest, SixtyFourAtMostWaitForTheDisk) {
+    std::optional<std::uint64_t> first = ask(milliseconds(0));
+    for (int number = 1; number < 64; ++number) {
+        EXPECT_TRUE(ask(milliseconds(0)));
+    }
+    lists_.strike(milliseconds(1000));
+    EXPECT_EQ(answers_.size(), 64u);
+    EXPECT_FALSE(ask(milliseconds(1000)));
+    EXPECT_EQ(answers_.back(), "busy");
+    lists_.answer({*first, {}});
+    EXPECT_TRUE(ask(milliseconds(1000)));
+}
+
+}  // namespace

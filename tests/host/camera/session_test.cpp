@@ -1,0 +1,210 @@
+// A session on the virtual camera: brought up, shot with, lost and brought back, ended.
+#include "tests/host/camera/camera_test.h"
+
+namespace {
+
+using host::Code;
+using host::ShotStatus;
+using host::State;
+
+using CameraSessionTest = CameraTest;
+
+TEST_F(CameraSessionTest, TheWorkerIsThereBeforeAnyCamera) {
+    write("scene", "no camera\n");
+    const auto problem = make().start();
+    EXPECT_FALSE(problem) << problem->text;
+    EXPECT_EQ(camera_->banner(), "START sony-1.0");
+    await("the word that it is virtual",
+          [](const Told& told) { return !told.states.empty() && told.states.back().simulated; });
+    EXPECT_EQ(told().states.back().state, State::idle);
+}
+
+TEST_F(CameraSessionTest, ACaptureBringsItsPicture) {
+    const host::Shot shot = connect().capture();
+    EXPECT_EQ(shot.status, ShotStatus::complete);
+    EXPECT_EQ(shot.number, 1u);
+    ASSERT_EQ(shot.pictures.size(), 1u);
+    EXPECT_EQ(shot.pictures[0].path, folder_ / "shots/DSC00001.JPG");
+    EXPECT_EQ(read("shots/DSC00001.JPG"), jpeg("first picture"));
+    const Told told = this->told();
+    ASSERT_EQ(told.pictures.size(), 1u);
+    EXPECT_EQ(told.pictures[0], shot.pictures[0]);
+    ASSERT_EQ(told.shots.size(), 2u) << "fired, and over";
+    EXPECT_EQ(told.shots[0].status, ShotStatus::fired);
+    EXPECT_EQ(told.shots[1], shot);
+    EXPECT_TRUE(told.problems.empty()) << told.problems[0].text;
+}
+
+TEST_F(CameraSessionTest, BothHalvesOfAPairAreAwaited) {
+    if (!PICTURES_CAN_BE_DRAWN) {
+        GTEST_SKIP() << "only the picture module makes RAW files";
+    }
+    write("scene", "timing instant\npicture 320x240\ncamera \"MODEL-A\" over USB, card in\n");
+    options_.environment.pop_back();
+    options_.wishes.file_type = host::FileType::both;
+    options_.wishes.save_destination = host::SaveDestination::both;
+    const host::Shot shot = connect().capture();
+    EXPECT_EQ(shot.status, ShotStatus::complete);
+    ASSERT_EQ(shot.pictures.size(), 2u);
+    EXPECT_EQ(shot.pictures[0].pair, shot.pictures[1].pair);
+    EXPECT_NE(shot.pictures[0].kind, shot.pictures[1].kind);
+}
+
+TEST_F(CameraSessionTest, APictureOfTheButtonIsToldUnasked) {
+    connect();
+    tell_camera("shutter");
+    await_pictures(1);
+    EXPECT_FALSE(told().pictures[0].shot);
+    EXPECT_EQ(camera_->capture().status, ShotStatus::complete);
+}
+
+TEST_F(CameraSessionTest, ALostCameraIsConnectedAgainByItself) {
+    connect();
+    tell_camera("unplug");
+    await_problem(Code::camera_lost);
+    tell_camera("plug");
+    await("the session", [](const Told& told) {
+        return told.states.back().state == State::ready && told.states.back().problems.empty();
+    });
+    EXPECT_EQ(camera_->capture().status, ShotStatus::complete);
+    EXPECT_EQ(told().states.back().restarts, 0u) << "by the same worker";
+}
+
+TEST_F(CameraSessionTest, TheShotThatIsLostWithTheCameraIsAnswered) {
+    write("scene", "timing instant\nnext file late 600s\ncamera \"MODEL-A\" over USB, card in\n");
+    connect();
+    std::optional<host::Answer> answer;
+    camera_->ask(host::Capture{}, [&](const host::Answer& given) { answer = given; });
+    await("CAPTURE's answer", [](const Told& told) {
+        return !told.lines.empty() && told.lines.back().text == "PRIME_DONE|OK" &&
+               told.shots.size() == 1;
+    });
+    tell_camera("unplug");
+    await("the end of the shot", [](const Told& told) { return told.shots.size() == 2; });
+    const host::Shot shot = told().shots[1];
+    EXPECT_EQ(shot.status, ShotStatus::none);
+    ASSERT_EQ(shot.problems.size(), 1u);
+    EXPECT_EQ(shot.problems[0].code, Code::camera_lost);
+}
+
+TEST_F(CameraSessionTest, NoCameraIsAProblemAndTriedOn) {
+    write("scene", "no camera\n");
+    times_.connect_request = std::chrono::milliseconds(200);
+    const auto problem = make().connect();
+    ASSERT_TRUE(problem);
+    EXPECT_EQ(problem->code, Code::camera_not_found);
+    tell_camera("camera MODEL-B over USB");
+    await_state(State::ready);
+    EXPECT_EQ(told().states.back().camera, "MODEL-B");
+}
+
+TEST_F(CameraSessionTest, AFolderIsChangedBetweenShots) {
+    connect();
+    EXPECT_EQ(camera_->capture().status, ShotStatus::complete);
+    host::Configure change;
+    change.folder = folder_ / "others";
+    const host::Answer answer = answer_to(change);
+    ASSERT_TRUE(std::holds_alternative<host::SessionState>(answer));
+    EXPECT_EQ(std::get<host::SessionState>(answer).folder, folder_ / "others");
+    const host::Shot shot = camera_->capture();
+    ASSERT_EQ(shot.pictures.size(), 1u);
+    EXPECT_EQ(fs::path(shot.pictures[0].path).parent_path(), folder_ / "others");
+    EXPECT_TRUE(fs::exists(folder_ / "shots/DSC00001.JPG"));
+}
+
+TEST_F(CameraSessionTest, AFolderThatGoesAwayIsSaidAndNotMadeAgain) {
+    connect();
+    fs::rename(folder_ / "shots", folder_ / "moved");
+    const host::Shot shot = camera_->capture();
+    EXPECT_EQ(shot.status, ShotStatus::refused);
+    ASSERT_EQ(shot.problems.size(), 1u);
+    EXPECT_EQ(shot.problems[0].code, Code::folder_gone);
+    EXPECT_FALSE(fs::exists(folder_ / "shots"));
+}
+
+TEST_F(CameraSessionTest, TheEndIsInOrderAndLeavesNothingBehind) {
+    connect();
+    const pid_t process = worker_process();
+    const host::Ended ended = camera_->shutdown();
+    EXPECT_EQ(ended, (host::Ended{host::WorkerEnd::quit, 0}));
+    EXPECT_TRUE(is_gone(process));
+    EXPECT_NE(read("journal").find("\tRelease\ttrue\n"), std::string::npos);
+    EXPECT_EQ(camera_->shutdown(), ended) << "the second one shares the first one's end";
+    EXPECT_TRUE(camera_->connect()) << "it is over";
+}
+
+TEST_F(CameraSessionTest, ACameraThatIsDestroyedEndsItsWorker) {
+    connect();
+    const pid_t process = worker_process();
+    camera_.reset();
+    EXPECT_TRUE(is_gone(process));
+    EXPECT_NE(read("journal").find("\tRelease\ttrue\n"), std::string::npos);
+}
+
+// Said by the lines alone: the picture is on its way when the end is asked for.
+TEST_F(CameraSessionTest, FilesOnTheirWayAreWaitedForAtTheEnd) {
+    write("scene", "timing instant\nnext file late 2s\ncamera \"MODEL-A\" over USB, card in\n");
+    connect();
+    camera_->ask(host::Capture{}, [](const host::Answer&) {});
+    await("the release", [](const Told& told) {
+        return !told.lines.empty() && told.lines.back().text == "PRIME_DONE|OK" &&
+               told.shots.size() == 1;
+    });
+    EXPECT_EQ(camera_->shutdown().worker, host::WorkerEnd::quit);
+    ASSERT_EQ(told().pictures.size(), 1u);
+    EXPECT_EQ(told().pictures[0].shot, 1u);
+}
+
+TEST_F(CameraSessionTest, ThePicturesAreListedFromTheLedger) {
+    connect();
+    const host::Shot first = camera_->capture();
+    const host::Shot second = camera_->capture();
+    std::optional<host::PicturesAnswer> answer;
+    const auto list = [&](const std::string& after, std::size_t limit) {
+        answer.reset();
+        host::Mutex mutex;
+        std::condition_variable given;
+        camera_->pictures(after, limit, [&](const host::PicturesAnswer& pictures) {
+            const host::MutexLock lock(mutex);
+            answer = pictures;
+            given.notify_all();
+        });
+        const host::MutexLock lock(mutex);
+        while (!answer) {
+            mutex.wait(given);
+        }
+        return std::get<std::vector<host::Picture>>(*answer);
+    };
+    ASSERT_EQ(first.pictures.size() + second.pictures.size(), 2u);
+    EXPECT_EQ(list("", 100), (std::vector<host::Picture>{first.pictures[0], second.pictures[0]}));
+    EXPECT_EQ(list("", 1), (std::vector<host::Picture>{first.pictures[0]}));
+    EXPECT_EQ(list(first.pictures[0].id, 100), (std::vector<host::Picture>{second.pictures[0]}));
+}
+
+// Another program has the folder: the disk's thread waits for it.
+TEST_F(CameraSessionTest, AListIsAnsweredWhileTheDiskIsStuck) {
+    connect();
+    host::CameraOptions second = options_;
+    second.listener = {};
+    host::Camera other(second);
+    other.ask(host::Start{}, [](const host::Answer&) {});
+    const auto asked = host::Clock::now();
+    host::Mutex mutex;
+    std::condition_variable given;
+    std::optional<host::PicturesAnswer> answer;
+    other.pictures("", 100, [&](const host::PicturesAnswer& pictures) {
+        const host::MutexLock lock(mutex);
+        answer = pictures;
+        given.notify_all();
+    });
+    {
+        const host::MutexLock lock(mutex);
+        while (!answer) {
+            mutex.wait(given);
+        }
+    }
+    EXPECT_LT(host::Clock::now() - asked, std::chrono::seconds(5)) << "not the 20 s of the lock";
+    ASSERT_TRUE(std::holds_alternative<host::Problem>(*answer));
+}
+
+}  // namespace
