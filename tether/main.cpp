@@ -18,6 +18,7 @@
 #include "tether/doctor/checks.h"
 #include "tether/doctor/examination.h"
 #include "tether/ranges.h"
+#include "tether/serve/serve.h"
 #include "tether/session_options.h"
 #include "tether/shoot/shoot.h"
 #include "tether/watch/watch.h"
@@ -81,6 +82,16 @@ CLI::App& declare_doctor(CLI::App& app, Patient& patient) {
     doctor_command.add_option("--folder", patient.folder,
                               "The folder for pictures; shots when it is there");
     return doctor_command;
+}
+
+CLI::App& declare_serve(CLI::App& app, tether::SessionOptions& session) {
+    CLI::App& serve_command = *app.add_subcommand(
+        "serve", "Serve the camera to a host by JSON-RPC on standard input and output");
+    tether::declare(serve_command, session);
+    // One that is not there is a problem that the client is told.
+    serve_command.remove_option(serve_command.get_option("--worker"));
+    serve_command.add_option("--worker", session.worker, "The camera worker");
+    return serve_command;
 }
 
 int wrong(const std::string& sentence) {
@@ -170,6 +181,15 @@ int watch(WatchOptions options) {
                          record);
 }
 
+int serve_camera(const tether::SessionOptions& session) {
+    serve::Options options;
+    options.camera = tether::camera_options(session);
+    options.camera.worker = fs::absolute(session.worker);
+    options.record = session.record;
+    options.redact = session.redact;
+    return serve::carry_out(std::move(options));
+}
+
 int carry_out(int argc, char** argv) {
     ShootOptions options;
     WatchOptions watching;
@@ -183,6 +203,8 @@ int carry_out(int argc, char** argv) {
     declare(shoot_command, options);
     const CLI::App& watch_command = declare_watch(app, watching);
     const CLI::App& doctor_command = declare_doctor(app, patient);
+    tether::SessionOptions serving;
+    const CLI::App& serve_command = declare_serve(app, serving);
     app.require_subcommand(0, 1);
     try {
         app.parse(argc, argv);
@@ -197,6 +219,9 @@ int carry_out(int argc, char** argv) {
             patient.folder = options.session.folder;
         }
         return doctor::examine_aloud(patient.bundle, patient.folder);
+    }
+    if (serve_command.parsed()) {
+        return serve_camera(serving);
     }
     return watch_command.parsed() ? watch(watching) : shoot(options);
 }

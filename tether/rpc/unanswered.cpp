@@ -1,0 +1,120 @@
+#include "tether/rpc/unanswered.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace rpc {
+
+using host::MutexLock;
+using host::TimePoint;
+
+namespace {
+
+// Texts are made valid where they come in; should one have been forgotten, a mark stands for it and
+// nothing is thrown.
+std::string line_of(const Json& message) {
+    return message.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace
+
+std::string result_text(const Json& id, Json result) {
+    return line_of({{"jsonrpc", "2.0"}, {"id", id}, {"result", std::move(result)}});
+}
+
+std::string error_text(const Json& id, const Error& error) {
+    Json told{{"code", error.code}, {"message", error.message}};
+    if (!error.data.is_null()) {
+        told["data"] = error.data;
+    }
+    return line_of({{"jsonrpc", "2.0"}, {"id", id}, {"error", std::move(told)}});
+}
+
+std::string notification_text(const char* method, Json parameters) {
+    return line_of({{"jsonrpc", "2.0"}, {"method", method}, {"params", std::move(parameters)}});
+}
+
+Unanswered::Token Unanswered::add(std::optional<Json> id) {
+    const MutexLock lock(mutex_);
+    waiting_[++last_].id = std::move(id);
+    return last_;
+}
+
+void Unanswered::limit(Token token, TimePoint deadline, Error late) {
+    const MutexLock lock(mutex_);
+    if (const auto found = waiting_.find(token); found != waiting_.end()) {
+        found->second.deadline = deadline;
+        found->second.late = std::move(late);
+    }
+}
+
+std::optional<Unanswered::Waiting> Unanswered::take(Token token) {
+    const MutexLock lock(mutex_);
+    const auto found = waiting_.find(token);
+    if (found == waiting_.end()) {
+        return std::nullopt;
+    }
+    Waiting taken = std::move(found->second);
+    waiting_.erase(found);
+    return taken;
+}
+
+void Unanswered::answer(Token token, Json result) {
+    const auto request = take(token);
+    if (request && request->id) {
+        writer_.answer(result_text(*request->id, std::move(result)));
+    }
+}
+
+void Unanswered::fail(Token token, const Error& error) {
+    const auto request = take(token);
+    if (request && request->id) {
+        writer_.answer(error_text(*request->id, error));
+    }
+}
+
+void Unanswered::strike(TimePoint now) {
+    std::vector<std::pair<Token, Error>> late;
+    {
+        const MutexLock lock(mutex_);
+        for (const auto& [token, request] : waiting_) {
+            if (request.deadline <= now) {
+                late.emplace_back(token, request.late);
+            }
+        }
+    }
+    for (const auto& [token, error] : late) {
+        fail(token, error);
+    }
+}
+
+TimePoint Unanswered::next_deadline() {
+    const MutexLock lock(mutex_);
+    TimePoint next = TimePoint::max();
+    for (const auto& [token, request] : waiting_) {
+        next = std::min(next, request.deadline);
+    }
+    return next;
+}
+
+void Unanswered::fail_all_but(const std::vector<Token>& kept, const Error& error) {
+    std::vector<Token> all;
+    {
+        const MutexLock lock(mutex_);
+        for (const auto& [token, request] : waiting_) {
+            if (std::find(kept.begin(), kept.end(), token) == kept.end()) {
+                all.push_back(token);
+            }
+        }
+    }
+    for (const Token token : all) {
+        fail(token, error);
+    }
+}
+
+std::size_t Unanswered::count() {
+    const MutexLock lock(mutex_);
+    return waiting_.size();
+}
+
+}  // namespace rpc

@@ -1,0 +1,195 @@
+#include "tether/serve/serve.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <poll.h>
+#include <signal.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+#include "tether/serve/recorder.h"
+#include "tether/serve/server.h"
+#include "tether/serve/temporary_folder.h"
+#include "tether/serve/wake_up.h"
+
+namespace serve {
+namespace {
+
+// For a client that has stopped reading, and for a record on a slow disk.
+constexpr std::chrono::seconds to_write_the_rest{5};
+
+// Whether the user wants to stop. Signals are blocked in the calling thread, and so in all that it
+// starts later. One that this process was told to ignore stays ignored: nohup works.
+class Interrupts {
+  public:
+    explicit Interrupts(WakeUp& wake_up) {
+        sigset_t signals;
+        sigemptyset(&signals);
+        for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+            struct sigaction found {};
+            sigaction(number, nullptr, &found);
+            if (found.sa_handler != SIG_IGN) {
+                sigaddset(&signals, number);
+            }
+        }
+        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+        std::thread([this, signals, &wake_up] {
+            for (int number = 0; sigwait(&signals, &number) == 0;) {
+                came_ = true;
+                wake_up.wake();
+            }
+        }).detach();
+    }
+
+    bool came() const {
+        return came_;
+    }
+
+  private:
+    std::atomic<bool> came_{false};
+};
+
+// The thread that reads: everything that is asked is asked here.
+class Reading {
+  public:
+    Reading(Server& server, WakeUp& wake_up, const Interrupts& interrupts)
+        : server_(server), wake_up_(wake_up), interrupts_(interrupts) {}
+
+    void until_the_end() {
+        while (!server_.has_ended()) {
+            take_messages();
+            if (interrupts_.came() || server_.client_is_gone() || (input_over_ && !more_)) {
+                server_.end();
+            }
+            wait();
+            server_.strike();
+        }
+    }
+
+  private:
+    void take_messages() {
+        more_ = true;
+        while (!server_.is_full()) {
+            const auto message = messages_.next();
+            if (!message) {
+                more_ = false;
+                return;
+            }
+            server_.take(*message);
+        }
+    }
+
+    void wait() {
+        const bool reads = !input_over_ && !more_;
+        enum { input, wake, output };
+        std::array<pollfd, 3> watched{pollfd{reads ? STDIN_FILENO : -1, POLLIN, 0},
+                                      pollfd{wake_up_.descriptor(), POLLIN, 0},
+                                      pollfd{reader_gone_ ? -1 : STDOUT_FILENO, 0, 0}};
+        if (::poll(watched.data(), watched.size(), host::poll_timeout(server_.next_deadline())) <=
+            0) {
+            return;
+        }
+        if (watched[wake].revents != 0) {
+            wake_up_.clear();
+        }
+        // A client that reads no more has gone, even while it has nothing to read.
+        if ((watched[output].revents & (POLLERR | POLLHUP)) != 0) {
+            reader_gone_ = true;
+            server_.end();
+        }
+        if (watched[input].revents != 0) {
+            read();
+        }
+    }
+
+    void read() {
+        const ssize_t count = ::read(STDIN_FILENO, buffer_.data(), buffer_.size());
+        if (count > 0) {
+            messages_.add({buffer_.data(), static_cast<std::size_t>(count)});
+        } else if (count == 0 || (errno != EINTR && errno != EAGAIN)) {
+            messages_.finish();
+            input_over_ = true;
+        }
+    }
+
+    Server& server_;
+    WakeUp& wake_up_;
+    const Interrupts& interrupts_;
+    rpc::Messages messages_;
+    std::array<char, 65536> buffer_{};
+    bool more_ = false;  // whole messages wait to be taken
+    bool input_over_ = false;
+    bool reader_gone_ = false;
+};
+
+void complain(const std::string& sentence) {
+    std::fprintf(stderr, "tether: %s\n", sentence.c_str());
+}
+
+// Where the virtual camera listens. The user's own scripts may talk to it too.
+std::string control_of(const host::CameraOptions& camera, const TemporaryFolder& folder) {
+    const std::string name = "CAMERA_SIM_CONTROL";
+    for (const auto& [variable, value] : camera.environment) {
+        if (variable == name) {
+            return value;
+        }
+    }
+    const char* own = std::getenv(name.c_str());
+    return own != nullptr ? own : folder.socket();
+}
+
+}  // namespace
+
+int carry_out(Options options) {
+    tether::Record record(host::TimePoint{}, options.redact);
+    if (!options.record.empty() && !record.open(options.record)) {
+        complain("cannot write " + options.record + ": " + record.trouble());
+        return 2;
+    }
+    // A client that goes away must not cost the pictures.
+    signal(SIGPIPE, SIG_IGN);
+    WakeUp& wake_up = *new WakeUp;  // of threads that wait while the process ends
+    const Interrupts& interrupts = *new Interrupts(wake_up);
+    const auto temporary = std::make_unique<TemporaryFolder>();
+    auto recorder = options.record.empty() ? nullptr : std::make_unique<Recorder>(record);
+    Setup setup;
+    setup.camera = std::move(options.camera);
+    setup.control = control_of(setup.camera, *temporary);
+    if (!setup.control.empty()) {
+        setup.camera.environment.emplace_back("CAMERA_SIM_CONTROL", setup.control);
+    }
+    setup.version = TETHER_VERSION;
+    setup.recorder = recorder.get();
+    setup.output = STDOUT_FILENO;
+    setup.changed = [&wake_up] {
+        wake_up.wake();
+    };
+    auto server = std::make_unique<Server>(std::move(setup));
+
+    Reading(*server, wake_up, interrupts).until_the_end();
+
+    const bool all_written = server->flush(host::after(to_write_the_rest));
+    if (all_written || server->client_is_gone()) {
+        server.reset();
+    } else {
+        // Its writer is stuck in a pipe that nobody reads.
+        static_cast<void>(server.release());
+    }
+    if (recorder && !recorder->flush(host::after(to_write_the_rest))) {
+        static_cast<void>(recorder.release());
+    } else if (recorder) {
+        recorder.reset();
+        if (!record.trouble().empty()) {
+            complain("the record ends early: " + record.trouble());
+        }
+    }
+    return 0;
+}
+
+}  // namespace serve

@@ -1,0 +1,19 @@
+// `tether serve`: the camera for a host in any language, by JSON-RPC on standard input and output.
+#pragma once
+
+#include <string>
+
+#include "host/camera.h"
+
+namespace serve {
+
+struct Options {
+    host::CameraOptions camera;  // its listener is the server's own
+    std::string record;          // a file, or empty
+    bool redact = false;
+};
+
+// The exit status: 0 when everything was ended in order, 2 when the record cannot be written.
+int carry_out(Options options);
+
+}  // namespace serve
