@@ -41,6 +41,9 @@ void measure_capture(Bench& bench);
 void measure_download(Bench& bench, int cores);
 void measure_lines_of_threads(Bench& bench);
 void measure_size(Bench& bench);
+// Where the tether command was built.
+void measure_serve_start(Bench& bench);
+void measure_serve_capture(Bench& bench);
 // How cost grows; nothing is promised of these.
 void measure_queue(Bench& bench);
 void measure_storm(Bench& bench);

@@ -3,6 +3,7 @@
 // factor of three.
 
 #include <cstdio>
+#include <filesystem>
 #include <signal.h>
 #include <string>
 #include <unistd.h>
@@ -45,6 +46,12 @@ void measure_all(Bench& bench) {
     measure_capture(bench);
     measure_lines_of_threads(bench);
     measure_size(bench);
+    if (std::filesystem::exists(bench.program("tether"))) {
+        measure_serve_start(bench);
+        measure_serve_capture(bench);
+    } else {
+        bench.results.skipped("tether serve", "the tether command was not built");
+    }
     if (!bench.quick) {
         measure_queue(bench);
         measure_storm(bench);

@@ -233,7 +233,9 @@ TEST(BrainConfiguring, NorIsItWithoutAWorkerOrAtTheStart) {
     stage.get_ready();
     EXPECT_EQ(stage.state().folder, "/shots");
 
-    Stage other(Wishes{"/" + std::string(2000, '|')});
+    Wishes wishes;
+    wishes.folder = "/" + std::string(2000, '|');
+    Stage other(wishes);
     const RequestId start = other.ask(Start{});
     EXPECT_EQ(other.answer_to<Problem>(start).code, Code::folder_not_taken);
     EXPECT_EQ(other.asked_of_disk<CloseFolder>().size(), 1U);

@@ -1,0 +1,620 @@
+"""What no conversation can play: clients that do not read, end or are killed, input that is no request, disks that are
+stuck. Each scenario is a function of a Stage."""
+
+import json
+import os
+import pathlib
+import random
+import re
+import signal
+import socket
+import subprocess
+import sys
+import time
+
+from host import PATIENCE, Host, Misbehaved
+
+SCENARIOS = {}
+
+
+class Skipped(Exception):
+    """It cannot be played here, and why."""
+
+
+def scenario(function):
+    SCENARIOS[function.__name__] = function
+    return function
+
+
+def require(condition, what):
+    if not condition:
+        raise Misbehaved(what)
+
+
+def wait_for(condition, what, patience=PATIENCE):
+    deadline = time.monotonic() + patience
+    while not condition():
+        require(time.monotonic() < deadline, f"{what}: not within {patience} s")
+        time.sleep(0.01)
+
+
+def is_running(process):
+    state = subprocess.run(["ps", "-o", "stat=", "-p", str(process)], capture_output=True, check=False).stdout.strip()
+    return bool(state) and not state.startswith(b"Z")
+
+
+class Stage:
+    """A folder of its own and what a scenario needs in it."""
+
+    def __init__(self, tether, worker, modules, folder, sanitized):
+        self.tether = tether
+        self.sanitized = sanitized
+        self.worker = worker
+        self.modules = modules
+        self.folder = pathlib.Path(folder)
+        self.shots = self.folder / "shots"
+        self.shots.mkdir()
+        self.control = self.folder / "camera"
+        self.hosts = []
+
+    def host(self, *options, scene=("timing instant", "picture 600x400"), environment=None, **more):
+        arguments = ["--folder", str(self.shots), *options]
+        if scene is not None:
+            file = self.folder / "scene"
+            file.write_text("\n".join(scene) + "\n", encoding="utf-8")
+            arguments += ["--scene", str(file)]
+        if self.worker and "--worker" not in options:
+            arguments += ["--worker", str(self.worker)]
+        host = Host(self.tether, arguments, {"TMPDIR": str(self.folder), **(environment or {})}, **more)
+        self.hosts.append(host)
+        return host
+
+    def camera(self, line):
+        """Tells the virtual camera, past the server. For hosts whose environment names self.control."""
+        with socket.socket(socket.AF_UNIX) as client:
+            client.connect(str(self.control))
+            client.sendall(line.encode() + b"\n")
+            answer = b""
+            while not re.search(rb"^(ok|error: .*)\n\Z", answer, re.MULTILINE):
+                piece = client.recv(65536)
+                require(piece, f"the camera went away at {line}")
+                answer += piece
+        require(answer.endswith(b"ok\n"), f"{line}: {answer!r}")
+
+    def memory_is_bounded(self, host):
+        """64 MiB are promised for what a worker does; nor may a client take more."""
+        status = pathlib.Path(f"/proc/{host.process.pid}/status")
+        if status.exists():
+            most = int(re.search(r"VmHWM:\s+(\d+) kB", status.read_text(encoding="ascii"))[1]) / 1024
+        else:
+            now = subprocess.run(["ps", "-o", "rss=", "-p", str(host.process.pid)], capture_output=True, check=True)
+            most = int(now.stdout) / 1024
+        require(self.sanitized or most < 64, f"{most} MiB")
+
+    def files(self):
+        return sorted(path.name for path in self.shots.iterdir() if not path.name.startswith("."))
+
+    def leave(self):
+        for host in self.hosts:
+            host.kill()
+
+    def nothing_is_left(self, *processes):
+        for process in processes:
+            wait_for(lambda number=process: not is_running(number), f"process {process} ends")
+        left = [path.name for path in self.folder.iterdir() if path.name.startswith("tether-")]
+        require(not left, f"left behind: {left}")
+
+
+# Ending.
+
+@scenario
+def ends_in_order_when_its_input_ends(stage):
+    with stage.host() as host:
+        host.connect()
+        worker = host.worker()
+        host.end_input()
+        require(host.end() == 0, "another status")
+        require(host.all_told("state")[-1]["state"] == "down", "it does not say that it is down")
+    stage.nothing_is_left(worker)
+
+
+@scenario
+def answers_what_was_asked_before_its_input_ended(stage):
+    with stage.host() as host:
+        host.connect()
+        fired = host.ask("capture")
+        host.next("shot", lambda shot: shot["status"] == "fired")
+        waiting = host.ask("capture")
+        host.end_input()
+        require(host.end() == 0, "another status")
+        require(host.answer(fired)["status"] == "complete", f"the shot is lost: {host.answer(fired)}")
+        require(host.answer(waiting)["status"] == "refused", f"it is fired at the end: {host.answer(waiting)}")
+    require(stage.files() == ["DSC00001.JPG"], f"files: {stage.files()}")
+
+
+@scenario
+def ends_in_order_at_half_a_message(stage):
+    with stage.host() as host:
+        host.connect()
+        worker = host.worker()
+        host.write(b'{"jsonrpc":"2.0","id":77,"method":"sta')
+        host.end_input()
+        require(host.end() == 0, "another status")
+        require([message["error"]["code"] for message in host.without_id] == [-32700], "half a message is no JSON")
+    stage.nothing_is_left(worker)
+
+
+def _ends_at_signal(stage, number):
+    with stage.host() as host:
+        host.connect()
+        worker = host.worker()
+        host.process.send_signal(number)
+        require(host.end() == 0, "another status")
+    stage.nothing_is_left(worker)
+
+
+@scenario
+def ends_in_order_at_sigterm(stage):
+    _ends_at_signal(stage, signal.SIGTERM)
+
+
+@scenario
+def ends_in_order_at_sigint(stage):
+    _ends_at_signal(stage, signal.SIGINT)
+
+
+@scenario
+def ends_in_order_at_sighup(stage):
+    _ends_at_signal(stage, signal.SIGHUP)
+
+
+@scenario
+def ends_at_a_signal_before_it_was_asked_anything(stage):
+    with stage.host() as host:
+        # Its signals are caught once it answers.
+        host.error("state")
+        host.process.send_signal(signal.SIGTERM)
+        require(host.end() == 0, "another status")
+    stage.nothing_is_left()
+
+
+@scenario
+def ignores_a_hang_up_that_it_was_told_to_ignore(stage):
+    with stage.host(before=("nohup",)) as host:
+        host.initialize()
+        host.process.send_signal(signal.SIGHUP)
+        require(host.call("state")["state"] == "idle", "it ends")
+        require(host.call("shutdown")["worker"] == "quit", "the worker was not asked")
+        require(host.end() == 0, "another status")
+
+
+@scenario
+def ends_in_order_when_nobody_reads_it_any_more(stage):
+    with stage.host(reads=False) as host:
+        host.send({"jsonrpc": "2.0", "id": 1, "method": "initialize",
+                   "params": {"client": {"name": "tests", "version": "1"}}})
+        while b'"id":1,' not in host.process.stdout.readline():
+            pass
+        worker = host.worker()
+        host.process.stdout.close()
+        require(host.process.wait(PATIENCE) == 0, "another status")
+    stage.nothing_is_left(worker)
+
+
+@scenario
+def waits_for_the_files_of_a_shot_that_is_under_way(stage):
+    with stage.host(scene=("timing instant", "picture 600x400", "next file late 3s")) as host:
+        host.connect()
+        shot = host.ask("capture")
+        host.next("shot", lambda params: params["status"] == "fired")
+        end = host.ask("shutdown", patience=20)
+        require(host.answer(shot)["status"] == "complete", f"the shot is lost: {host.answer(shot)}")
+        require(host.answer(end)["worker"] == "quit", "the worker was not asked")
+        require(host.order[-1].get("id") == end, "the answer to shutdown is not the last message")
+        require(host.end() == 0, "another status")
+    require(stage.files() == ["DSC00001.JPG"], f"files: {stage.files()}")
+
+
+@scenario
+def says_how_a_worker_that_hangs_was_ended(stage):
+    with stage.host(scene=("timing instant", "every Disconnect hangs", "during Release deliver late.JPG 1")) as host:
+        host.connect()
+        worker = host.worker()
+        ended = host.call("shutdown", patience=0)
+        require(set(ended) == {"worker", "status"}, f"it says {ended}")
+        require(host.end() == 0, "another status")
+    stage.nothing_is_left(worker)
+
+
+# Input that is no request.
+
+@scenario
+def takes_five_hundred_messages_of_garbage(stage):
+    dice = random.Random(4711)
+    good = b'{"jsonrpc":"2.0","id":1,"method":"capture","params":{"tag":"x","patience":2}}'
+
+    def garbage():
+        kind = dice.randrange(5)
+        if kind == 0:
+            return bytes(dice.randrange(256) for _ in range(dice.randrange(1, 200)))
+        if kind == 1:
+            return good[:dice.randrange(1, len(good))]
+        if kind == 2:
+            at = dice.randrange(len(good))
+            return good[:at] + bytes([dice.randrange(128, 256)]) + good[at:]
+        if kind == 3:
+            return dice.choice([b"{", b"[", b'"', b"{\"a\":"]) * dice.randrange(1, 20000)
+        return json.dumps({"jsonrpc": "2.0", "id": "g", "method": dice.choice(["", "x" * 3000, "Capture", "rpc.discover"]),
+                           "params": {}}).encode()[:dice.choice([None, 40])]
+
+    with stage.host() as host:
+        host.connect()
+        before = host.call("state")
+        sent = 0
+        while sent < 500:
+            message = garbage().replace(b"\n", b" ")
+            with_id = False
+            try:
+                with_id = json.loads(message.decode("utf-8")).get("id") == "g"
+            except (ValueError, AttributeError, RecursionError):
+                pass
+            if with_id:
+                message = message.replace(b'"g"', b'"g%d"' % sent)
+            host.write(message + b"\n")
+            sent += 1
+        require(host.call("state") == before, "the state is another one")
+        require(host.call("capture")["status"] == "complete", "no picture")
+        answered = len(host.without_id) + len([id for id in host.answers if isinstance(id, str)])
+        require(answered == 500, f"{answered} answers to 500 messages")
+        for message in [*host.without_id, *(host.answers[id] for id in host.answers if isinstance(id, str))]:
+            require(message["error"]["code"] in (-32700, -32600, -32601), f"answered {message}")
+        stage.memory_is_bounded(host)
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+@scenario
+def takes_a_message_of_a_mebibyte_and_refuses_a_longer_one(stage):
+    with stage.host() as host:
+        host.initialize()
+        request = b'{"jsonrpc":"2.0","id":"%s","method":"state"}'
+        host.write((request % b"fits").ljust(1 << 20) + b"\n")
+        host.wait_until(lambda: host.answers.get("fits"), "an answer to a message of 1 MiB")
+        host.write((request % b"long").ljust((1 << 20) + 1) + b"\n")
+        host.wait_until(lambda: host.without_id, "an answer to a longer one")
+        require(host.without_id[0]["error"]["code"] == -32700, f"answered {host.without_id}")
+        require("long" not in host.answers, "it was done")
+        # A line without an end is answered once and takes no memory.
+        for _ in range(100):
+            host.write(b"x" * (1 << 20))
+        host.write(b"\n")
+        require(host.call("state")["state"] == "idle", "it does not go on")
+        require(len(host.without_id) == 2, f"{len(host.without_id)} answers")
+        stage.memory_is_bounded(host)
+
+
+@scenario
+def does_everything_that_came_in_one_piece_in_order(stage):
+    with stage.host() as host:
+        def request(number, method, **params):
+            return json.dumps({"jsonrpc": "2.0", "id": number, "method": method, "params": params})
+
+        host.write("\n".join([request(1, "initialize", client={"name": "a", "version": "1"}), request(2, "connect"),
+                              request(3, "state"), request(4, "shutdown"), ""]).encode())
+        require(host.end() == 0, "another status")
+        require(set(host.answers) == {1, 2, 3, 4}, f"answered {sorted(host.answers)}")
+        require(host.order[-1].get("id") == 4, "the answer to shutdown is not the last message")
+
+
+@scenario
+def bad_options_say_so_on_standard_error_only(stage):
+    for options in (["--nonsense"], ["--patience", "0"], ["--file-type", "tiff"], ["--redact"],
+                    ["--record", str(stage.folder)]):
+        done = subprocess.run([stage.tether, "serve", "--folder", str(stage.shots), *options], input=b"",
+                              capture_output=True, timeout=PATIENCE, check=False)
+        require(done.returncode == 2, f"{options}: status {done.returncode}")
+        require(done.stdout == b"" and done.stderr.startswith(b"tether: "), f"{options}: {done}")
+
+
+# Clients that do not read.
+
+def _fill(host, most=8 << 20):
+    """Asks for the state until no more is taken. How many were asked whole, and the rest of the last."""
+    os.set_blocking(host.process.stdin.fileno(), False)
+    asked, rest, quiet = 0, b"", 0
+    while quiet < 20 and asked * 50 < most:
+        if not rest:
+            asked += 1
+            rest = b'{"jsonrpc":"2.0","id":"s%d","method":"state"}\n' % asked
+        written = host.process.stdin.write(rest)
+        if written is None:
+            quiet += 1
+            time.sleep(0.05)
+        else:
+            quiet = 0
+            rest = rest[written:]
+    os.set_blocking(host.process.stdin.fileno(), True)
+    return asked, rest
+
+
+@scenario
+def a_client_that_does_not_read_loses_no_picture_and_no_answer(stage):
+    with stage.host(environment={"CAMERA_SIM_CONTROL": str(stage.control)}, reads=False) as host:
+        host.send({"jsonrpc": "2.0", "id": "i", "method": "initialize",
+                   "params": {"client": {"name": "tests", "version": "1"}}})
+        host.send({"jsonrpc": "2.0", "id": "l", "method": "subscribe", "params": {"lines": True}})
+        host.send({"jsonrpc": "2.0", "id": "c", "method": "connect"})
+        while b'"id":"c",' not in host.process.stdout.readline():
+            pass
+        asked, rest = _fill(host)
+        require(rest, "any number of requests is taken from a client that does not read")
+        for _ in range(100):
+            stage.camera("shutter")
+            stage.camera("wait")
+        wait_for(lambda: len(stage.files()) == 100, "a hundred pictures in the folder")
+        stage.memory_is_bounded(host)
+        host.reading()
+        host.write(rest)
+        host.wait_until(lambda: f"s{asked}" in host.answers, "the last answer")
+        require(all(f"s{number}" in host.answers for number in range(1, asked + 1)), "an answer is missing")
+        known = host.call("pictures", limit=1000)["pictures"]
+        require(sorted(picture["cameraName"] for picture in known) == stage.files(), "a picture is missing")
+        told = [picture["id"] for picture in host.all_told("picture")]
+        require(len(told) < 100, "nothing was left to the list of pictures")
+        require(set(told) <= {picture["id"] for picture in known}, "a picture was told that is in no list")
+        require(any(line["dropped"] > 0 for line in host.all_told("line")) or
+                (host.camera("shutter"), host.next("line", lambda line: line["dropped"] > 0)), "no line was dropped")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+@scenario
+def a_client_that_never_reads_can_be_left(stage):
+    with stage.host(reads=False) as host:
+        host.send({"jsonrpc": "2.0", "id": "i", "method": "initialize",
+                   "params": {"client": {"name": "tests", "version": "1"}}})
+        while b'"id":"i",' not in host.process.stdout.readline():
+            pass
+        worker = host.worker()
+        _fill(host)
+        begun = time.monotonic()
+        host.process.send_signal(signal.SIGTERM)
+        require(host.process.wait(PATIENCE) == 0, "another status")
+        require(time.monotonic() - begun < 30, f"it took {time.monotonic() - begun} s")
+    stage.nothing_is_left(worker)
+
+
+# Ends without order.
+
+@scenario
+def a_picture_that_was_not_told_is_told_after_a_kill_with_the_same_id(stage):
+    with stage.host(environment={"CAMERA_SIM_CONTROL": str(stage.control)}, reads=False) as host:
+        host.send({"jsonrpc": "2.0", "id": "i", "method": "initialize",
+                   "params": {"client": {"name": "tests", "version": "1"}}})
+        host.send({"jsonrpc": "2.0", "id": "c", "method": "connect"})
+        while b'"id":"c",' not in host.process.stdout.readline():
+            pass
+        _fill(host)
+        stage.camera("shutter")
+        wait_for(lambda: stage.files() == ["DSC00001.JPG"], "the picture in the folder")
+        host.kill()
+    ledger = (stage.shots / ".incoming" / "ledger").read_text(encoding="utf-8", errors="replace")
+    with stage.host() as host:
+        host.initialize()
+        told = host.next("picture", patience=20)
+        require(told["cameraName"] == "DSC00001.JPG", f"told {told}")
+        require(told["id"] in ledger, f"{told['id']} is not the id from before: {ledger}")
+        require([picture["id"] for picture in host.call("pictures")["pictures"]] == [told["id"]], "another list")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+    # Now it is known.
+    with stage.host() as host:
+        host.initialize()
+        require(host.call("pictures")["pictures"][0]["id"] == told["id"], "another id")
+        require(host.all_told("picture") == [], "it is told again")
+
+
+@scenario
+def a_file_that_came_while_the_server_was_killed_is_brought_in(stage):
+    with stage.host(environment={"CAMERA_SIM_CONTROL": str(stage.control)},
+                    scene=("timing instant", "picture 600x400", "next file late 2s")) as host:
+        host.connect()
+        worker = host.worker()
+        host.ask("capture", tag="lost")
+        host.next("shot", lambda params: params["status"] == "fired")
+        # The worker goes on until it notices; the file may come, or not.
+        os.kill(worker, signal.SIGSTOP)
+        host.kill()
+    staged = list((stage.shots / ".incoming").glob("*/"))
+    (staged[0] / "DSC00077.JPG").write_bytes(b"\xff\xd8\xff\xe0 no whole picture")
+    os.kill(worker, signal.SIGKILL)
+    with stage.host() as host:
+        host.initialize()
+        told = host.next("picture")
+        require(told["recovered"] and told["cameraName"] == "DSC00077.JPG" and not told["whole"], f"told {told}")
+        require("DSC00077.JPG" in stage.files(), f"files: {stage.files()}")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+@scenario
+def a_worker_that_is_killed_is_replaced(stage):
+    with stage.host() as host:
+        host.connect()
+        os.kill(host.worker(), signal.SIGKILL)
+        host.next("problem", lambda problem: problem["code"] == "worker-gone")
+        host.next("state", lambda state: state["state"] == "ready" and state["restarts"] == 1)
+        require(host.call("capture")["status"] == "complete", "no picture")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+@scenario
+def two_servers_on_one_folder_do_not_mix(stage):
+    with stage.host() as first, stage.host() as second:
+        first.initialize()
+        begun = time.monotonic()
+        error = second.error("initialize", client={"name": "tests", "version": "1"})
+        took = time.monotonic() - begun
+        require(error.code == -32000 and error.problem["code"] == "folder-in-use", f"it fails with {error.problem}")
+        require(19 < took < 31, f"after {took} s")
+        first.call("shutdown")
+        require(first.end() == 0, "another status")
+        # It may be asked once more.
+        second.initialize()
+        require(second.call("state")["state"] == "idle", "it is not ready for a camera")
+        second.call("shutdown")
+        require(second.end() == 0, "another status")
+
+
+# Workers.
+
+@scenario
+def a_worker_that_is_missing_is_a_problem(stage):
+    with stage.host("--worker", str(stage.folder / "nothing")) as host:
+        error = host.error("initialize", client={"name": "tests", "version": "1"})
+        require(error.problem["code"] == "worker-missing", f"it fails with {error.problem}")
+        require(host.call("shutdown")["worker"] == "gone", "there was a worker")
+        require(host.end() == 0, "another status")
+
+
+REAL_WORKER = """#!{python}
+import sys
+print("CPP_WORKER|START sony-1.0", flush=True)
+print("READY|OK", flush=True)
+for line in sys.stdin:
+    command, _, rest = line.strip().partition("|")
+    if command == "PRIME":
+        print("PRIME_DONE|OK", flush=True)
+    elif command == "SET_DOWNLOAD_DIR":
+        print("DOWNLOAD_DIR|" + rest, flush=True)
+    elif command == "QUIT":
+        break
+"""
+
+
+@scenario
+def simulate_is_not_found_with_a_real_camera(stage):
+    worker = stage.folder / "worker"
+    worker.write_text(REAL_WORKER.format(python=sys.executable), encoding="utf-8")
+    worker.chmod(0o755)
+    with stage.host("--worker", str(worker), scene=None) as host:
+        require(host.initialize()["worker"] == {"path": str(worker), "banner": "START sony-1.0", "simulated": False},
+                "another worker")
+        error = host.error("simulate", line="card out")
+        require(error.code == -32601 and error.problem is None, f"it fails with {error}")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+@scenario
+def a_virtual_camera_that_does_not_answer_holds_nothing_up(stage):
+    with stage.host() as host:
+        host.connect()
+        host.camera("next file late 5s")
+        host.call("subscribe", lines=True)
+        shot = host.ask("capture")
+        host.next("line", lambda line: line["text"] == "REMOTE_CAPTURED|OK")
+        begun = time.monotonic()
+        waits = [host.ask("simulate", line="wait") for _ in range(12)]
+        host.call("state")
+        for wait in waits:
+            host.wait_until(lambda request=wait: request in host.answers, "an answer")
+        took = time.monotonic() - begun
+        codes = [host.answers[wait]["error"]["data"]["code"] for wait in waits]
+        require(codes.count("camera-no-answer") >= 8 and set(codes) <= {"camera-no-answer", "busy"}, f"{codes}")
+        require(took < 2.5, f"answered after {took} s")
+        require(host.answer(shot)["status"] == "complete", "the shot is lost")
+
+
+@scenario
+def scripts_of_the_user_can_direct_the_camera_too(stage):
+    with stage.host(environment={"CAMERA_SIM_CONTROL": str(stage.control)}) as host:
+        host.connect()
+        stage.camera("dial raw")
+        host.next("state", lambda state: state["fileType"]["inForce"] == "raw")
+        host.camera("dial jpeg")
+        host.next("state", lambda state: state["fileType"]["inForce"] == "jpeg")
+
+
+@scenario
+def names_that_are_no_utf_8_are_escaped(stage):
+    with stage.host(scene=("timing instant", 'camera "50% A\\xFF" over USB, card in')) as host:
+        state = host.connect()
+        require(state["camera"] == "50%25 A%FF", f"the camera is {state['camera']}")
+
+
+# A disk that is stuck.
+
+@scenario
+def a_stuck_disk_holds_up_neither_the_state_nor_the_list_of_pictures(stage):
+    if sys.platform != "linux":
+        raise Skipped("it needs Linux")
+    if stage.sanitized:
+        raise Skipped("a sanitizer wants to be the first library")
+    module = stage.modules / "stuck_disk.so"
+    stuck = stage.folder / "stuck"
+    with stage.host(environment={"LD_PRELOAD": str(module), "STUCK_WHILE": str(stuck),
+                                 "STUCK_BELOW": str(stage.shots)}) as host:
+        host.connect()
+        require(host.call("capture")["status"] == "complete", "no picture")
+        stuck.touch()
+        shot = host.ask("capture", patience=2, expires=30)
+        lists = []
+        for _ in range(10):
+            begun = time.monotonic()
+            lists.append(host.ask("pictures"))
+            host.call("state")
+            require(time.monotonic() - begun < 1.5, f"the state took {time.monotonic() - begun} s")
+        begun = time.monotonic()
+        failures = [host.wait_until(lambda request=one: host.answers.get(request), "a list") for one in lists]
+        require(time.monotonic() - begun < 3, f"the lists took {time.monotonic() - begun} s")
+        codes = {failure["error"]["data"]["code"] for failure in failures}
+        require(codes <= {"folder-gone", "busy"} and "folder-gone" in codes, f"{failures}")
+        stuck.unlink()
+        require(host.answer(shot)["status"] in ("complete", "refused", "none"), f"{host.answer(shot)}")
+        host.next("state", lambda state: state["state"] == "ready" and not state["problems"])
+        require(len(host.call("pictures")["pictures"]) >= 1, "the list is empty")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+# The record.
+
+@scenario
+def a_record_has_both_directions_and_standard_error(stage):
+    record = stage.folder / "record"
+    with stage.host("--record", str(record)) as host:
+        host.connect()
+        host.call("capture")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+    lines = record.read_text(encoding="utf-8").splitlines()
+    for wanted in (r" # \d{4}-\d\d-\d\d", r" ! camera-sim: simulated SDK", r" < READY\|OK$", r" > CONNECT$", r" > CAPTURE$",
+                   r" < DOWNLOADED\|/", r" > QUIT$"):
+        require(any(re.search(wanted, line) for line in lines), f"no line like {wanted}: {lines}")
+    times = [float(line.split()[0]) for line in lines]
+    require(times == sorted(times) and times[-1] < PATIENCE * 10, f"times: {times}")
+
+
+@scenario
+def a_redacted_record_names_no_folder_and_no_camera(stage):
+    record = stage.folder / "record"
+    with stage.host("--record", str(record), "--redact") as host:
+        host.connect()
+        host.call("capture")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+    text = record.read_text(encoding="utf-8")
+    for secret in (str(stage.folder), "SIM-1", "DSC0"):
+        require(secret not in text, f"{secret} stands in it: {text}")
+
+
+@scenario
+def a_record_replaces_nothing(stage):
+    record = stage.folder / "record"
+    record.write_text("mine\n", encoding="utf-8")
+    with stage.host("--record", str(record)) as host:
+        require(host.end() == 2, "another status")
+        require(host.order == [] and b"replaces nothing" in host.complaints, f"{host.complaints}")
+    require(record.read_text(encoding="utf-8") == "mine\n", "it is another file")
