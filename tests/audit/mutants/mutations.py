@@ -43,7 +43,8 @@ PASSAGES = [
      "std::uint32_t attempt = connect_attempt; if (watchdog_armed == 0 ||"),
     (r"to_string\(attempt\)", "to_string(connect_attempt)"),
 ]  # fmt: skip
-LEFT_OUT = ("worker/threads/thread_annotations.h", "worker/threads/main_thread.h")
+LEFT_OUT = ("worker/threads/thread_annotations.h", "worker/threads/main_thread.h", "host/process/thread_annotations.h",
+            "host/example.cpp")  # fmt: skip
 
 
 @dataclasses.dataclass(frozen=True)
@@ -83,6 +84,7 @@ class Mutant:
 # The worker as it is, by way of a header, which is compiled into more than a source is, and by way of no line, which
 # takes every transcript.
 CONTROL = Mutant("worker/protocol/fields.h", 0, "the worker as it is", "", "", 0, 0)
+HOST_CONTROL = Mutant("host/values/time.h", 0, "the host's side as it is", "", "", 0, 0)
 
 
 def squeezed(text):
@@ -99,9 +101,11 @@ def stands_between_blanks(source, token):
 
 def changed_number(text):
     digits = text.rstrip("uUlL")
-    value = int(digits, 0)
     if digits[:2].lower() == "0x":
-        return [hex(value ^ 1)]
+        return [hex(int(digits, 0) ^ 1)]
+    if digits[0] == "0" and len(digits) > 1:
+        return [f"0{int(digits, 8) ^ 0o200:o}"]  # the mode of a file, without what it is for
+    value = int(digits)
     if value >= 100:
         return [str(value * 2), str(value // 2)]
     return [str(value + 1)]

@@ -18,9 +18,9 @@ def files_in(*folders):
     return [ROOT / name for name in listed.stdout.split("\n") if name]
 
 
-def sources():
-    """The worker's files, by their paths below the root."""
-    return [str(path.relative_to(ROOT)) for path in files_in(*FOLDERS) if path.suffix in (".cpp", ".h")]
+def sources(*folders):
+    """The worker's files, or those of other folders, by their paths below the root."""
+    return [str(path.relative_to(ROOT)) for path in files_in(*(folders or FOLDERS)) if path.suffix in (".cpp", ".h")]
 
 
 def digest_of(*files):
