@@ -11,10 +11,9 @@ from places import ROOT, STORE
 # In the order in which a mistake is found soonest: program, what it is told, seconds after which it hangs.
 PROGRAMS = [
     ("brain_tests", ["--gtest_fail_fast"], 60),
-    ("picture_store_tests", ["--gtest_fail_fast"], 120),
-    ("host_tests", ["--gtest_fail_fast"], 120),
+    ("store_tests", ["--gtest_fail_fast"], 120),
     ("afternoons", ["--count", "4000", "--jobs", "1"], 120),
-    ("camera_tests", ["--gtest_fail_fast"], 300),
+    ("host_tests", ["--gtest_fail_fast"], 300),
     ("tether_tests", ["--gtest_fail_fast"], 300),
 ]  # fmt: skip
 # Without notes for a debugger the same meaning gives the same object.
