@@ -11,7 +11,7 @@ namespace host {
 
 std::shared_ptr<Child> Child::start(std::string run, SpawnRequest request, ChildEnds ends,
                                     std::shared_ptr<Inbox> inbox) {
-    const std::shared_ptr<Child> child(new Child(std::move(run), std::move(inbox)));
+    std::shared_ptr<Child> child(new Child(std::move(run), std::move(inbox)));
     try {
         // Not joined: it may wait for as long as a disk or the system likes. It holds what it uses.
         std::thread([child, request = std::move(request), ends = std::move(ends)]() mutable {

@@ -67,6 +67,7 @@ std::vector<LeftRun> left_runs(const Folder& folder) {
         return true;
     });
     std::vector<LeftRun> runs;
+    runs.reserve(names.size());
     for (const std::string& name : names) {
         runs.push_back(look_at(folder, name));
     }

@@ -110,17 +110,19 @@ bool is_good(const Parameter& parameter, const Read& value) {
 // No table is deeper than what it lists, so neither is this.
 std::optional<std::string> wrong_inside(const std::vector<Parameter>& known, const Read& given,
                                         const std::string& path) {
-    for (const auto& [name, value] : given.items()) {
-        const auto parameter = std::find_if(
-            known.begin(), known.end(), [&name](const Parameter& one) { return one.name == name; });
+    for (const auto& member : given.items()) {
+        const auto parameter = std::find_if(known.begin(), known.end(), [&](const Parameter& one) {
+            return one.name == member.key();
+        });
+        const std::string where = path + '.' + cut(member.key());
         if (parameter == known.end()) {
-            return path + "." + cut(name) + ": there is no such parameter";
+            return where + ": there is no such parameter";
         }
-        if (!is_good(*parameter, value)) {
-            return path + "." + name + ": must be " + must_be(*parameter);
+        if (!is_good(*parameter, member.value())) {
+            return where + ": must be " + must_be(*parameter);
         }
         if (parameter->type == Type::object) {
-            if (auto wrong = wrong_inside(parameter->members, value, path + "." + name)) {
+            if (auto wrong = wrong_inside(parameter->members, member.value(), where)) {
                 return wrong;
             }
         }

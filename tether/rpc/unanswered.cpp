@@ -48,28 +48,22 @@ void Unanswered::limit(Token token, TimePoint deadline, Error late) {
     }
 }
 
-std::optional<Unanswered::Waiting> Unanswered::take(Token token) {
+std::map<Unanswered::Token, Unanswered::Waiting>::node_type Unanswered::take(Token token) {
     const MutexLock lock(mutex_);
-    const auto found = waiting_.find(token);
-    if (found == waiting_.end()) {
-        return std::nullopt;
-    }
-    Waiting taken = std::move(found->second);
-    waiting_.erase(found);
-    return taken;
+    return waiting_.extract(token);
 }
 
 void Unanswered::answer(Token token, Json result) {
     const auto request = take(token);
-    if (request && request->id) {
-        writer_.answer(result_text(*request->id, std::move(result)));
+    if (request && request.mapped().id) {
+        writer_.answer(result_text(*request.mapped().id, std::move(result)));
     }
 }
 
 void Unanswered::fail(Token token, const Error& error) {
     const auto request = take(token);
-    if (request && request->id) {
-        writer_.answer(error_text(*request->id, error));
+    if (request && request.mapped().id) {
+        writer_.answer(error_text(*request.mapped().id, error));
     }
 }
 
@@ -78,8 +72,8 @@ void Unanswered::strike(TimePoint now) {
     {
         const MutexLock lock(mutex_);
         for (const auto& [token, request] : waiting_) {
-            if (request.deadline <= now) {
-                late.emplace_back(token, request.late);
+            if (request.late && request.deadline <= now) {
+                late.emplace_back(token, *request.late);
             }
         }
     }

@@ -52,10 +52,11 @@ class Unanswered {
     struct Waiting {
         std::optional<Json> id;
         host::TimePoint deadline = host::TimePoint::max();
-        Error late{};
+        std::optional<Error> late;  // known once there is a deadline
     };
 
-    std::optional<Waiting> take(Token token);
+    // Empty: it is answered already.
+    std::map<Token, Waiting>::node_type take(Token token);
 
     Writer& writer_;
     host::Mutex mutex_;

@@ -33,7 +33,7 @@ bool cut_at(int step, const std::function<void()>& what) {
     return WIFSIGNALED(status);
 }
 
-Afternoon::Afternoon(fs::path where)
+Afternoon::Afternoon(const fs::path& where)
     : folder_(where / "folder"), made_(where / "made"), told_(where / "told") {
     fs::create_directories(folder_ / "2");
     fs::create_directories(made_);

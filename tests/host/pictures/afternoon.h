@@ -14,7 +14,7 @@ bool cut_at(int step, const std::function<void()>& what);
 class Afternoon {
   public:
     // `where`: an empty folder for all of it.
-    explicit Afternoon(fs::path where);
+    explicit Afternoon(const fs::path& where);
 
     const fs::path& folder() const {
         return folder_;

@@ -58,8 +58,9 @@ std::string sample_jpeg(std::string_view inside) {
 
 std::string sample_raw(std::string_view inside) {
     const std::size_t first = 8;
-    const std::size_t second = first + 2 + 5 * 12 + 4;
-    const std::size_t data = second + 2 + 2 * 12 + 4;
+    const std::size_t entry_size = 12;
+    const std::size_t second = first + 2 + 5 * entry_size + 4;
+    const std::size_t data = second + 2 + 2 * entry_size + 4;
     const std::string strip = "strip" + std::string(inside);
     const std::string preview = sample_jpeg("preview");
     std::string file = "II" + little_endian(42, 2) + little_endian(first, 4);

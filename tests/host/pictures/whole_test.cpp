@@ -104,8 +104,9 @@ TEST_F(Whole, AMovieNeedsAllItsBoxes) {
 TEST_F(Whole, DirectoriesThatNameEachOtherAreReadOnce) {
     std::string content = sample_raw("picture");
     // The second directory's next one is the first.
-    const std::size_t second = 8 + 2 + 5 * 12 + 4;
-    content[second + 2 + 2 * 12] = 8;
+    const std::size_t entry = 12;
+    const std::size_t second = 8 + 2 + 5 * entry + 4;
+    content[second + 2 + 2 * entry] = 8;
     EXPECT_EQ(why(content, "a.ARW"), "");
 }
 

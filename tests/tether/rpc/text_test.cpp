@@ -9,10 +9,8 @@ namespace {
 
 TEST(ValidText, Utf8StaysAsItIs) {
     for (const char* text :
-         {"", "plain", "100%", "%41",
-          "Gr\xC3\xBC\xC3\x9F"
-          "e",
-          "\xE2\x82\xAC", "\xF0\x9F\x93\xB7", "\xED\x9F\xBF", "\xEE\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+         {"", "plain", "100%", "%41", "Gru\xCC\x88n", "\xE2\x82\xAC", "\xF0\x9F\x93\xB7",
+          "\xED\x9F\xBF", "\xEE\x80\x80", "\xF4\x8F\xBF\xBF"}) {
         EXPECT_EQ(valid_text(text), text);
     }
     EXPECT_EQ(valid_text(std::string("a\0b", 3)), std::string("a\0b", 3));
