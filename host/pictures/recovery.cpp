@@ -171,6 +171,7 @@ Found Recovery::recover() {
         tell(std::move(picture));
     }
     std::vector<const Placing*> oldest_first;
+    oldest_first.reserve(cut_.size());
     for (const auto& [id, cut] : cut_) {
         oldest_first.push_back(&cut);
     }

@@ -15,7 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using doctor::ProgramFile;
-using doctor::Verdict;
 
 class Bundle : public BundleTest {
   protected:
