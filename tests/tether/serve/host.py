@@ -39,6 +39,7 @@ class Host:
         self.told = []            # notifications, in order: (method, params)
         self.taken = {}           # how many of each kind have been taken by next()
         self.order = []           # every message, in order
+        self.asked = {}           # by id: the method
         self.wrong = None         # what no server may do
         self.over = False         # the server has closed its output
         self.complaints = b""     # its standard error
@@ -122,6 +123,7 @@ class Host:
         """The id of a request that is answered some time."""
         self.last_id += 1
         request = self.last_id
+        self.asked[request] = method
         self.send({"jsonrpc": "2.0", "id": request, "method": method, "params": params})
         return request
 

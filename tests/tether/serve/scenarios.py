@@ -43,6 +43,10 @@ def is_running(process):
     return bool(state) and not state.startswith(b"Z")
 
 
+def is_stopped(process):
+    return subprocess.run(["ps", "-o", "stat=", "-p", str(process)], capture_output=True, check=False).stdout.startswith(b"T")
+
+
 class Stage:
     """A folder of its own and what a scenario needs in it."""
 
@@ -63,11 +67,14 @@ class Stage:
             file = self.folder / "scene"
             file.write_text("\n".join(scene) + "\n", encoding="utf-8")
             arguments += ["--scene", str(file)]
-        if self.worker and "--worker" not in options:
-            arguments += ["--worker", str(self.worker)]
+        if "--worker" not in options:
+            arguments += self.worker_option()
         host = Host(self.tether, arguments, {"TMPDIR": str(self.folder), **(environment or {})}, **more)
         self.hosts.append(host)
         return host
+
+    def worker_option(self):
+        return ["--worker", str(self.worker)] if self.worker else []
 
     def camera(self, line):
         """Tells the virtual camera, past the server. For hosts whose environment names self.control."""
@@ -450,6 +457,104 @@ def a_worker_that_is_killed_is_replaced(stage):
 
 
 @scenario
+def a_worker_that_outlived_its_server_is_ended_by_the_next(stage):
+    with stage.host() as host:
+        host.connect()
+        worker = host.worker()
+        os.kill(worker, signal.SIGSTOP)
+        host.kill()
+    with stage.host() as host:
+        begun = time.monotonic()
+        host.initialize()
+        took = time.monotonic() - begun
+        # It is given 4 s to end by itself; SIGTERM comes to nothing while it is stopped.
+        require(took > 4, f"after {took} s")
+        require(not is_running(worker), "it runs on")
+        require(host.call("connect")["state"] == "ready", "no session")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+@scenario
+def workers_that_die_too_often_mean_down_with_one_problem_until_connect(stage):
+    with stage.host() as host:
+        host.connect()
+        for restarts in range(6):
+            os.kill(host.worker(), signal.SIGKILL)
+            if restarts < 5:
+                host.next("state", lambda state, count=restarts + 1:
+                          state["state"] == "ready" and state["restarts"] == count)
+        down = host.next("state", lambda state: state["state"] == "down")
+        require([problem["code"] for problem in down["problems"]] == ["worker-gone"], f"it says {down['problems']}")
+        begun = time.monotonic()
+        require(host.call("connect")["state"] == "ready", "no session")
+        require(time.monotonic() - begun < 30, "connect waits for the minute to be over")
+        require(host.call("capture")["status"] == "complete", "no picture")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+FLOOD = """#!/bin/sh
+# One line that never ends; then lines without end; then it is a worker.
+if mkdir {folder}/line 2>/dev/null; then
+    exec tr '\\000' x </dev/zero
+elif mkdir {folder}/lines 2>/dev/null; then
+    exec yes 'LOG|[SONY] and so on'
+fi
+exec {worker} "$@"
+"""
+
+
+@scenario
+def workers_that_flood_cost_no_memory_and_are_replaced(stage):
+    worker = stage.worker or pathlib.Path(stage.tether).parents[1] / "Contents/MacOS/sony-worker"
+    script = stage.folder / "worker"
+    script.write_text(FLOOD.format(folder=stage.folder, worker=worker), encoding="utf-8")
+    script.chmod(0o755)
+    with stage.host("--worker", str(script)) as host:
+        require(host.connect()["restarts"] == 2, f"restarts: {host.call('state')['restarts']}")
+        codes = [problem["code"] for problem in host.all_told("problem")]
+        require("worker-floods" in codes, f"problems: {codes}")
+        require(host.call("capture")["status"] == "complete", "no picture")
+        stage.memory_is_bounded(host)
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+@scenario
+def goes_on_after_it_was_stopped(stage):
+    with stage.host() as host:
+        host.connect()
+        host.process.send_signal(signal.SIGSTOP)
+        wait_for(lambda: is_stopped(host.process.pid), "it is stopped")
+        # Longer than the silence that a worker is allowed.
+        time.sleep(16)
+        host.process.send_signal(signal.SIGCONT)
+        require(host.call("capture")["status"] == "complete", "no picture")
+        state = host.call("state")
+        require(state["restarts"] == 0 and not state["problems"], f"{state}")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+@scenario
+def a_folder_that_is_moved_away_is_gone_and_nothing_is_made_in_its_stead(stage):
+    with stage.host() as host:
+        host.connect()
+        require(host.call("capture")["status"] == "complete", "no picture")
+        elsewhere = stage.folder / "elsewhere"
+        stage.shots.rename(elsewhere)
+        shot = host.call("capture")
+        require(shot["status"] == "refused" and [one["code"] for one in shot["problems"]] == ["folder-gone"], f"{shot}")
+        require(not stage.shots.exists(), "something was made in its stead")
+        elsewhere.rename(stage.shots)
+        require(host.call("capture")["status"] == "complete", "no picture once it is back")
+        require(stage.files() == ["DSC00001.JPG", "DSC00002.JPG"], f"files: {stage.files()}")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+@scenario
 def two_servers_on_one_folder_do_not_mix(stage):
     with stage.host() as first, stage.host() as second:
         first.initialize()
@@ -465,6 +570,31 @@ def two_servers_on_one_folder_do_not_mix(stage):
         require(second.call("state")["state"] == "idle", "it is not ready for a camera")
         second.call("shutdown")
         require(second.end() == 0, "another status")
+
+
+# Options.
+
+@scenario
+def shoots_pictures_of_the_users_own(stage):
+    own = stage.folder / "own"
+    own.mkdir()
+    picture = b"\xff\xd8\xff\xe0\x00\x04JF" + b"\xff\xda\x00\x02mine\xff\xd9"
+    (own / "a.JPG").write_bytes(picture)
+    with stage.host("--pictures", str(own)) as host:
+        host.connect()
+        host.call("capture")
+        require((stage.shots / "DSC00001.JPG").read_bytes() == picture, "another picture")
+
+
+@scenario
+def pictures_go_to_shots_when_no_folder_is_named(stage):
+    stage.shots.rmdir()
+    there = ("sh", "-c", 'cd "$0" && exec "$@"', str(stage.folder))
+    with Host(os.path.abspath(stage.tether), stage.worker_option(), {"TMPDIR": str(stage.folder)}, before=there) as host:
+        stage.hosts.append(host)
+        require(pathlib.Path(host.connect()["folder"]) == stage.shots.resolve(), f"{host.call('state')['folder']}")
+        host.call("capture")
+        require(stage.files() == ["DSC00001.JPG"], f"files: {stage.files()}")
 
 
 # Workers.
