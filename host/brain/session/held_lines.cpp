@@ -42,6 +42,10 @@ std::optional<HeldLine> HeldLines::next(Time now) {
         if (!of_file && !begins_with(first.text, camera)) {
             return take_first();
         }
+        if (of_file && its_report_is_next()) {
+            take_first();
+            continue;
+        }
         const bool full = lines_.size() > limit::held_lines || bytes_ > limit::held_bytes;
         if (now < first.at + hold_ && !full && !ended_) {
             return std::nullopt;
@@ -60,6 +64,18 @@ HeldLine HeldLines::take_first() {
     bytes_ -= line.text.size();
     reports_with_breaks_ -= has_break(line.text) ? 1 : 0;
     return line;
+}
+
+// Nothing of the name stands between the two, and none of it can follow: what follows would make
+// the report a part of the name, which has no slash in it, while a report has.
+bool HeldLines::its_report_is_next() const {
+    if (lines_.size() < 2 || reports_with_breaks_ > 0 || !begins_with(lines_[1].text, downloaded)) {
+        return false;
+    }
+    const std::string path =
+        unescape_field(std::string_view(lines_[1].text).substr(downloaded.size()));
+    const std::string_view name = std::string_view(lines_.front().text).substr(landed.size());
+    return !name.empty() && begins_with(path, "/") && ends_with_name(path, name);
 }
 
 // The most that any report explains: a report can be forged by a name too, but then that name's own

@@ -1,7 +1,8 @@
 // What follows a log line with somebody else's words in it is held until it is known which lines
 // are the rest of those words: a line break splits the log line, and what comes behind it can look
-// like any line. Of a file that landed, the report tells, where breaks are escaped; of a camera,
-// the line with which the worker begins to open one: until then it says nothing else.
+// like any line. Of a file that landed, the report tells, where breaks are escaped: mostly it is
+// the very next line, and nothing waits. Of a camera, the line with which the worker begins to open
+// one: until then it says nothing else.
 #pragma once
 
 #include <cstddef>
@@ -39,6 +40,8 @@ class HeldLines {
     Time wake_at() const;
 
   private:
+    // The first line is about a file that landed, and the second one reports it.
+    bool its_report_is_next() const;
     // How many of the lines behind the first, which is a log line, belong to its name.
     std::size_t lines_of_file_name() const;
     std::size_t lines_of_camera_name() const;

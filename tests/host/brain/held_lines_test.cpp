@@ -44,14 +44,39 @@ TEST_F(HeldLinesTest, WhatDoesNotFollowALandedFileIsNotHeld) {
     EXPECT_EQ(held.wake_at(), never);
 }
 
-TEST_F(HeldLinesTest, WhatFollowsALandedFileIsHeldFor20Milliseconds) {
-    land("a.JPG");
+TEST_F(HeldLinesTest, WhatFollowsALandedFileIsHeldForItsReportFor20MillisecondsAtMost) {
+    hear("LOG|[SONY] landed a.JPG");
     hear("SAVE_DEST|disk");
+    hear("DOWNLOADED|/f/a.JPG");
     now += milliseconds(19);
     EXPECT_EQ(believed(), Lines{});
     EXPECT_EQ(held.wake_at(), milliseconds(1020));
     now += milliseconds(1);
-    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|/f/a.JPG", "SAVE_DEST|disk"}));
+    EXPECT_EQ(believed(), (Lines{"SAVE_DEST|disk", "DOWNLOADED|/f/a.JPG"}));
+}
+
+TEST_F(HeldLinesTest, AReportRightBehindItsLogLineIsBelievedAtOnce) {
+    hear("LOG|[SONY] landed a.JPG");
+    EXPECT_EQ(believed(), Lines{});
+    hear("DOWNLOADED|/f/a.JPG");
+    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|/f/a.JPG"}));
+    hear("LOG|[SONY] landed /elsewhere/b%|.JPG");
+    hear("DOWNLOADED|/elsewhere/b%25%7C.JPG");
+    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|/elsewhere/b%25%7C.JPG"}));
+}
+
+TEST_F(HeldLinesTest, AnotherReportRightBehindALogLineMayBeTheRestOfAName) {
+    for (const std::string forged : {"DOWNLOADED|/f/b.JPG", "DOWNLOADED|/f/aa", "DOWNLOADED|a",
+                                     "DOWNLOADED|a/a", "DOWNLOADED|", "DOWNLOADED|/f/a%0Ab"}) {
+        hear("LOG|[SONY] landed a");
+        hear(forged);
+        EXPECT_EQ(believed(), Lines{}) << forged;
+        now += milliseconds(20);
+        EXPECT_EQ(believed(), Lines{forged}) << forged;
+    }
+    hear("LOG|[SONY] landed ");
+    hear("DOWNLOADED|/f/");
+    EXPECT_EQ(believed(), Lines{}) << "a name that begins with a break";
 }
 
 TEST_F(HeldLinesTest, ALineKeepsTheTimeAtWhichItWasRead) {

@@ -48,6 +48,16 @@ TEST(BrainShots, ACaptureIsFiredAndCompleteWhenItsFileIsInItsPlace) {
     EXPECT_TRUE(shot.problems.empty());
 }
 
+TEST(BrainShots, AFileIsInItsPlaceAtTheTimeOfItsReport) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId capture = stage.shoot();
+    stage.staged.insert("DSC00001.JPG");
+    stage.say_landed("DSC00001.JPG", "/shots/.incoming/run-1/");
+    EXPECT_EQ(stage.pictures().size(), 1U);
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+}
+
 TEST(BrainShots, TheFolderIsLookedAtBeforeEachShot) {
     Stage stage;
     stage.get_ready();
