@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "host/pictures/whole/whole.h"
 
 namespace host::pictures {
@@ -10,7 +12,14 @@ constexpr std::uint8_t last_restart = 0xD7;
 constexpr std::uint8_t start_of_image = 0xD8;
 constexpr std::uint8_t end_of_image = 0xD9;
 constexpr std::uint8_t start_of_scan = 0xDA;
+constexpr std::uint8_t second_extension =
+    0xE2;  // of several things, an index of pictures among them
 }  // namespace marker
+
+// The index of pictures is a TIFF directory behind four letters.
+constexpr std::uint64_t index_name = 0x4D504600;
+constexpr std::uint64_t entries_tag = 0xB002;
+constexpr std::uint64_t most_tags = 16;
 
 bool starts_frame(std::uint8_t code) {
     // Among these stand three that are none: tables of Huffman codes, an extension, arithmetic.
@@ -54,6 +63,25 @@ std::uint64_t end_of_scan(Window& file, std::uint64_t at) {
     }
 }
 
+// How many bytes the first picture has, by the index that a camera writes where a preview follows
+// it; 0: nothing is said. `at`: behind the index's name.
+std::uint64_t size_by_index(Window& file, std::uint64_t at) {
+    const bool little = file.big_endian(at, 2) == std::uint64_t{0x4949};
+    const auto number = [&](std::uint64_t place, unsigned int bytes) {
+        return (little ? file.little_endian(place, bytes) : file.big_endian(place, bytes))
+            .value_or(0);
+    };
+    const std::uint64_t directory = at + number(at + 4, 4);
+    const std::uint64_t count = std::min(number(directory, 2), most_tags);
+    for (std::uint64_t index = 0; index < count; ++index) {
+        const std::uint64_t entry = directory + 2 + index * 12;
+        if (number(entry, 2) == entries_tag) {
+            return number(at + number(entry + 8, 4) + 4, 4);
+        }
+    }
+    return 0;
+}
+
 }  // namespace
 
 std::string why_not_whole_jpeg(Window& file) {
@@ -62,6 +90,7 @@ std::string why_not_whole_jpeg(Window& file) {
     }
     bool frame = false;
     bool scan = false;
+    std::uint64_t expected_end = file.size();
     std::uint64_t at = 2;
     for (;;) {
         const std::uint8_t code = read_marker(file, at);
@@ -81,9 +110,19 @@ std::string why_not_whole_jpeg(Window& file) {
         if (length < 2 || length > file.size() - at) {
             return length < 2 ? "its segments are damaged" : "it ends before its picture does";
         }
+        if (code == marker::second_extension && file.big_endian(at + 2, 4) == index_name) {
+            expected_end = size_by_index(file, at + 6);
+        }
         at += length;
         frame = frame || starts_frame(code);
         if (code == marker::start_of_scan) {
+            // The data of a scan has no end marker in it: one that stands where the picture is to
+            // end is its own, and not all of a large picture need be read, which takes longer than
+            // all else that is done with it.
+            if (frame && expected_end >= at + 2 && expected_end <= file.size() &&
+                file.big_endian(expected_end - 2, 2) == std::uint64_t{0xFFD9}) {
+                return "";
+            }
             scan = true;
             at = end_of_scan(file, at);
         }

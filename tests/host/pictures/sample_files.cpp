@@ -44,16 +44,26 @@ std::string box(std::string_view type, const std::string& content) {
 
 }  // namespace
 
-std::string sample_jpeg(std::string_view inside) {
+std::string sample_jpeg(std::string_view inside, bool with_index) {
     const std::string frame = segment(0xC0, bytes({8, 0, 1, 0, 1, 1, 1, 0x11, 0}));
     const std::string scan = segment(0xDA, bytes({1, 1, 0, 0, 63, 0}));
     const std::string thumbnail =
         bytes({0xFF, 0xD8}) + frame + scan + "small" + bytes({0xFF, 0xD9});
+    const std::string head =
+        bytes({0xFF, 0xD8}) + segment(0xE1, "Exif" + std::string(2, '\0') + thumbnail);
     // A stuffed byte, restart markers and a second scan, as a progressive picture has them.
-    return bytes({0xFF, 0xD8}) + segment(0xE1, "Exif" + std::string(2, '\0') + thumbnail) +
-           segment(0xDB, std::string(65, '\1')) + frame + scan + "data" +
-           bytes({0xFF, 0x00, 0x12, 0xFF, 0xD0, 0x34}) + std::string(inside) + scan + "more" +
-           bytes({0xFF, 0xD9});
+    const std::string picture = segment(0xDB, std::string(65, '\1')) + frame + scan + "data" +
+                                bytes({0xFF, 0x00, 0x12, 0xFF, 0xD0, 0x34}) + std::string(inside) +
+                                scan + "more" + bytes({0xFF, 0xD9});
+    const auto index = [](std::size_t size) {
+        const std::string directory = little_endian(2, 2) + entry(0xB001, 4, 1, 2) +
+                                      entry(0xB002, 7, 32, 38) + little_endian(0, 4);
+        return segment(0xE2, std::string("MPF\0II*\0", 8) + little_endian(8, 4) + directory +
+                                 little_endian(0x030000, 4) + little_endian(size, 4) +
+                                 std::string(24, '\0'));
+    };
+    const std::size_t size = head.size() + index(0).size() + picture.size();
+    return head + (with_index ? index(size) : "") + picture;
 }
 
 std::string sample_raw(std::string_view inside) {

@@ -4,6 +4,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -75,6 +76,58 @@ TEST_F(Whole, TheThumbnailsEndIsNotThePicturesEnd) {
     ASSERT_LT(thumbnail, content.rfind("\xFF\xD9"));
     for (std::size_t bytes = thumbnail + 2; bytes < content.size(); ++bytes) {
         EXPECT_NE(why(content.substr(0, bytes), "a.JPG"), "");
+    }
+}
+
+TEST_F(Whole, OfALargeJpegOnlyTheHeadAndTheEndAreRead) {
+#if !defined(__linux__)
+    GTEST_SKIP() << "this system does not say how much was read";
+#else
+    const auto bytes_read = [] {
+        std::ifstream facts("/proc/self/io");
+        std::string name;
+        std::uint64_t bytes = 0;
+        facts >> name >> bytes;
+        return bytes;
+    };
+    const std::string large(10'000'000, 'x');
+    const std::string alone = sample_jpeg(large);
+    const std::string followed = sample_jpeg(large, true) + sample_jpeg("preview");
+    for (const std::string& content : {alone, followed}) {
+        write_file(folder_.path() / "file", content);
+        const int file = ::open((folder_.path() / "file").c_str(), O_RDONLY | O_CLOEXEC);
+        const std::uint64_t before = bytes_read();
+        EXPECT_EQ(host::pictures::why_not_whole(file, content.size(), "a.JPG"), "");
+        EXPECT_LT(bytes_read() - before, 200'000U);
+        ::close(file);
+    }
+#endif
+}
+
+TEST_F(Whole, AnIndexOfPicturesSaysWhereTheFirstOneEnds) {
+    const std::string first = sample_jpeg("picture", true);
+    const std::string preview = sample_jpeg("preview");
+    EXPECT_EQ(why(first + preview, "a.JPG"), "");
+    EXPECT_EQ(why(first + preview.substr(0, 5), "a.JPG"), "") << "bytes behind it are allowed";
+    for (std::size_t bytes = 0; bytes < first.size(); ++bytes) {
+        ASSERT_NE(why(first.substr(0, bytes), "a.JPG"), "") << bytes << " bytes";
+    }
+    const std::size_t inside = first.find("picture");
+    EXPECT_NE(why(first.substr(0, inside) + preview, "a.JPG"), "")
+        << "the preview's end is not the picture's";
+}
+
+TEST_F(Whole, AnIndexOfPicturesThatIsDamagedIsNotBelieved) {
+    const std::string content = sample_jpeg("picture", true);
+    const std::size_t index = content.find(std::string("MPF\0", 4));
+    ASSERT_NE(index, std::string::npos);
+    for (std::size_t at = index; at < index + 50; ++at) {
+        for (const char byte : {'\x00', '\x7F', '\xFF'}) {
+            std::string damaged = content;
+            damaged[at] = byte;
+            EXPECT_EQ(why(damaged, "a.JPG"), "") << at;
+            EXPECT_NE(why(damaged.substr(0, content.size() - 1), "a.JPG"), "") << at;
+        }
     }
 }
 
