@@ -237,8 +237,11 @@ class Brain {
     void type_settled();
     void no_session_behind_it();
     void miss_card();
+    bool destination_is_settled() const;
     void hear_save_dest(std::string_view text);
     void hear_file_type(std::string_view text);
+    void hear_pair_refused(std::uint32_t code);
+    bool type_is_taken() const;
 
     // session/losing.cpp
     void hear_disconnected(std::string_view text);
@@ -275,6 +278,7 @@ class Brain {
     Time files_deadline() const;
     Time shot_limit() const;
     Time shot_deadline() const;
+    Time end_of_doubt() const;
     bool has_all_files() const;
     std::size_t files_under_way() const;
 
@@ -376,6 +380,7 @@ class Brain {
     std::optional<SaveDestination> destination_answer_;
     std::optional<std::uint32_t> refusal_;
     bool not_connected_ = false;
+    std::optional<std::uint32_t> pair_refusal_;  // the camera sends one half of a pair only
 
     // The worker.
     Worker worker_ = Worker::none;

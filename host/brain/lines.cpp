@@ -71,8 +71,10 @@ void Brain::hear_log(std::string_view text) {
     }
     if (begins_with(text, "could not set the save destination (")) {
         answered_ = true;
-        refusal_ = code;
-        if (state_ == State::ready && probe_.fence == 0) {
+        if (state_ != State::settling || !settling_.type_is_next) {
+            refusal_ = code;
+        }
+        if (destination_is_settled() && probe_.fence == 0) {
             raise({Code::destination_not_taken,
                    "The camera did not take the save destination again.",
                    code,
@@ -80,6 +82,8 @@ void Brain::hear_log(std::string_view text) {
         }
     } else if (begins_with(text, "the camera would not change its file type (")) {
         refusal_ = code;
+    } else if (begins_with(text, "could not ask for both halves of a RAW pair (")) {
+        hear_pair_refused(*code);
     } else if (shot_ && shot_->step >= ShotInHand::Step::firing &&
                (begins_with(text, "warning ") || begins_with(text, "error ") ||
                 begins_with(text, "the camera is showing a caution"))) {

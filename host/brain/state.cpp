@@ -41,6 +41,7 @@ void Brain::forget_session() {
     settling_ = {};
     probe_ = {};
     loss_in_doubt_ = false;
+    pair_refusal_.reset();
 }
 
 }  // namespace host::brain

@@ -79,14 +79,14 @@ void Brain::destination_round_over() {
     }
     settling_.asked_again = 0;
     settling_.type_is_next = true;
-    if (type_.asked && type_.in_force != type_.asked) {
+    if (type_.asked && !type_is_taken()) {
         return ask_type();
     }
     type_settled();
 }
 
 void Brain::type_round_over() {
-    if (type_.in_force == type_.asked) {
+    if (type_is_taken()) {
         return type_settled();
     }
     if (not_connected_) {
@@ -97,15 +97,24 @@ void Brain::type_round_over() {
         deadline_ = now_ + times_.between_asks;
         return;
     }
-    raise({Code::file_type_not_taken,
-           "The camera does not take the file type: set it there.",
-           refusal_,
-           {}});
+    if (type_.in_force != type_.asked) {
+        raise({Code::file_type_not_taken,
+               "The camera does not take the file type: set it there.",
+               refusal_,
+               {}});
+    }
     settled();
 }
 
+// Of a pair the camera has to be asked for both halves, or it sends its own choice.
+bool Brain::type_is_taken() const {
+    return type_.in_force == type_.asked && !pair_refusal_;
+}
+
 void Brain::type_settled() {
-    clear(Code::file_type_not_taken);
+    if (!pair_refusal_) {
+        clear(Code::file_type_not_taken);
+    }
     settled();
 }
 
@@ -139,6 +148,12 @@ void Brain::miss_card() {
            {}});
 }
 
+// From here on a destination that changes is the camera's doing, such as a card that is taken out,
+// and nobody asks again.
+bool Brain::destination_is_settled() const {
+    return state_ == State::ready || (state_ == State::settling && settling_.type_is_next);
+}
+
 void Brain::hear_save_dest(std::string_view text) {
     const std::optional<SaveDestination> destination = save_destination_of(text);
     const bool session =
@@ -150,7 +165,7 @@ void Brain::hear_save_dest(std::string_view text) {
     destination_answer_ = destination;
     dirty_ = dirty_ || destination_.in_force != destination;
     destination_.in_force = destination;
-    if (state_ == State::ready) {
+    if (destination_is_settled()) {
         if (destination == destination_.asked) {
             clear(Code::card_missing);
             clear(Code::destination_not_taken);
@@ -176,9 +191,22 @@ void Brain::hear_file_type(std::string_view text) {
     }
     dirty_ = dirty_ || type_.in_force != type;
     type_.in_force = type;
-    if (type == type_.asked) {
+    // Of a pair the worker asks for both halves now, and says so when that is refused again.
+    const bool pair_was_refused = std::exchange(pair_refusal_, {}).has_value();
+    if (type == type_.asked || (pair_was_refused && !type_.asked)) {
         clear(Code::file_type_not_taken);
     }
+}
+
+void Brain::hear_pair_refused(std::uint32_t code) {
+    if (state_ != State::settling && state_ != State::ready && state_ != State::lost) {
+        return;
+    }
+    pair_refusal_ = code;
+    raise({Code::file_type_not_taken,
+           "The camera does not take the request for both halves of a pair: it sends one of them.",
+           code,
+           {}});
 }
 
 }  // namespace host::brain

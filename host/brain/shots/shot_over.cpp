@@ -63,7 +63,10 @@ void Brain::judge_shot(const std::optional<Problem>& why) {
                shot_->caution,
                {}});
     } else {
-        blame({Code::half_missing, "Only one half of the shot came.", shot_->caution, {}});
+        blame({Code::half_missing,
+               "Only one half of the shot came.",
+               shot_->caution ? shot_->caution : pair_refusal_,
+               {}});
     }
 }
 

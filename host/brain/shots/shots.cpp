@@ -118,7 +118,20 @@ Time Brain::shot_deadline() const {
     }
     const Time deadline = files_under_way() > 0 ? shot_limit() + times_.grace
                                                 : std::min(files_deadline(), shot_limit());
-    return std::min(deadline, shot_->doubted_until);
+    return std::min(deadline, end_of_doubt());
+}
+
+// A file that came within the time of doubt speaks, however long the disk takes to look at it.
+Time Brain::end_of_doubt() const {
+    const auto unseen = [this](const auto& entry) {
+        const Report& report = entry.second;
+        return report.window == shot_->shot.number && !report.placing && !report.doubted &&
+               report.heard < shot_->doubted_until;
+    };
+    if (shot_->doubted_until == never || std::any_of(reports_.begin(), reports_.end(), unseen)) {
+        return never;
+    }
+    return shot_->doubted_until + times_.report_follows;  // for which a line may be held
 }
 
 void Brain::strike_shot() {
@@ -137,7 +150,7 @@ void Brain::strike_shot() {
         case ShotInHand::Step::waiting_for_files:
             break;
     }
-    if (now_ >= shot_->doubted_until) {
+    if (now_ >= end_of_doubt()) {
         return believe_doubted();
     }
     if (shot_->lost_by) {

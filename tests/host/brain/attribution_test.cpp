@@ -117,6 +117,23 @@ TEST(BrainAttribution, AfterAShotWithoutFilesTheNextOnesFileIsBelievedAfter2Seco
     EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::complete);
 }
 
+TEST(BrainAttribution, ANewerFileThatTheDiskHasNotLookedAtInTimeSpeaksAgainstALateOneToo) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    stage.after(seconds(21));
+    const RequestId second = stage.shoot();
+    stage.file("DSC00001.JPG");  // the first one's, late
+    stage.after(seconds(1));
+    stage.disk_answers = false;
+    stage.file("DSC00002.JPG");
+    stage.after(seconds(3));
+    stage.disk_answers = true;
+    stage.after(seconds(3));
+    EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
+    EXPECT_EQ(stage.answer_to<Shot>(second).pictures.at(0).camera_name, "DSC00002.JPG");
+}
+
 TEST(BrainAttribution, BothHalvesOfALatePairAreUnaskedAndStillAPair) {
     Stage stage;
     stage.dial = "both";

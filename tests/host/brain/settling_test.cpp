@@ -77,6 +77,62 @@ TEST(BrainSettling, AMissingCardIsToldAndWhatIsInForceIsToldApart) {
               (Setting<SaveDestination>{SaveDestination::both, SaveDestination::disk}));
 }
 
+TEST(BrainSettling, ACardThatComesOutWhileTheTypeIsAskedIsTold) {
+    Stage stage(wishes(SaveDestination::both, FileType::raw));
+    stage.takes_type = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(milliseconds(300));
+    ASSERT_EQ(stage.state().state, State::settling);
+    stage.hear("SAVE_DEST|disk");
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_EQ(stage.state().save_destination,
+              (Setting<SaveDestination>{SaveDestination::both, SaveDestination::disk}));
+    EXPECT_TRUE(stage.stands(Code::card_missing));
+}
+
+TEST(BrainSettling, ADestinationThatIsRefusedWhileTheTypeIsAskedIsAProblemWithItsCode) {
+    Stage stage(wishes(SaveDestination::both, FileType::raw));
+    stage.takes_type = false;
+    stage.get_idle();
+    stage.ask(Connect{});
+    stage.after(milliseconds(300));
+    ASSERT_EQ(stage.state().state, State::settling);
+    stage.hear(
+        "LOG|[SONY] could not set the save destination (0x00008000) — the camera keeps its "
+        "own setting");
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_EQ(stage.standing(Code::destination_not_taken).sdk, 0x8000U);
+    EXPECT_EQ(stage.standing(Code::file_type_not_taken).sdk, 0x8402U);
+}
+
+TEST(BrainSettling, APairOfWhichTheCameraSendsOneHalfIsAProblemUntilItTakesTheRequest) {
+    Stage stage;
+    stage.dial = "both";
+    stage.get_ready();
+    stage.hear("FILE_TYPE|both");
+    stage.hear(
+        "LOG|[SONY] could not ask for both halves of a RAW pair (0x00008402) — the camera "
+        "sends its own choice");
+    EXPECT_EQ(stage.standing(Code::file_type_not_taken).sdk, 0x8402U);
+    const RequestId shot = stage.shoot();
+    stage.after(milliseconds(100));
+    stage.file("DSC00001.JPG");
+    stage.after(seconds(21));
+    const Shot over = stage.answer_to<Shot>(shot);
+    ASSERT_EQ(over.problems.size(), 1U);
+    EXPECT_EQ(over.problems.front().code, Code::half_missing);
+    EXPECT_EQ(over.problems.front().sdk, 0x8402U);
+    Configure wish;
+    wish.file_type = FileType::both;
+    stage.ask(wish);
+    stage.after(seconds(1));
+    EXPECT_TRUE(stage.said("SET_FILE_TYPE|both"));
+    EXPECT_FALSE(stage.stands(Code::file_type_not_taken));
+}
+
 TEST(BrainSettling, ACardThatComesOutInMidShootIsToldAndClearedWhenOneGoesIn) {
     Stage stage(wishes(SaveDestination::both));
     stage.get_ready();

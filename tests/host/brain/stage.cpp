@@ -47,6 +47,8 @@ RequestId Stage::ask(const Request& request) {
 
 void Stage::after(Time duration) {
     const Time end = now + duration;
+    // What the disk answers behind pass() may be a thing to be decided at once.
+    int at_once = 0;
     for (;;) {
         const Time line = lines_.empty() ? Time::max() : lines_.front().at;
         const Time next = std::max(now, std::min({end, brain.wake_at(), line}));
@@ -57,7 +59,8 @@ void Stage::after(Time duration) {
         if (now >= end) {
             return;
         }
-        if (brain.wake_at() <= now) {
+        at_once = brain.wake_at() <= now ? at_once + 1 : 0;
+        if (at_once > 1) {
             ADD_FAILURE() << "the brain wants to be called again at once";
             return;
         }
