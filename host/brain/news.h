@@ -27,6 +27,7 @@ struct WorkerEnded {
     std::string run;
     WorkerEnd by = WorkerEnd::gone;  // gone: nobody asked it to
     int status = 0;                  // a signal n counts as 128 + n
+    std::string last_words{};        // a line on standard error just before, or empty
 };
 
 struct WorkerFlooded {

@@ -34,6 +34,7 @@ void Loop::carry_out(brain::Say& effect) {
 // nobody is reading from the worker whose place is taken.
 void Loop::carry_out(brain::StartWorker& effect) {
     std::string why;
+    last_words_ = {};
     worker_ = RunningWorker::start(options_, effect, inbox_, why);
     if (!worker_) {
         inbox_->post(brain::WorkerNotStarted{effect.run, why});

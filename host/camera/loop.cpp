@@ -46,6 +46,8 @@ Loop::Loop(CameraOptions options, DiskWork work, std::shared_ptr<Inbox> inbox,
                if (line == announcement) {
                    brain_.tell(brain::CameraIsSimulated{}, now_);
                    carry_out();
+               } else {
+                   last_words_.hear(line, now_);
                }
            }} {}
 
@@ -161,7 +163,8 @@ void Loop::on(ChildEnded& message) {
     for (std::size_t bytes = 0, read = 1; read > 0 && bytes < most_read_at_once; bytes += read) {
         read = read_worker();
     }
-    const brain::WorkerEnded news{message.run, worker_->ended_by(), message.status};
+    const brain::WorkerEnded news{message.run, worker_->ended_by(), message.status,
+                                  last_words_.before(now_)};
     worker_.reset();
     brain_.tell(news, now_);
 }

@@ -15,6 +15,7 @@
 #include "host/camera.h"
 #include "host/camera/disk.h"
 #include "host/camera/inbox.h"
+#include "host/camera/last_words.h"
 #include "host/camera/lists.h"
 #include "host/camera/running_worker.h"
 #include "host/camera/shared_text.h"
@@ -69,6 +70,7 @@ class Loop {
     brain::Brain brain_;
     Disk disk_;
     std::unique_ptr<RunningWorker> worker_;
+    LastWords last_words_;
     const Ear ear_;
     Lists lists_;
     RequestId last_request_ = 0;

@@ -7,9 +7,12 @@
 namespace host::brain {
 namespace {
 
-std::string how(const WorkerEnded& news) {
-    return news.status > 128 ? "signal " + std::to_string(news.status - 128)
-                             : "status " + std::to_string(news.status);
+// What a program that gives up says is often all that there is to know of the reason.
+std::string end_of(const std::string& when, const WorkerEnded& news) {
+    return "The worker ended " + when + " (" +
+           (news.status > 128 ? "signal " + std::to_string(news.status - 128)
+                              : "status " + std::to_string(news.status)) +
+           ")." + (news.last_words.empty() ? "" : " It said: \"" + news.last_words + "\".");
 }
 
 }  // namespace
@@ -64,16 +67,11 @@ void Brain::on(const WorkerEnded& news) {
         ending_->how = {news.by, news.status};
     }
     if (worker_ != Worker::leaving) {
-        last_loss_ = worker_ == Worker::up
-                         ? Problem{Code::worker_gone,
-                                   "The worker ended by itself (" + how(news) + ").",
-                                   {},
-                                   {}}
-                         : why_not_starting_.value_or(
-                               Problem{Code::worker_not_starting,
-                                       "The worker ended before it was ready (" + how(news) + ").",
-                                       {},
-                                       {}});
+        last_loss_ =
+            worker_ == Worker::up
+                ? Problem{Code::worker_gone, end_of("by itself", news), {}, {}}
+                : why_not_starting_.value_or(Problem{
+                      Code::worker_not_starting, end_of("before it was ready", news), {}, {}});
         raise(last_loss_);
         lose_session(last_loss_);
     }
