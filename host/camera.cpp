@@ -74,12 +74,16 @@ class Camera::Machinery {
         inbox_->post(std::move(message));
     }
 
-    Answer answer_to(Request request) {
-        const auto awaited = std::make_shared<Awaited>();
+    std::shared_ptr<Awaited> ask(Request request) {
+        auto awaited = std::make_shared<Awaited>();
         post(Asked{std::move(request), [awaited](const Answer& answer) {
                        awaited->set(answer);
                    }});
-        return awaited->wait();
+        return awaited;
+    }
+
+    Answer answer_to(Request request) {
+        return ask(std::move(request))->wait();
     }
 
     std::string banner() const {
@@ -109,7 +113,11 @@ std::optional<Problem> Camera::start() {
 }
 
 std::optional<Problem> Camera::connect() {
-    return problem_in(machinery_->answer_to(Connect{}));
+    const auto connected = machinery_->ask(Connect{});
+    if (const std::optional<Problem> problem = start()) {
+        return problem;
+    }
+    return problem_in(connected->wait());
 }
 
 Shot Camera::capture(Capture request) {

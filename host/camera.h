@@ -72,7 +72,8 @@ class Camera {
     // before.
     void ask(Request request, std::function<void(const Answer&)> answered);
 
-    // The same, waiting for the answer. Nothing: it went well.
+    // The same, waiting for the answer. Nothing: it went well. A worker that cannot be started is
+    // said at once, a camera that cannot be reached after 60 s; connecting goes on all the same.
     std::optional<Problem> start();
     std::optional<Problem> connect();
     Shot capture(Capture request = {});

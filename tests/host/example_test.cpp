@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <stdlib.h>
 
 #include "tests/host/child.h"
@@ -24,19 +25,21 @@ class Example : public testing::Test {
         fs::remove_all(folder_);
     }
 
-    // What it prints on both outputs, and its exit status at the end.
+    // What it prints, on standard output first, and its exit status at the end.
     std::string take_a_picture(const std::string& scene) {
         std::ofstream(folder_ / "scene") << "timing instant\n" << scene << "\n";
         const auto host = start(
-            {"/bin/sh",
-             {"-c", "exec \"$@\" 2>&1", "sh", HOST_EXAMPLE, worker_, folder_},
+            {HOST_EXAMPLE,
+             {worker_, folder_},
              {{"CAMERA_SIM_SCENE", folder_ / "scene"}, {"CAMERA_SIM_PICTURES", folder_ / "own"}},
-             {}});
+             folder_ / "errors"});
         std::string output;
         while (const auto line = host->next_line(host::after(patience))) {
             output += line->text + "\n";
         }
         const auto exit = host->await_exit(host::after(patience));
+        std::ifstream errors(folder_ / "errors");
+        output.append(std::istreambuf_iterator<char>(errors), {});
         return output + (exit ? describe(*exit) : "still running");
     }
 
@@ -52,7 +55,8 @@ TEST_F(Example, PrintsWhereThePictureIs) {
 TEST_F(Example, SaysWhatIsWrongWithAShot) {
     EXPECT_EQ(take_a_picture("every file truncated"),
               (folder_ / "DSC00001.JPG").string() +
-                  "\nThe picture is damaged: it ends before its picture does.\nstatus 1");
+                  "\nA picture is damaged: " + (folder_ / "DSC00001.JPG").string() +
+                  " (it ends before its picture does)\nstatus 1");
 }
 
 TEST_F(Example, SaysWhyThereIsNoPicture) {

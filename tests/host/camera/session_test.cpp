@@ -88,9 +88,11 @@ TEST_F(CameraSessionTest, TheShotThatIsLostWithTheCameraIsAnswered) {
 }
 
 TEST_F(CameraSessionTest, NoCameraIsAProblemAndTriedOn) {
-    write("scene", "no camera\n");
+    write("scene", "timing instant\nno camera\n");
     times_.connect_request = std::chrono::milliseconds(200);
-    const auto problem = make().connect();
+    make().ask(host::Connect{}, [](const host::Answer&) {});
+    await_problem(Code::camera_not_found);
+    const auto problem = camera_->connect();
     ASSERT_TRUE(problem);
     EXPECT_EQ(problem->code, Code::camera_not_found);
     tell_camera("camera MODEL-B over USB");
