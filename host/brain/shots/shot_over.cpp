@@ -46,9 +46,11 @@ void Brain::judge_shot(const std::optional<Problem>& why) {
     Shot& shot = shot_->shot;
     const bool damaged = std::any_of(shot.pictures.begin(), shot.pictures.end(),
                                      [](const Picture& picture) { return !picture.whole; });
+    // What goes to the card is not seen: that the camera warns of nothing has to do.
+    const bool to_card = shot_->destination == SaveDestination::card && shot_->captured;
     // What may or may not be a pair is all there when no other half comes in time.
-    const bool all = (shot_->destination == SaveDestination::card && shot_->captured) ||
-                     has_all_files() || (!why && !shot_->type && !shot.pictures.empty());
+    const bool all = (to_card && !shot_->caution) || has_all_files() ||
+                     (!why && !shot_->type && !shot.pictures.empty());
     if (all) {
         shot.status = damaged ? ShotStatus::incomplete : ShotStatus::complete;
         return;
@@ -58,8 +60,9 @@ void Brain::judge_shot(const std::optional<Problem>& why) {
         blame(*why);
     } else if (shot.pictures.empty()) {
         blame({Code::no_picture,
-               shot_->caution ? "The shot brought no picture; the camera gave a reason."
-                              : "The shot brought no picture.",
+               to_card          ? "The card may have no picture of the shot: the camera warned."
+               : shot_->caution ? "The shot brought no picture in time; the camera gave a reason."
+                                : "The shot brought no picture in time.",
                shot_->caution,
                {}});
     } else {
