@@ -30,6 +30,7 @@ namespace fs = std::filesystem;
 struct ShootOptions {
     double shots = 3;
     double every = 0;
+    double wait = 60;
     tether::SessionOptions session;
     bool interactive = false;
 };
@@ -47,6 +48,7 @@ struct Patient {
 
 constexpr tether::Range shots_range{"NUMBER", "0123456789", 1, 1'000'000, "1 to 1000000"};
 constexpr tether::Range every_range{"SECONDS", "0123456789.", 0, 86'400, "0 to 86400"};
+constexpr tether::Range wait_range{"SECONDS", "0123456789.", 1, 86'400, "1 to 86400"};
 
 void declare(CLI::App& app, ShootOptions& options) {
     app.add_option("--shots", options.shots, "How many shots")
@@ -56,6 +58,10 @@ void declare(CLI::App& app, ShootOptions& options) {
     app.add_option("--every", options.every, "Seconds from one shot to the next, at least")
         ->check(tether::in(every_range))
         ->type_name(tether::type_of(every_range));
+    app.add_option("--wait", options.wait, "Seconds to wait for the camera, each time it is away")
+        ->check(tether::in(wait_range))
+        ->type_name(tether::type_of(wait_range))
+        ->capture_default_str();
     tether::declare(app, options.session);
 }
 
@@ -158,7 +164,8 @@ int shoot(const ShootOptions& options) {
         fs::create_directory(options.session.folder);
         return connect_terminal(options.session, terminal, record);
     }
-    const tether::Plan plan{static_cast<unsigned>(options.shots), duration(options.every)};
+    const tether::Plan plan{static_cast<unsigned>(options.shots), duration(options.every),
+                            duration(options.wait)};
     return tether::shoot(plan, tether::camera_options(options.session), terminal, record);
 }
 

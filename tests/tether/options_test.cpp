@@ -81,6 +81,7 @@ TEST_F(OptionsTest, TheHelpSaysTheRanges) {
     EXPECT_EQ(status(), "status 0");
     EXPECT_TRUE(printed("--shots NUMBER from 1 to 1000000")) << output_;
     EXPECT_TRUE(printed("--every SECONDS from 0 to 86400")) << output_;
+    EXPECT_TRUE(printed("--wait SECONDS from 1 to 86400")) << output_;
     EXPECT_TRUE(printed("--patience SECONDS from 0.1 to 3600")) << output_;
     EXPECT_TRUE(printed("one with something in it is refused")) << output_;
 }

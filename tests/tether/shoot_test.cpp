@@ -94,7 +94,7 @@ TEST_F(ShootTest, AShotThatIsLostWithTheCameraIsSaidSo) {
     read_to("the camera went away; waiting for it");
     tell_camera("plug");
     EXPECT_EQ(status(), "status 1");
-    EXPECT_TRUE(printed("; 1 shot lost.\n")) << output_;
+    EXPECT_TRUE(printed("; 1 shot without a picture in time.\n")) << output_;
     EXPECT_TRUE(printed("\n! shot 1 of 2: The camera went away.\n")) << output_;
 }
 
@@ -108,7 +108,27 @@ kill -9 $$
     start_tether({"--worker", dying});
     EXPECT_EQ(status(), "status 1");
     EXPECT_TRUE(printed("! The worker ended by itself (signal 9).")) << output_;
-    EXPECT_TRUE(printed("\n0 shots, 0 files, ")) << output_;
+    EXPECT_TRUE(printed("\n0 of 3 shots, 0 files, ")) << output_;
+}
+
+// Its own sentence is often all that there is to know.
+TEST_F(ShootTest, WhatAWorkerSaysBeforeItGivesUpIsSaid) {
+    start_tether({"--worker", script("broken", "echo 'the library is missing' >&2\nexit 3\n")});
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(
+        printed("! The worker ended before it was ready (status 3). It said: \"the library "
+                "is missing\"."))
+        << output_;
+    EXPECT_TRUE(printed("; 3 shots not fired.\n")) << output_;
+}
+
+// Found, opened, and silent: not the same as no camera.
+TEST_F(ShootTest, ACameraThatDoesNotAnswerIsNotCalledMissing) {
+    write("scene", "timing instant\ncamera \"MODEL-A\" over USB, card in\nanswer never\n");
+    start_tether({"--shots", "1", "--wait", "25"});
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("\n! The camera does not answer.\n")) << output_;
+    EXPECT_FALSE(printed("No camera was found")) << output_;
 }
 
 TEST_F(ShootTest, AWorkerThatDiesOnceIsReplacedAndCostsNothing) {

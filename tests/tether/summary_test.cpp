@@ -59,7 +59,8 @@ TEST(Summary, SaysWhatWentWrong) {
     tether::Report report = ended_in_order(4);
     report.shots = {shot(1, ShotStatus::none), shot(2, ShotStatus::incomplete), shot(3),
                     shot(4, ShotStatus::refused)};
-    report.shots[0].problems = {{Code::no_picture, "The shot brought no picture.", {}, {}}};
+    report.shots[0].problems = {
+        {Code::no_picture, "The shot brought no picture in time.", 0x25102, {}}};
     report.shots[3].problems = {{Code::folder_gone, "The folder was moved.", {}, {}}};
     report.pictures = {picture("/s/DSC00007.JPG", 1000, {}, 0),
                        picture("/s/DSC00008.JPG", 1000, 2, 900),
@@ -70,17 +71,48 @@ TEST(Summary, SaysWhatWentWrong) {
     report.add_trouble("one thing");
     EXPECT_EQ(summary(report, "/s"),
               "\n"
-              "  DSC00007.JPG     1.0 kB  not asked for\n"
+              "  DSC00007.JPG     1.0 kB  late or not asked for\n"
               "  DSC00008.JPG     1.0 kB  0.90 s, damaged\n"
               "  DSC00009.JPG     1.0 kB  0.80 s\n"
               "\n"
-              "4 shots, 3 files, 3.0 kB in /s; 1 shot lost, 1 shot incomplete, 1 shot not fired.\n"
+              "3 of 4 shots, 3 files, 3.0 kB in /s; 1 shot without a picture in time, "
+              "1 shot incomplete, 1 shot not fired.\n"
               "From shutter to file 0.85 s in the median, 0.90 s at worst.\n"
               "The camera went away 2 times.\n"
-              "! shot 1 of 4: The shot brought no picture.\n"
+              "! shot 1 of 4: The shot brought no picture in time (0x00025102).\n"
               "! shot 4 of 4: The folder was moved.\n"
               "! one thing\n");
     EXPECT_FALSE(report.good());
+}
+
+TEST(Summary, ShotsThatWereNeverTriedAreNotFired) {
+    tether::Report report = ended_in_order(3);
+    report.add_trouble("No camera was found.");
+    EXPECT_EQ(summary(report, "/s"),
+              "\n0 of 3 shots, 0 files, 0 B in /s; 3 shots not fired.\n! No camera was found.\n");
+}
+
+TEST(Summary, ASentenceThatSaysMoreTakesTheOthersPlace) {
+    tether::Report report = ended_in_order(1);
+    report.shots = {shot(1)};
+    report.add_trouble("The worker ended.");
+    report.add_trouble("The worker ended. No more are tried.");
+    report.add_trouble("The worker ended.");
+    EXPECT_EQ(report.troubles, std::vector<std::string>{"The worker ended. No more are tried."});
+}
+
+// A name may hold anything: what it holds must not look like a line of the summary.
+TEST(Summary, WhatANameHoldsStaysOnItsLine) {
+    tether::Report report = ended_in_order(1);
+    report.shots = {shot(1)};
+    report.shots[0].problems = {
+        {Code::picture_not_there, "Not there: a\n1 shot, \x1B[2J\x7F\xC3\xBC", {}, {}}};
+    report.pictures = {picture("/s/a\nb.JPG", 1, 1, 900)};
+    const std::string text = summary(report, "/s");
+    EXPECT_NE(text.find("\n  a\\nb.JPG  "), std::string::npos) << text;
+    EXPECT_NE(text.find("\n! shot 1 of 1: Not there: a\\n1 shot, \\x1B[2J\\x7F\xC3\xBC\n"),
+              std::string::npos)
+        << text;
 }
 
 // A picture of another run has a number of a shot too.

@@ -164,7 +164,7 @@ TEST_F(WatchTest, APictureWhoseProgramWasCutShortGetsItAtTheNextStart) {
     tell_camera("shutter");
     read_to(" + DSC00001.JPG");
     tether_->signal(SIGKILL);
-    status();
+    EXPECT_TRUE(tether_->await_exit(host::after(patience)));  // the program has its output still
     const std::string program =
         script("program", "echo \"$1\" >> " + (folder_ / "ran").string() + "\n");
     watch({"--exec", program});

@@ -12,7 +12,7 @@ using host::State;
 std::string why_no_camera(const host::SessionState& state) {
     for (const host::Problem& problem : state.problems) {
         if (host::severity(problem.code) == host::Severity::error) {
-            std::string text = problem.text;
+            std::string text = shown(problem.text);
             if (text.ends_with('.')) {
                 text.pop_back();
             }
@@ -68,6 +68,31 @@ std::string what_was_wrong(const host::Ended& ended) {
     return {};
 }
 
+std::string shown(const std::string& text) {
+    std::string all;
+    for (const char byte : text) {
+        const auto value = static_cast<unsigned char>(byte);
+        if (value >= ' ' && value != 0x7F) {
+            all += byte;
+            continue;
+        }
+        char escaped[8];
+        std::snprintf(escaped, sizeof escaped, "\\x%02X", static_cast<unsigned>(value));
+        all += byte == '\n' ? "\\n" : escaped;
+    }
+    return all;
+}
+
+std::string sentence(const host::Problem& problem) {
+    std::string text = shown(problem.text);
+    if (problem.sdk) {
+        char code[16];
+        std::snprintf(code, sizeof code, " (0x%08X)", static_cast<unsigned>(*problem.sdk));
+        text.insert(text.ends_with('.') ? text.size() - 1 : text.size(), code);
+    }
+    return text;
+}
+
 std::string in_bytes(std::uintmax_t bytes) {
     constexpr std::array units{"B", "kB", "MB", "GB"};
     double amount = static_cast<double>(bytes);
@@ -82,7 +107,7 @@ std::string in_bytes(std::uintmax_t bytes) {
 }
 
 std::string name_in(const std::string& folder, const std::string& path) {
-    return path.starts_with(folder + "/") ? path.substr(folder.size() + 1) : path;
+    return shown(path.starts_with(folder + "/") ? path.substr(folder.size() + 1) : path);
 }
 
 }  // namespace tether

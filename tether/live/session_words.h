@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 
+#include "host/values/problem.h"
 #include "host/values/requests.h"
 #include "host/values/session_state.h"
 
@@ -17,6 +18,13 @@ std::string progress_of(const host::SessionState& state);
 std::string what_was_wrong(const host::Ended& ended);
 
 // "25.0 MB"
+// On one line, without what would move the terminal's cursor: names are the camera's, and what a
+// worker says may be anything.
+std::string shown(const std::string& text);
+
+// What a problem says, with the SDK's code for `tether explain`, on one line.
+std::string sentence(const host::Problem& problem);
+
 std::string in_bytes(std::uintmax_t bytes);
 
 // The path as it is below the folder, or as it is.

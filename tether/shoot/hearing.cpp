@@ -1,4 +1,5 @@
 // What a shoot makes of what it is told.
+#include "tether/live/session_words.h"
 #include "tether/shoot/shoot.h"
 
 namespace tether {
@@ -46,7 +47,7 @@ void Shoot::on(const host::SessionState& state) {
     }
     for (const host::Problem& problem : state.problems) {
         if (host::severity(problem.code) == host::Severity::error) {
-            return stop(problem.text);
+            return stop(sentence(problem));
         }
     }
 }
@@ -113,7 +114,7 @@ void Shoot::hear(const host::Ended& ended) {
 // Of Connect, or of a Capture that no session had been up for.
 void Shoot::hear(const host::Problem& problem) {
     if (step_ == Step::connecting || step_ == Step::shooting) {
-        stop(problem.text);
+        stop(sentence(problem));
     }
 }
 

@@ -24,18 +24,32 @@ void Report::add(const host::Problem& problem) {
         case host::Code::worker_gone:
         case host::Code::worker_hangs:
         case host::Code::worker_floods:
-            return add_trouble(problem.text);
+            return add_trouble(sentence(problem));
         default:
             break;
     }
     sound = false;
-    add_trouble(problem.text);
+    add_trouble(sentence(problem));
 }
 
+// A sentence that says more than an earlier one takes its place.
 void Report::add_trouble(const std::string& sentence) {
-    if (std::find(troubles.begin(), troubles.end(), sentence) == troubles.end()) {
-        troubles.push_back(sentence);
+    for (std::string& trouble : troubles) {
+        if (trouble.starts_with(sentence)) {
+            return;
+        }
+        if (sentence.starts_with(trouble)) {
+            trouble = sentence;
+            return;
+        }
     }
+    troubles.push_back(sentence);
+}
+
+std::size_t Report::fired() const {
+    return static_cast<std::size_t>(std::count_if(
+        shots.begin(), shots.end(),
+        [](const host::Shot& shot) { return shot.status != host::ShotStatus::refused; }));
 }
 
 bool Report::asked_for(const host::Picture& picture) const {

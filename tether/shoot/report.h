@@ -1,6 +1,7 @@
 // What came of a shoot.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,6 +25,9 @@ struct Report {
     // A problem that was told beside the shots.
     void add(const host::Problem& problem);
     void add_trouble(const std::string& sentence);
+
+    // Shots of which CAPTURE was sent.
+    std::size_t fired() const;
 
     bool asked_for(const host::Picture& picture) const;
 

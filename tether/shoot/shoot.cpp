@@ -21,8 +21,15 @@ constexpr std::chrono::seconds time_to_fire{30};
 // For files that are on their way when the user stops.
 constexpr std::chrono::seconds time_for_the_rest{2};
 
-host::CameraOptions with_listener(host::CameraOptions options) {
+host::brain::Times times_of(const Plan& plan) {
+    host::brain::Times times;
+    times.connect_request = plan.wait;
+    return times;
+}
+
+host::CameraOptions of_a_shoot(host::CameraOptions options, const host::brain::Times& times) {
     options.listener = listener(true);
+    options.times = &times;
     return options;
 }
 
@@ -39,7 +46,8 @@ Shoot::Shoot(const Plan& plan, host::CameraOptions options, Terminal& terminal, 
       terminal_(terminal),
       record_(record),
       view_(Clock::now(), true, terminal, record),
-      camera_(with_listener(std::move(options))) {
+      times_(times_of(plan)),
+      camera_(of_a_shoot(std::move(options), times_)) {
     report_.planned = plan.shots;
 }
 

@@ -1,10 +1,12 @@
 // A tethered shoot: so many shots, one after the other, and what came of them.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "host/brain/times.h"
 #include "host/camera.h"
 #include "host/process/clock.h"
 #include "tether/conversation/record.h"
@@ -17,7 +19,8 @@ namespace tether {
 
 struct Plan {
     unsigned int shots = 3;
-    host::Duration every{};  // at least this long from one shot to the next
+    host::Duration every{};                    // at least this long from one shot to the next
+    host::Time wait{std::chrono::minutes(1)};  // for the camera, at most
 };
 
 // The exit status: 0 only when every shot is complete. `options` without a listener. Called while
@@ -66,6 +69,7 @@ class Shoot {
     Terminal& terminal_;
     Record& record_;
     WireView view_;
+    const host::brain::Times times_;
     host::Camera camera_;
     host::SessionState state_;
     Step step_ = Step::connecting;

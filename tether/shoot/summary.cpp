@@ -28,12 +28,19 @@ std::string padded(std::size_t size, std::size_t width) {
     return std::string(size < width ? width - size : 0, ' ');
 }
 
+// Nobody can tell the late picture of a shot that brought none from one of the button.
+bool may_be_late(const Report& report) {
+    return std::any_of(report.shots.begin(), report.shots.end(),
+                       [](const Shot& shot) { return shot.status == ShotStatus::none; });
+}
+
 // Asked for, and how long it took; or what else it is.
 std::string last_column(const Report& report, const Picture& picture) {
-    std::string text = !report.asked_for(picture)
-                           ? (picture.recovered ? "found later" : "not asked for")
-                       : picture.after ? in_seconds(*picture.after)
-                                       : "late";
+    std::string text = !report.asked_for(picture) ? (picture.recovered     ? "found later"
+                                                     : may_be_late(report) ? "late or not asked for"
+                                                                           : "not asked for")
+                       : picture.after            ? in_seconds(*picture.after)
+                                                  : "late";
     return picture.whole ? text : text + ", damaged";
 }
 
@@ -53,24 +60,25 @@ std::string picture_lines(const Report& report, const std::string& folder) {
     return text;
 }
 
+// What comes too late for its shot lies in the folder all the same, so no shot is called lost.
 std::string what_was_lost(const Report& report) {
     const auto with = [&](ShotStatus status) {
         return static_cast<std::size_t>(
             std::count_if(report.shots.begin(), report.shots.end(),
                           [=](const Shot& shot) { return shot.status == status; }));
     };
-    const std::size_t lost = with(ShotStatus::none);
+    const std::size_t without = with(ShotStatus::none);
     const std::size_t incomplete = with(ShotStatus::incomplete);
-    const std::size_t refused = with(ShotStatus::refused);
+    const std::size_t not_fired = report.planned - report.fired();
     std::string text;
     const auto add = [&](std::size_t number, const char* what) {
         if (number > 0) {
             text += (text.empty() ? "" : ", ") + count(number, "shot ", "shots ") + what;
         }
     };
-    add(lost, "lost");
+    add(without, "without a picture in time");
     add(incomplete, "incomplete");
-    add(refused, "not fired");
+    add(not_fired, "not fired");
     return text.empty() ? "nothing lost" : text;
 }
 
@@ -97,7 +105,7 @@ std::string troubles(const Report& report) {
     for (std::size_t index = 0; index < report.shots.size(); ++index) {
         for (const host::Problem& problem : report.shots[index].problems) {
             text += "! shot " + std::to_string(index + 1) + " of " +
-                    std::to_string(report.planned) + ": " + problem.text + "\n";
+                    std::to_string(report.planned) + ": " + sentence(problem) + "\n";
         }
     }
     for (const std::string& trouble : report.troubles) {
@@ -115,9 +123,12 @@ std::string summary(const Report& report, const std::string& folder) {
     }
     std::string text = "\n" + picture_lines(report, folder);
     text += report.pictures.empty() ? "" : "\n";
-    text += count(report.shots.size(), "shot", "shots") + ", " +
-            count(report.pictures.size(), "file", "files") + ", " + in_bytes(bytes) + " in " +
-            folder + "; " + what_was_lost(report) + ".\n";
+    const std::size_t fired = report.fired();
+    text += (fired < report.planned
+                 ? std::to_string(fired) + " of " + count(report.planned, "shot", "shots")
+                 : count(fired, "shot", "shots")) +
+            ", " + count(report.pictures.size(), "file", "files") + ", " + in_bytes(bytes) +
+            " in " + folder + "; " + what_was_lost(report) + ".\n";
     text += times(report);
     if (report.losses > 0) {
         text += "The camera went away " +
