@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <signal.h>
-#include <unistd.h>
 #include <utility>
 
 #include "tether/live/session_words.h"
@@ -59,7 +58,9 @@ void act_on_stop(int number) {
         return happenings().post(Happening(Interrupted{}));
     }
     shutter_keys().suspend();
-    kill(getpid(), SIGSTOP);
+    // This thread stops before anything else: sent to the process, the signal may go to another
+    // one, while this one takes the terminal back from the shell.
+    raise(SIGSTOP);
     shutter_keys().resume();
 }
 
@@ -169,7 +170,7 @@ void Watch::on(const host::Picture& picture) {
 
 void Watch::on(const host::Problem& problem) {
     view_.record(problem);
-    say("! " + problem.text);
+    say("! " + sentence(problem));
 }
 
 void Watch::on(const LeftOut& left_out) {
@@ -186,7 +187,7 @@ void Watch::on(const Answered& answered) {
         return;  // of Connect: it goes on trying, and says why it has to
     }
     if (const auto* problem = std::get_if<host::Problem>(&answered.answer)) {
-        say("! " + problem->text);
+        say("! " + sentence(*problem));
         failed_ = true;
         return end();
     }
