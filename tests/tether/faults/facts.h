@@ -1,0 +1,32 @@
+// Everything that can go wrong with the virtual camera, one at a time: what a shoot loses by it,
+// and what it says.
+#pragma once
+
+#include <string>
+#include <vector>
+
+// The camera is told these lines once one with that text has been printed.
+struct Moment {
+    const char* after;
+    const char* told;
+};
+
+struct Fact {
+    const char* name;  // of the test
+    const char* form;  // as the tables of docs/simulator.md write it, one alternative of it
+    const char* scene;
+    std::vector<Moment> moments;
+    std::vector<const char*> options;  // of tether shoot, beside those of every one
+    int status;
+    const char* brought;              // "1 shot, 1 file"
+    const char* lost;                 // "nothing lost"
+    std::vector<const char*> said{};  // the lines behind "! ", all of them
+};
+
+// The time that a shoot has for the camera and for the files of a shot, where the fact names none;
+// and what the scenes begin with.
+inline const std::vector<const char*> usual_options{"--wait", "20", "--patience", "5"};
+inline constexpr const char* usual_scene =
+    "timing instant\npicture 320x240\ncamera \"MODEL-A\" over USB, card in\n";
+
+extern const std::vector<Fact> facts;
