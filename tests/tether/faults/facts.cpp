@@ -100,7 +100,7 @@ const std::vector<Fact> facts{
     {"UnplugUnderAShotAndSdkWaits",
      "unplug reconnecting",
      "next file late 3s",
-     {{"REMOTE_CAPTURED|OK", "unplug reconnecting\nplug"}},
+     {{"REMOTE_CAPTURED|OK", "unplug reconnecting"}},
      {},
      1,
      "1 shot, 0 files",
