@@ -246,10 +246,21 @@ void Server::ask_for_the_end(std::optional<Token> token, std::optional<host::Tim
 
 // The answer to shutdown is the last message: what is not answered by now is answered before it.
 void Server::has_shut_down(std::optional<Token> token, const host::Answer& answer) {
+    const bool has_ended = !std::holds_alternative<Problem>(answer);
     std::vector<Token> ends;
     {
         const host::MutexLock lock(mutex_);
+        if (!has_ended) {
+            // One too many: the others wait on, and so does all that is under way.
+            --ends_under_way_;
+        }
         ends = ends_;
+    }
+    if (!has_ended) {
+        if (token) {
+            pass_on(unanswered_, *token, answer);
+        }
+        return changed_();
     }
     unanswered_.fail_all_but(ends, error({Code::cancelled, "The session has ended.", {}, {}}));
     if (token) {

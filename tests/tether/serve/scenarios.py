@@ -1,6 +1,7 @@
 """What no conversation can play: clients that do not read, end or are killed, input that is no request, disks that are
 stuck. Each scenario is a function of a Stage."""
 
+import contextlib
 import json
 import os
 import pathlib
@@ -38,13 +39,17 @@ def wait_for(condition, what, patience=PATIENCE):
         time.sleep(0.01)
 
 
+def state_of(process):
+    return subprocess.run(["ps", "-o", "stat=", "-p", str(process)], capture_output=True, check=False).stdout.strip()
+
+
 def is_running(process):
-    state = subprocess.run(["ps", "-o", "stat=", "-p", str(process)], capture_output=True, check=False).stdout.strip()
+    state = state_of(process)
     return bool(state) and not state.startswith(b"Z")
 
 
 def is_stopped(process):
-    return subprocess.run(["ps", "-o", "stat=", "-p", str(process)], capture_output=True, check=False).stdout.startswith(b"T")
+    return state_of(process).startswith(b"T")
 
 
 class Stage:
@@ -220,6 +225,32 @@ def waits_for_the_files_of_a_shot_that_is_under_way(stage):
         require(host.order[-1].get("id") == end, "the answer to shutdown is not the last message")
         require(host.end() == 0, "another status")
     require(stage.files() == ["DSC00001.JPG"], f"files: {stage.files()}")
+
+
+@scenario
+def a_hundred_requests_to_end_are_each_answered_and_the_shot_is_waited_for(stage):
+    with stage.host(scene=("timing instant", "picture 600x400", "next file late 2s")) as host:
+        host.connect()
+        shot = host.ask("capture")
+        host.next("shot", lambda params: params["status"] == "fired")
+        ends = [host.ask("shutdown") for _ in range(100)]
+        require(host.end() == 0, "another status")
+        require(host.answer(shot)["status"] == "complete", f"the shot is lost: {host.answer(shot)}")
+        answers = [host.answers[end] for end in ends]
+        refused = [answer["error"]["data"]["code"] for answer in answers if "error" in answer]
+        require(refused == ["busy"] * 36, f"refused: {refused}")
+        require(all(answer["result"]["worker"] == "quit" for answer in answers if "result" in answer), f"{answers}")
+
+
+@scenario
+def a_camera_that_is_not_given_back_is_answered_in_time(stage):
+    with stage.host(scene=("timing instant", "picture 600x400", "every Disconnect hangs")) as host:
+        host.connect()
+        begun = time.monotonic()
+        request = host.ask("disconnect")
+        host.wait_until(lambda: host.answers.get(request), "an answer")
+        require(time.monotonic() - begun < 21, f"after {time.monotonic() - begun} s")
+        host.kill()
 
 
 @scenario
@@ -434,7 +465,9 @@ def a_file_that_came_while_the_server_was_killed_is_brought_in(stage):
         host.kill()
     staged = list((stage.shots / ".incoming").glob("*/"))
     (staged[0] / "DSC00077.JPG").write_bytes(b"\xff\xd8\xff\xe0 no whole picture")
-    os.kill(worker, signal.SIGKILL)
+    # The system may have ended it: whoever is stopped when its parent goes is hung up.
+    with contextlib.suppress(ProcessLookupError):
+        os.kill(worker, signal.SIGKILL)
     with stage.host() as host:
         host.initialize()
         told = host.next("picture")
@@ -452,25 +485,6 @@ def a_worker_that_is_killed_is_replaced(stage):
         host.next("problem", lambda problem: problem["code"] == "worker-gone")
         host.next("state", lambda state: state["state"] == "ready" and state["restarts"] == 1)
         require(host.call("capture")["status"] == "complete", "no picture")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
-
-
-@scenario
-def a_worker_that_outlived_its_server_is_ended_by_the_next(stage):
-    with stage.host() as host:
-        host.connect()
-        worker = host.worker()
-        os.kill(worker, signal.SIGSTOP)
-        host.kill()
-    with stage.host() as host:
-        begun = time.monotonic()
-        host.initialize()
-        took = time.monotonic() - begun
-        # It is given 4 s to end by itself; SIGTERM comes to nothing while it is stopped.
-        require(took > 4, f"after {took} s")
-        require(not is_running(worker), "it runs on")
-        require(host.call("connect")["state"] == "ready", "no session")
         host.call("shutdown")
         require(host.end() == 0, "another status")
 
@@ -572,6 +586,30 @@ def two_servers_on_one_folder_do_not_mix(stage):
         require(second.end() == 0, "another status")
 
 
+# The first host.
+
+def _host_of_the_documentation(stage, scene):
+    text = (pathlib.Path(__file__).parents[3] / "docs/serve.md").read_text(encoding="utf-8")
+    script = stage.folder / "host.py"
+    script.write_text(re.search(r"^```python\n(.*?)^```$", text, re.DOTALL | re.MULTILINE)[1], encoding="utf-8")
+    (stage.folder / "scene").write_text(scene, encoding="utf-8")
+    environment = {**os.environ, "TMPDIR": str(stage.folder), "CAMERA_SIM_SCENE": str(stage.folder / "scene")}
+    return subprocess.run([sys.executable, str(script), stage.tether, str(stage.shots)], capture_output=True,
+                          check=False, env=environment, timeout=PATIENCE)
+
+
+@scenario
+def the_host_of_the_documentation_takes_its_picture(stage):
+    done = _host_of_the_documentation(stage, "timing instant\npicture 600x400\n")
+    require(done.returncode == 0 and done.stdout.decode() == f"{stage.shots.resolve()}/DSC00001.JPG\n", f"{done}")
+
+
+@scenario
+def the_host_of_the_documentation_says_why_there_is_no_picture(stage):
+    done = _host_of_the_documentation(stage, "timing instant\nno focus\n")
+    require(done.returncode == 1 and done.stdout == b"" and b"focus" in done.stderr, f"{done}")
+
+
 # Options.
 
 @scenario
@@ -590,7 +628,8 @@ def shoots_pictures_of_the_users_own(stage):
 def pictures_go_to_shots_when_no_folder_is_named(stage):
     stage.shots.rmdir()
     there = ("sh", "-c", 'cd "$0" && exec "$@"', str(stage.folder))
-    with Host(os.path.abspath(stage.tether), stage.worker_option(), {"TMPDIR": str(stage.folder)}, before=there) as host:
+    environment = {"TMPDIR": str(stage.folder)}
+    with Host(os.path.abspath(stage.tether), stage.worker_option(), environment, before=there) as host:
         stage.hosts.append(host)
         require(pathlib.Path(host.connect()["folder"]) == stage.shots.resolve(), f"{host.call('state')['folder']}")
         host.call("capture")
@@ -608,6 +647,21 @@ def a_worker_that_is_missing_is_a_problem(stage):
         require(host.end() == 0, "another status")
 
 
+@scenario
+def a_worker_that_says_nothing_is_a_problem_in_time(stage):
+    silent = stage.folder / "silent"
+    silent.write_text("#!/bin/sh\nexec cat >/dev/null\n", encoding="utf-8")
+    silent.chmod(0o755)
+    with stage.host("--worker", str(silent)) as host:
+        begun = time.monotonic()
+        error = host.error("initialize", client={"name": "tests", "version": "1"})
+        took = time.monotonic() - begun
+        require(error.problem["code"] == "worker-not-starting", f"it fails with {error.problem}")
+        require(took < 31, f"after {took} s")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
 REAL_WORKER = """#!{python}
 import sys
 print("CPP_WORKER|START sony-1.0", flush=True)
@@ -621,6 +675,34 @@ for line in sys.stdin:
     elif command == "QUIT":
         break
 """
+
+
+# It minds neither the end of its input nor SIGTERM.
+STUBBORN_WORKER = REAL_WORKER.replace("        break\n", "        sys.exit()\n") + """
+import signal
+signal.signal(signal.SIGTERM, signal.SIG_IGN)
+while True:
+    signal.pause()
+"""
+
+
+@scenario
+def a_worker_that_outlived_its_server_is_ended_by_the_next(stage):
+    script = stage.folder / "worker"
+    script.write_text(STUBBORN_WORKER.format(python=sys.executable), encoding="utf-8")
+    script.chmod(0o755)
+    with stage.host("--worker", str(script), scene=None) as host:
+        host.initialize()
+        worker = host.worker()
+        host.kill()
+    with stage.host("--worker", str(script), scene=None) as host:
+        begun = time.monotonic()
+        host.initialize()
+        took = time.monotonic() - begun
+        require(took > 4, f"it is not given 4 s to end by itself: {took} s")
+        require(not is_running(worker), "it runs on")
+        require(host.call("shutdown") == {"worker": "quit", "status": 0}, "the next worker was not asked")
+        require(host.end() == 0, "another status")
 
 
 @scenario
