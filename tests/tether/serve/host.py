@@ -46,7 +46,8 @@ class Host:
         self.last_id = 0
         self.writing = threading.Lock()
         self.reader = None
-        threading.Thread(target=self._read_complaints, daemon=True).start()
+        self.listener = threading.Thread(target=self._read_complaints, daemon=True)
+        self.listener.start()
         if reads:
             self.reading()
 
@@ -182,6 +183,7 @@ class Host:
     def end(self, patience=PATIENCE):
         """The exit status, once everything has been read."""
         status = self.process.wait(patience)
+        self.listener.join(patience)
         if self.reader:
             self.reader.join(patience)
         if self.wrong:
