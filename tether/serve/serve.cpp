@@ -132,16 +132,21 @@ void complain(const std::string& sentence) {
     std::fprintf(stderr, "tether: %s\n", sentence.c_str());
 }
 
-// Where the virtual camera listens. The user's own scripts may talk to it too.
-std::string control_of(const host::CameraOptions& camera, const TemporaryFolder& folder) {
+// Where the virtual camera listens. The user's own scripts may talk to it too; a folder is made
+// only when they do not say where.
+std::string control_of(const host::CameraOptions& camera,
+                       std::unique_ptr<TemporaryFolder>& temporary) {
     const std::string name = "CAMERA_SIM_CONTROL";
     for (const auto& [variable, value] : camera.environment) {
         if (variable == name) {
             return value;
         }
     }
-    const char* own = std::getenv(name.c_str());
-    return own != nullptr ? own : folder.socket();
+    if (const char* own = std::getenv(name.c_str())) {
+        return own;
+    }
+    temporary = std::make_unique<TemporaryFolder>();
+    return temporary->socket();
 }
 
 }  // namespace
@@ -156,11 +161,11 @@ int carry_out(Options options) {
     signal(SIGPIPE, SIG_IGN);
     WakeUp& wake_up = *new WakeUp;  // of threads that wait while the process ends
     const Interrupts& interrupts = *new Interrupts(wake_up);
-    const auto temporary = std::make_unique<TemporaryFolder>();
+    std::unique_ptr<TemporaryFolder> temporary;
     auto recorder = options.record.empty() ? nullptr : std::make_unique<Recorder>(record);
     Setup setup;
     setup.camera = std::move(options.camera);
-    setup.control = control_of(setup.camera, *temporary);
+    setup.control = control_of(setup.camera, temporary);
     if (!setup.control.empty()) {
         setup.camera.environment.emplace_back("CAMERA_SIM_CONTROL", setup.control);
     }
