@@ -43,7 +43,11 @@ void measure_lines_of_threads(Bench& bench);
 void measure_size(Bench& bench);
 // Where the tether command was built.
 void measure_serve_start(Bench& bench);
+void measure_serve_ready(Bench& bench);
 void measure_serve_capture(Bench& bench);
+void measure_serve_picture(Bench& bench);
+void measure_serve_memory(Bench& bench);
+void measure_serve_flood(Bench& bench);
 // How cost grows; nothing is promised of these.
 void measure_queue(Bench& bench);
 void measure_storm(Bench& bench);

@@ -1,6 +1,6 @@
 // measure [--quick] RESULTS: measures the worker beside the yardsticks of bench/limit, shows each
 // figure as it comes, and writes them all to a file. Status 1 when a figure misses its bound by a
-// factor of three.
+// factor of three, and without --quick when one of the host's side misses it at all.
 
 #include <cstdio>
 #include <filesystem>
@@ -16,13 +16,24 @@
 namespace {
 
 // A child that no longer answers must not hold the bench for ever.
-constexpr unsigned most_seconds = 300;
+constexpr unsigned most_seconds = 600;
 
 void measure_times(Bench& bench, int cores) {
     measure_round_trip(bench, cores);
     measure_burst(bench, cores);
     measure_start_and_end(bench, cores);
     measure_download(bench, cores);
+}
+
+void measure_serve(Bench& bench) {
+    bench.results.hold_to_bounds(!bench.quick);
+    measure_serve_start(bench);
+    measure_serve_ready(bench);
+    measure_serve_capture(bench);
+    measure_serve_picture(bench);
+    measure_serve_memory(bench);
+    measure_serve_flood(bench);
+    bench.results.hold_to_bounds(false);
 }
 
 void measure_all(Bench& bench) {
@@ -47,8 +58,7 @@ void measure_all(Bench& bench) {
     measure_lines_of_threads(bench);
     measure_size(bench);
     if (std::filesystem::exists(bench.program("tether"))) {
-        measure_serve_start(bench);
-        measure_serve_capture(bench);
+        measure_serve(bench);
     } else {
         bench.results.skipped("tether serve", "the tether command was not built");
     }
@@ -80,7 +90,7 @@ int main(int argc, char** argv) {
     int failed = 0;
     for (const Figure& figure : bench.results.figures()) {
         if (figure.bound) {
-            ++(figure.far_missed() ? failed : passed);
+            ++(figure.failed() ? failed : passed);
         }
     }
     std::printf("%d passed, %d failed, 0 skipped\n", passed, failed);

@@ -20,7 +20,10 @@ bool Figure::met() const {
     return !bound || (sense == Sense::at_most ? value <= *bound : value >= *bound);
 }
 
-bool Figure::far_missed() const {
+bool Figure::failed() const {
+    if (held_to_its_bound) {
+        return !met();
+    }
     // What is no number misses too.
     return bound && !(sense == Sense::at_most ? value - floor <= (*bound - floor) * far
                                               : value >= *bound / far);
@@ -51,6 +54,7 @@ void Results::curve(Curve curve) {
 }
 
 void Results::add(Figure figure) {
+    figure.held_to_its_bound = hold_;
     const std::string bound =
         !figure.bound ? ""
                       : (figure.sense == Figure::Sense::at_most ? " (at most " : " (at least ") +
