@@ -80,6 +80,18 @@ TEST(BrainRestarting, AWorkerThatDiesInAnyStateIsReplacedAndTheSessionComesBack)
     }
 }
 
+TEST(BrainRestarting, WhatAWorkerSaidBeforeItsEndIsInItsProblem) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_gets_ready = false;
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 134, "assertion failed"});
+    EXPECT_EQ(stage.standing(Code::worker_gone).text,
+              "The worker ended by itself (signal 6). It said: \"assertion failed\".");
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 3, "no library"});
+    EXPECT_EQ(stage.standing(Code::worker_not_starting).text,
+              "The worker ended before it was ready (status 3). It said: \"no library\".");
+}
+
 TEST(BrainRestarting, AWorkerThatHangsInAnyStateIsEndedWith1SecondARungAndReplaced) {
     for (const State state : {State::idle, State::opening, State::settling, State::ready,
                               State::lost, State::closing}) {

@@ -177,6 +177,22 @@ TEST(BrainShots, ForTheCardItIsCompleteWithoutPicturesOnceItWasFired) {
     EXPECT_TRUE(shot.pictures.empty());
 }
 
+// Nothing of it is seen here, so whatever the camera warns of may have cost the picture.
+TEST(BrainShots, ForTheCardItIsNotCompleteWhenTheCameraWarns) {
+    Wishes wishes;
+    wishes.save_destination = SaveDestination::card;
+    Stage stage(wishes);
+    stage.get_ready();
+    const RequestId capture = stage.ask(Capture{});
+    stage.after(milliseconds(700));
+    stage.hear("LOG|[SONY] warning 0x00025101");
+    stage.after(milliseconds(100));
+    const Shot shot = stage.answer_to<Shot>(capture);
+    EXPECT_EQ(shot.status, ShotStatus::none);
+    EXPECT_EQ(shot.problems.at(0).code, Code::no_picture);
+    EXPECT_EQ(shot.problems.at(0).sdk, 0x00025101U);
+}
+
 TEST(BrainShots, WithoutACardTheFilesOfACardShotAreDueOnTheComputer) {
     Wishes wishes;
     wishes.save_destination = SaveDestination::card;
