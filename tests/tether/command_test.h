@@ -12,14 +12,9 @@
 
 #include "simulator/control/client.h"
 #include "tests/host/child.h"
+#include "tests/sanitized.h"
 
 namespace fs = std::filesystem;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool sanitized = true;
-#else
-constexpr bool sanitized = false;
-#endif
 
 class CommandTest : public testing::Test {
   protected:

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "tests/host/camera/camera_test.h"
+#include "tests/sanitized.h"
 
 namespace {
 
@@ -11,6 +12,10 @@ using host::Code;
 using host::ShotStatus;
 using host::State;
 using std::chrono::milliseconds;
+
+// Again and again, of a program that can do nothing else. A sanitizer takes too long over each line
+// for so many of them in a second; then it is the bytes.
+const std::string too_much = sanitized ? std::string(30'000, 'x') : "[SONY] and so on";
 
 class BrokenWorkerTest : public CameraTest {
   protected:
@@ -76,7 +81,7 @@ TEST_F(BrokenWorkerTest, OneThatFloodsIsReplaced) {
     times_.rung_when_hung = milliseconds(200);
     options_.worker = script(
         "flooding", "[ -e " + (folder_ / "flooded").string() + " ] && exec " WORKER "\n: > " +
-                        (folder_ / "flooded").string() + "\nexec yes 'LOG|[SONY] and so on'\n");
+                        (folder_ / "flooded").string() + "\nexec yes 'LOG|" + too_much + "'\n");
     const auto problem = make().connect();
     EXPECT_FALSE(problem) << problem->text;
     await_problem(Code::worker_floods);
@@ -88,7 +93,7 @@ TEST_F(BrokenWorkerTest, OneThatFloodsItsStandardErrorIsReplaced) {
     times_.rung_when_hung = milliseconds(200);
     options_.worker = script(
         "flooding", "[ -e " + (folder_ / "flooded").string() + " ] && exec " WORKER "\n: > " +
-                        (folder_ / "flooded").string() + "\nexec yes 'warning' >&2\n");
+                        (folder_ / "flooded").string() + "\nexec yes '" + too_much + "' >&2\n");
     const auto problem = make().connect();
     EXPECT_FALSE(problem) << problem->text;
     await_problem(Code::worker_floods);
