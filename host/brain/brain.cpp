@@ -75,6 +75,7 @@ void Brain::advance(Time at) {
 // first, then deadlines strike. An answer that is due does not wait for it longer than it may.
 void Brain::excuse_the_stop() {
     fence_.excuse(now_);
+    excuse_ending();
     if (worker_ == Worker::up) {
         after_stop_ = fence();
         still_until_ = now_ + times_.grace;

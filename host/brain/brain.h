@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -104,6 +105,7 @@ class Brain {
         bool doubted = false;
         Examined file;
         std::optional<std::uint64_t> shot;  // whose it is, once that is decided
+        Stem under;                         // the same
     };
 
     struct Configuring {
@@ -207,6 +209,7 @@ class Brain {
     void lose_session(const Problem& problem);
     void replace_worker();
     void abandon_worker();
+    void abandoned_ended(const std::string& started_for);
     void leave_run();
     void sweep_left_runs();
     void go_down(const Problem& problem, Time until);
@@ -298,6 +301,7 @@ class Brain {
     void place(Ticket ticket, Report& report, const Stem& under);
     void show(const std::vector<Picture>& pictures);
     void drop_report(Ticket ticket);
+    static std::string key_of(const Report& report);
     void complain(const Report& report, Problem problem);
     void look_in_old_runs();
 
@@ -335,6 +339,7 @@ class Brain {
     // session/ending.cpp
     void end_further();
     void strike_ending();
+    void excuse_ending();
     void ended();
 
     // disk.cpp
@@ -388,6 +393,9 @@ class Brain {
     Run run_;
     std::vector<Run> old_runs_;   // of the same worker, before it was moved
     std::vector<Run> left_runs_;  // of workers that are gone, to be swept after their last report
+    // Of workers that cannot be ended, each by the run that it was started for: swept if one ends
+    // after all.
+    std::deque<std::pair<std::string, std::vector<Run>>> abandoned_;
     Ticket run_ticket_ = 0;
     std::int64_t process_ = 0;
     std::string banner_;
@@ -418,6 +426,8 @@ class Brain {
     bool disk_stuck_ = false;
     std::map<Ticket, Report> reports_;
     bool missed_reports_ = false;
+    std::map<std::string, Stem>
+        not_placed_;          // by run and name: whose they are, should they come again
     std::size_t sweeps_ = 0;  // under way
 
     // Requests and shots.

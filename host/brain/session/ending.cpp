@@ -72,6 +72,16 @@ void Brain::end_further() {
     }
 }
 
+// Who stood still past its time-out has a moment left to end the worker in order.
+void Brain::excuse_ending() {
+    if (!ending_) {
+        return;
+    }
+    for (Waiting& request : ending_->requests) {
+        request.deadline = std::max(request.deadline, now_ + times_.grace);
+    }
+}
+
 void Brain::strike_ending() {
     if (!ending_) {
         return;

@@ -59,7 +59,7 @@ void Brain::lose_session(const Problem& problem) {
 
 void Brain::on(const WorkerEnded& news) {
     if (news.run != started_for_ || worker_ == Worker::none || worker_ == Worker::making_run) {
-        return;
+        return abandoned_ended(news.run);
     }
     held_.no_more();
     believe_lines();
@@ -95,7 +95,7 @@ void Brain::replace_worker() {
     go_down(why, when);
 }
 
-// It has been killed and does not end. Its staging folder stays its own.
+// It has been killed and does not end. Its staging folder stays its own until it does.
 void Brain::abandon_worker() {
     raise({Code::worker_hangs,
            "A worker, process " + std::to_string(process_) +
@@ -103,9 +103,24 @@ void Brain::abandon_worker() {
            {},
            {}});
     worker_ = Worker::none;
-    started_for_.clear();
-    run_ = {};
-    old_runs_.clear();
+    std::vector<Run> runs = std::exchange(old_runs_, {});
+    runs.push_back(std::exchange(run_, {}));
+    abandoned_.emplace_back(std::exchange(started_for_, {}), std::move(runs));
+    if (abandoned_.size() > limit::old_runs) {
+        abandoned_.pop_front();  // the next start brings in what it leaves
+    }
+}
+
+// What it brought meanwhile belongs to nobody's shot.
+void Brain::abandoned_ended(const std::string& started_for) {
+    const auto found = std::find_if(abandoned_.begin(), abandoned_.end(),
+                                    [&](const auto& one) { return one.first == started_for; });
+    if (found == abandoned_.end() || shut_) {
+        return;
+    }
+    left_runs_.insert(left_runs_.end(), found->second.begin(), found->second.end());
+    abandoned_.erase(found);
+    sweep_left_runs();
 }
 
 // What the worker has left is brought in once its reports are dealt with.
@@ -138,8 +153,12 @@ void Brain::close_folder_unless_used(const std::string& folder) {
     const auto in = [&](const Run& run) {
         return run.folder == folder;
     };
-    if (folder != folder_ && !in(run_) && std::none_of(old_runs_.begin(), old_runs_.end(), in) &&
-        std::none_of(left_runs_.begin(), left_runs_.end(), in)) {
+    const auto among = [&](const std::vector<Run>& runs) {
+        return std::any_of(runs.begin(), runs.end(), in);
+    };
+    const bool abandoned = std::any_of(abandoned_.begin(), abandoned_.end(),
+                                       [&](const auto& worker) { return among(worker.second); });
+    if (folder != folder_ && !in(run_) && !among(old_runs_) && !among(left_runs_) && !abandoned) {
         do_now(FileWork(CloseFolder{folder}));
     }
 }

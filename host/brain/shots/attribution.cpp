@@ -7,6 +7,10 @@ namespace host::brain {
 
 void Brain::attribute(Ticket ticket, Report& report) {
     const Examined& file = report.file;
+    // It could not be placed when it was reported before, and is whose it was then.
+    if (const auto before = not_placed_.extract(key_of(report))) {
+        return place(ticket, report, before.mapped());
+    }
     if (place_with_other_half(ticket, report)) {
         return;
     }

@@ -95,6 +95,7 @@ void Brain::place(Ticket ticket, Report& report, const Stem& under) {
     report.placing = true;
     report.doubted = false;
     report.shot = under.shot;
+    report.under = under;
     Place work;
     work.ticket = ticket;
     work.shot = under.shot;
@@ -106,6 +107,10 @@ void Brain::place(Ticket ticket, Report& report, const Stem& under) {
             std::chrono::duration_cast<std::chrono::milliseconds>(report.heard - under.fired);
     }
     ask_disk(std::move(work), times_.disk_silence);
+}
+
+std::string Brain::key_of(const Report& report) {
+    return report.run + "/" + report.file.camera_name;
 }
 
 void Brain::on(const Placed& answer) {
@@ -142,6 +147,9 @@ void Brain::on(const NotPlaced& answer) {
     const auto found = reports_.find(answer.ticket);
     if (found == reports_.end()) {
         return;
+    }
+    if (not_placed_.size() < limit::stems) {
+        not_placed_.insert_or_assign(key_of(found->second), found->second.under);
     }
     Problem problem = answer.problem;
     problem.shot = found->second.shot;

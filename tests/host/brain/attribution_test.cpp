@@ -274,5 +274,21 @@ TEST(BrainAttribution, AShotsNameIsThatOfBothItsHalves) {
     EXPECT_EQ(places[2].name, "{camera}");
 }
 
+TEST(BrainAttribution, AFileThatCouldNotBePlacedAndIsReportedAgainIsOfTheShotThatItWasOf) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId first = stage.shoot();
+    stage.takes_files = false;
+    stage.file("DSC00001.JPG");
+    stage.takes_files = true;
+    stage.after(seconds(21));
+    EXPECT_EQ(stage.answer_to<Shot>(first).status, ShotStatus::none);
+    const RequestId second = stage.shoot();
+    stage.report("DSC00001.JPG");
+    stage.after(seconds(21));
+    EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), 1U);
+    EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::none);
+}
+
 }  // namespace
 }  // namespace host::brain

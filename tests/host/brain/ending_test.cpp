@@ -177,5 +177,15 @@ TEST(BrainEnding, AStuckDiskDoesNotKeepTheEndFromBeingTold) {
     EXPECT_EQ(stage.state().state, State::down);
 }
 
+TEST(BrainEnding, AStopPastTheTimeOutLeavesAMomentToEndTheWorkerInOrder) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    const RequestId end = stage.ask(Shutdown{});
+    stage.stand_still(seconds(100));
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.answer_to<Ended>(end), (Ended{WorkerEnd::quit, 0}));
+}
+
 }  // namespace
 }  // namespace host::brain

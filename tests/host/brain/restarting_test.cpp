@@ -254,5 +254,20 @@ TEST(BrainRestarting, AStemOfTheWorkerBeforeIsAnotherPicture) {
     EXPECT_NE(pictures[0].pair, pictures[1].pair);
 }
 
+TEST(BrainRestarting, WhatAWorkerBroughtThatEndsAfterItWasGivenUpIsBroughtIn) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_answers = false;
+    stage.worker_ends = false;
+    stage.after(seconds(26));
+    ASSERT_TRUE(stage.told(Code::worker_hangs));
+    stage.forget();
+    stage.tell(WorkerEnded{"run-1", WorkerEnd::sigkill, 128 + 9});
+    const std::vector<SweepRun> swept = stage.asked_of_disk<SweepRun>();
+    ASSERT_EQ(swept.size(), 1U);
+    EXPECT_EQ(swept.front().run, "run-1");
+    EXPECT_TRUE(swept.front().over);
+}
+
 }  // namespace
 }  // namespace host::brain

@@ -239,7 +239,15 @@ void Stage::answer_disk(const FileWork& work) {
         examined_[one->ticket] = found;
         brain.tell(found, now);
     } else if (const auto* place = std::get_if<Place>(&work)) {
-        const Examined& found = examined_[place->ticket];
+        const Examined found = examined_[place->ticket];
+        if (!takes_files) {
+            examined_.erase(place->ticket);
+            return brain.tell(
+                NotPlaced{
+                    place->ticket,
+                    {Code::picture_not_placed, found.camera_name + " stays where it is.", {}, {}}},
+                now);
+        }
         Picture picture;
         picture.id = "id-" + std::to_string(place->ticket);
         picture.shot = place->shot;

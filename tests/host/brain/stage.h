@@ -91,6 +91,7 @@ class Stage {
     // The disk. Set to false, it does nothing until it is true again.
     bool disk_answers = true;
     bool folder_there = true;
+    bool takes_files = true;
     std::uint64_t room = std::uint64_t{100} << 30;
     std::uint64_t file_size = 1000;
     std::set<std::string> staged;   // names in the worker's folder
