@@ -107,6 +107,12 @@ bool is_good(const Parameter& parameter, const Read& value) {
     return value.is_object();
 }
 
+std::string below(std::string path, std::string_view name) {
+    path += '.';
+    path += name;
+    return path;
+}
+
 // No table is deeper than what it lists, so neither is this.
 std::optional<std::string> wrong_inside(const std::vector<Parameter>& known, const Read& given,
                                         const std::string& path) {
@@ -114,7 +120,7 @@ std::optional<std::string> wrong_inside(const std::vector<Parameter>& known, con
         const auto parameter = std::find_if(known.begin(), known.end(), [&](const Parameter& one) {
             return one.name == member.key();
         });
-        const std::string where = path + '.' + cut(member.key());
+        const std::string where = below(path, cut(member.key()));
         if (parameter == known.end()) {
             return where + ": there is no such parameter";
         }
@@ -129,8 +135,7 @@ std::optional<std::string> wrong_inside(const std::vector<Parameter>& known, con
     }
     for (const Parameter& parameter : known) {
         if (parameter.required && !given.contains(std::string(parameter.name))) {
-            return path + "." + std::string(parameter.name) + ": is missing, must be " +
-                   must_be(parameter);
+            return below(path, parameter.name) + ": is missing, must be " + must_be(parameter);
         }
     }
     return std::nullopt;

@@ -357,7 +357,8 @@ def bad_options_say_so_on_standard_error_only(stage):
 # Clients that do not read.
 
 def _fill(host, most=8 << 20):
-    """Asks for the state until no more is taken. How many were asked whole, and the rest of the last."""
+    """Asks for the state until no more is taken, by a server that waits and is not only slow. How many were asked whole,
+    and the rest of the last."""
     os.set_blocking(host.process.stdin.fileno(), False)
     asked, rest, quiet = 0, b"", 0
     while quiet < 20 and asked * 50 < most:
@@ -366,7 +367,7 @@ def _fill(host, most=8 << 20):
             rest = b'{"jsonrpc":"2.0","id":"s%d","method":"state"}\n' % asked
         written = host.process.stdin.write(rest)
         if written is None:
-            quiet += 1
+            quiet = quiet + 1 if state_of(host.process.pid).startswith(b"S") else 0
             time.sleep(0.05)
         else:
             quiet = 0
@@ -627,8 +628,10 @@ def shoots_pictures_of_the_users_own(stage):
 @scenario
 def pictures_go_to_shots_when_no_folder_is_named(stage):
     stage.shots.rmdir()
+    scene = stage.folder / "scene"
+    scene.write_text("timing instant\npicture 600x400\n", encoding="utf-8")
     there = ("sh", "-c", 'cd "$0" && exec "$@"', str(stage.folder))
-    environment = {"TMPDIR": str(stage.folder)}
+    environment = {"TMPDIR": str(stage.folder), "CAMERA_SIM_SCENE": str(scene)}
     with Host(os.path.abspath(stage.tether), stage.worker_option(), environment, before=there) as host:
         stage.hosts.append(host)
         require(pathlib.Path(host.connect()["folder"]) == stage.shots.resolve(), f"{host.call('state')['folder']}")
