@@ -13,6 +13,9 @@ void World::heal() {
     camera_.card_unreadable = false;
     camera_.type_unreadable = false;
     camera_.answer = Answer::normal;
+    camera_.looks_that_fail = 0;
+    camera_.openings_refused = 0;
+    camera_.buffer_full = false;
     camera_.opening = milliseconds(1200);
     camera_.exposure = milliseconds(10);
     camera_.transfer = milliseconds(150);
@@ -42,6 +45,9 @@ void World::finale() {
     run_for(seconds(100));
     heal();  // what was to last longer than that
     run_for(seconds(100));
+    // Who was called late has the late files of a shot without files still to reckon with, and a
+    // counter that was set back looks like one.
+    run_until(std::max(agenda_.now(), brain_still_until_ + seconds(125)));
     if (!brain_ || shut_) {
         if (brain_) {
             witness_.must_be_shut();

@@ -188,6 +188,19 @@ void World::camera_back() {
     }
 }
 
+// As the SDK tells of a loose contact: gone, waited for, and back.
+void World::flap(int times) {
+    if (processes_.empty() || !camera_.there) {
+        return;
+    }
+    Worker* worker = processes_.back()->worker.get();
+    worker->unplug(true);
+    worker->plug();
+    if (times > 1) {
+        agenda_.after(milliseconds(350), [this, times] { flap(times - 1); });
+    }
+}
+
 bool World::happens_to_camera(const Event& event) {
     Worker* worker = processes_.empty() ? nullptr : processes_.back()->worker.get();
     const bool in_session = worker != nullptr && worker->alive() && worker->has_session();
@@ -317,6 +330,23 @@ bool World::happens_to_camera(const Event& event) {
                 worker->on_connected();
             }
             break;
+        case What::look_fails:
+            camera_.looks_that_fail = pick(std::array{1, 4}, event.number);
+            break;
+        case What::opening_refused:
+            camera_.openings_refused = pick(std::array{1, 4}, event.number);
+            break;
+        case What::buffer_full:
+            camera_.buffer_full = true;
+            break;
+        case What::flap:
+            flap(pick(std::array{1, 4, 20}, event.number));
+            break;
+        case What::storm:
+            for (int count = 0; in_session && count < 300; ++count) {
+                event.number == 0 ? worker->dial_turned() : worker->card_changed();
+            }
+            break;
         default:
             return false;
     }
@@ -423,6 +453,9 @@ bool World::happens_to_worker(const Event& event) {
                 worker->write(pick(kinds, event.number));
             }
             worker->ever_forged = worker->ever_forged || event.number == 4;
+            if (event.number == 3) {
+                worker->said.insert("type jpeg");  // whatever it thinks, that is what it said
+            }
             break;
         }
         case What::long_line:

@@ -1,10 +1,13 @@
 // afternoons: plays drawn afternoons to the brain, or those that were kept, and holds it to what is
 // promised of it.
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -28,6 +31,7 @@ struct Options {
     std::string keep;
     bool long_form = false;
     bool as_drawn = false;
+    bool survey = false;
 };
 
 void tell(const Story& story, const Outcome& outcome) {
@@ -52,6 +56,14 @@ class Search {
         for (std::thread& thread : threads) {
             thread.join();
         }
+        for (const auto& [kind, seen] : seen_) {
+            std::printf("%zu times, such as in %llu: %s\n", seen.times,
+                        static_cast<unsigned long long>(seen.seed), kind.c_str());
+            failed_ = true;
+        }
+        if (!failed_) {
+            failed_ = !tell_what_was_drawn();
+        }
         if (!failed_) {
             std::printf("%llu afternoons, %llu pictures, %llu shots complete, %llu calls\n",
                         static_cast<unsigned long long>(played_),
@@ -70,12 +82,56 @@ class Search {
             const Story story = afternoons::draw(seed);
             const Outcome outcome = play(story);
             ++played_;
+            for (const afternoons::Event& event : story.events) {
+                ++drawn_[static_cast<std::size_t>(event.what)]
+                        [static_cast<std::size_t>(event.number)];
+            }
             pictures_ += outcome.pictures;
             complete_ += outcome.complete;
             calls_ += outcome.calls;
-            if (outcome.failure && !failed_.exchange(true)) {
+            if (outcome.failure && options_.survey) {
+                enter(seed, story, *outcome.failure);
+            } else if (outcome.failure && !failed_.exchange(true)) {
                 report(seed, story, outcome);
             }
+        }
+    }
+
+    // Everything that can happen, in each of its forms, has to: what was never drawn was not
+    // proven.
+    bool tell_what_was_drawn() const {
+        bool all = true;
+        std::string text;
+        for (const afternoons::Word& word : afternoons::words()) {
+            std::uint64_t times = 0;
+            for (int number = 0; number < std::max(1, word.numbers); ++number) {
+                const std::uint64_t of_form =
+                    drawn_[static_cast<std::size_t>(word.what)][static_cast<std::size_t>(number)];
+                times += of_form;
+                if (of_form == 0 && played_ >= 100'000) {
+                    std::printf("FAILED  never drawn: %s %d\n", std::string(word.word).c_str(),
+                                number);
+                    all = false;
+                }
+            }
+            text +=
+                (text.empty() ? "" : ", ") + std::string(word.word) + " " + std::to_string(times);
+        }
+        std::printf("drawn: %s\n", text.c_str());
+        return all;
+    }
+
+    // What is said without the numbers in it is one mistake, most likely.
+    void enter(std::uint64_t seed, const Story& story, const afternoons::Failure& failure) {
+        std::string kind = failure.guarantee + ": " + failure.text;
+        kind.erase(std::remove_if(kind.begin() + 3, kind.end(),
+                                  [](char byte) { return byte >= '0' && byte <= '9'; }),
+                   kind.end());
+        const std::lock_guard lock(mutex_);
+        Seen& seen = seen_[kind];
+        if (seen.times++ == 0 || story.events.size() < seen.events) {
+            seen.events = story.events.size();
+            seen.seed = seed;
         }
     }
 
@@ -96,8 +152,19 @@ class Search {
         }
     }
 
+    struct Seen {
+        std::size_t times = 0;
+        std::size_t events = 0;  // of the shortest story
+        std::uint64_t seed = 0;
+    };
+
     const Options& options_;
+    std::mutex mutex_;
+    std::map<std::string, Seen> seen_;
     std::atomic<std::uint64_t> next_;
+    static constexpr std::size_t most_kinds = 128;
+    static constexpr std::size_t most_forms = 16;
+    std::array<std::array<std::atomic<std::uint64_t>, most_forms>, most_kinds> drawn_{};
     std::atomic<std::uint64_t> played_{0};
     std::atomic<std::uint64_t> pictures_{0};
     std::atomic<std::uint64_t> complete_{0};
@@ -152,6 +219,8 @@ int main(int count, char** arguments) {
     app.add_option("--tell", options.tell, "Tell this one afternoon, whatever comes of it");
     app.add_option("--keep", options.keep, "Where the shortest story of a failure is written");
     app.add_flag("--long", options.long_form, "Two million afternoons");
+    app.add_flag("--survey", options.survey,
+                 "Play all of them, and say how often each kind of failure was seen");
     app.add_flag("--as-drawn", options.as_drawn, "Say only which one fails, and shorten nothing");
     CLI11_PARSE(app, count, arguments);
     if (options.long_form) {

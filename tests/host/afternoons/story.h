@@ -58,6 +58,11 @@ enum class What {
     warning,
     disconnected,
     connected,
+    look_fails,
+    opening_refused,
+    buffer_full,
+    flap,
+    storm,
     // The next file or pair.
     file_late,
     file_truncated,

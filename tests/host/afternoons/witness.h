@@ -53,7 +53,7 @@ class Witness {
     void pressed(const Press& press) {
         presses_[press.number] = press;
     }
-    void heard(const std::string& line, const Worker* worker);
+    void heard(const std::string& line, bool forged);
 
     // What the brain does.
     void says(const std::string& line, bool to_somebody);
@@ -115,6 +115,7 @@ class Witness {
     void check_over(const host::Shot& shot);
     void look_for_late_answers();
     Time turn_of(const Asked& asked) const;
+    bool had_no_time(const Asked& asked) const;
     const File* own_file(const Fired& fired, Time from, Time until) const;
     const Press* press_of(Number file) const;
     bool stands(host::Code code) const;

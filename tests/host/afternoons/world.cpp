@@ -109,7 +109,7 @@ void World::deliver(const Input& input) {
         if (process == nullptr || process->run != line->run) {
             return;  // of one that was given up
         }
-        witness_.heard(line->text, process->worker.get());
+        witness_.heard(line->text, line->forged);
         note("    < " + line->text);
         brain_->hear(line->text, now);
     } else if (const auto* news = std::get_if<News>(&input)) {
@@ -230,9 +230,9 @@ void World::Process::climb(Time rung) {
     step(3 * rung, WorkerEnd::sigkill, &Worker::kill);
 }
 
-void World::Process::line(const std::string& text) {
+void World::Process::line(const std::string& text, bool forged) {
     if (brain == world.disk_.generation) {
-        world.inbox_.push_back(Line{run, text});
+        world.inbox_.push_back(Line{run, text, forged});
     }
 }
 

@@ -33,7 +33,7 @@ class World final : private Processes {
 
         void climb(Time rung);
 
-        void line(const std::string& text) override;
+        void line(const std::string& text, bool forged) override;
         void ended(int status) override;
         Press* pressed(std::optional<Number> capture) override;
         File* landed(const Press& press, const std::string& name, host::Kind kind, bool whole,
@@ -51,6 +51,7 @@ class World final : private Processes {
     struct Line {
         std::string run;
         std::string text;
+        bool forged = false;
     };
     struct AskedFor {
         host::RequestId id;
@@ -86,6 +87,7 @@ class World final : private Processes {
     FileFault& next_file();
     void stand_still(Time duration);
     void camera_back();
+    void flap(int times);
     void for_a_while(bool& what, int length);
 
     // finale.cpp

@@ -55,6 +55,13 @@ struct FileFault {
     std::optional<std::string> named;
 };
 
+// How the next writes of a property are answered, in place of the camera.
+struct Refusal {
+    int property = 0;
+    std::string result;  // empty: taken, and nothing is done
+    int times = 1;       // less than 0: always
+};
+
 struct Camera {
     bool there = true;
     bool vanished = false;  // gone without a word
@@ -73,6 +80,11 @@ struct Camera {
     bool card_unreadable = false;
     bool type_unreadable = false;
     Answer answer = Answer::normal;
+    std::string answer_code;  // empty: the usual one
+    int looks_that_fail = 0;
+    int openings_refused = 0;
+    bool buffer_full = false;  // for one shot
+    std::deque<Refusal> refusals;
     Time looking = milliseconds(400);
     Time opening = milliseconds(1200);
     Time exposure = milliseconds(10);

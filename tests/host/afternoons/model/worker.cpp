@@ -1,22 +1,16 @@
 #include "tests/host/afternoons/model/worker.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <utility>
 
-#include "host/brain/text.h"
 #include "host/process/fields.h"
 
 namespace afternoons {
 
-using host::brain::begins_with;
-
 namespace {
 
 constexpr Time watchdog{milliseconds(20100)};
-
-std::string after_bar(const std::string& line) {
-    const std::size_t bar = line.find('|');
-    return bar == std::string::npos ? std::string() : line.substr(bar + 1);
-}
 
 }  // namespace
 
@@ -62,9 +56,9 @@ void Worker::write(const std::string& text) {
     std::size_t at = 0;
     for (std::size_t end; (end = text.find('\n', at)) != std::string::npos; at = end + 1) {
         ever_forged = true;
-        around_.line(text.substr(at, end - at));
+        around_.line(text.substr(at, end - at), at > 0);
     }
-    around_.line(text.substr(at));
+    around_.line(text.substr(at), at > 0);
 }
 
 void Worker::log(const std::string& text) {
@@ -115,7 +109,10 @@ void Worker::hear(const std::string& line, std::optional<Number> capture) {
 }
 
 void Worker::post(std::string line, std::optional<Number> capture) {
-    if (!alive_ || nature_ == Nature::nonsense || nature_ == Nature::deaf) {
+    while (!line.empty() && line.back() == '\r') {
+        line.pop_back();
+    }
+    if (line.empty() || !alive_ || nature_ == Nature::nonsense || nature_ == Nature::deaf) {
         return;
     }
     if (commands_.empty() && !busy_) {
@@ -205,44 +202,66 @@ void Worker::leave(int status) {
     }
 }
 
+// As the worker's own table has them: names in any case, some with synonyms, and one with too few
+// fields is passed over without a word.
 void Worker::run(const Command& command) {
     const std::string& line = command.line;
-    if (line == "QUIT") {
+    const std::size_t bar = line.find('|');
+    std::string name = line.substr(0, bar);
+    for (char& byte : name) {
+        byte = byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
+    }
+    const bool has_field = bar != std::string::npos;
+    const std::string field =
+        has_field ? line.substr(bar + 1, line.find('|', bar + 1) - bar - 1) : "";
+    const auto is = [&name](std::initializer_list<std::string_view> names) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    if (name == "QUIT") {
         return leave(0);
     }
-    if (line == "CONNECT") {
-        return connect();
-    }
-    if (begins_with(line, "CONNECT|")) {
-        if (!after_bar(line).empty()) {
-            save_destination_ = after_bar(line);
+    if (name == "CONNECT") {
+        if (!field.empty()) {
+            save_destination_ = field;
         }
         return connect();
     }
-    if (line == "DISCONNECT") {
-        disconnect(false);
-    } else if (line == "PRIME") {
-        write("PRIME_DONE|OK");
-    } else if (line == "PRELOAD") {
-        write("PRELOADED|OK");
-    } else if (line == "CAPTURE") {
+    if (is({"CAPTURE", "REMOTE_CAPTURE", "CAPTURE_NONAF", "REMOTE_CAPTURE_NONAF"})) {
         return capture(command.capture);
-    } else if (begins_with(line, "SET_DOWNLOAD_DIR|")) {
-        set_folder(host::unescape_field(after_bar(line)));
-    } else if (begins_with(line, "SET_SAVE_DEST|")) {
-        return set_destination(after_bar(line));
-    } else if (begins_with(line, "SET_FILE_TYPE|")) {
-        return set_type(after_bar(line));
-    } else if (line == "__APPLY_SETTINGS") {
+    }
+    if (name == "__APPLY_SETTINGS") {
         return apply_settings();
-    } else if (line == "__CARD_CHECK") {
+    }
+    if (name == "__CARD_CHECK") {
         return check_card();
-    } else if (line == "__FILETYPE_CHECK") {
-        if (connected_) {
-            return apply_pair_transfer(false, [this] { done(); });
+    }
+    if (name == "__FILETYPE_CHECK") {
+        return connected_ ? apply_pair_transfer(false, [this] { done(); }) : done();
+    }
+    if (is({"SET_SAVE_DEST", "SET_SAVE_DESTINATION", "SAVE_DEST"})) {
+        return has_field ? set_destination(field) : done();
+    }
+    if (name == "SET_FILE_TYPE") {
+        return has_field ? set_type(field) : done();
+    }
+    if (name == "DISCONNECT") {
+        disconnect(false);
+    } else if (name == "PRIME") {
+        write("PRIME_DONE|OK");
+    } else if (name == "PRELOAD") {
+        write("PRELOADED|OK");
+    } else if (name == "PUMP_ACTIVE") {
+        write("PUMP_ACTIVE_READY|OK");
+    } else if (is({"PUMP_IDLE", "PUMP_PAUSE", "PUMP_STOP"})) {
+        write("PUMP_IDLE_READY|OK");
+    } else if (name == "SET_DOWNLOAD_DIR") {
+        if (has_field) {
+            set_folder(host::unescape_field(field));
         }
-    } else if (begins_with(line, "__CONNECT_TIMEOUT|")) {
-        time_out(static_cast<unsigned int>(std::stoul(after_bar(line))));
+    } else if (name == "__CONNECT_TIMEOUT") {
+        if (has_field) {
+            time_out(static_cast<unsigned int>(std::strtoul(field.c_str(), nullptr, 10)));
+        }
     } else {
         write("ERROR|Unknown command: " + line);
     }
@@ -259,14 +278,32 @@ void Worker::connect() {
 }
 
 void Worker::look() {
+    if (camera_.looks_that_fail > 0) {
+        --camera_.looks_that_fail;
+        const std::string code = "0x00008703";
+        if (std::exchange(last_look_, code) != code) {
+            log("enumeration failed (" + code +
+                ") — the SDK could not create its USB adapter; check "
+                "Contents/Frameworks/CrAdapter");
+        }
+        write("ERROR|Camera not detected");
+        return done();
+    }
     if (!camera_.there) {
+        last_look_.clear();
         write("ERROR|Camera not detected");
         return done();
     }
     log("camera \"" + camera_.model + "\" over USB");
     camera_name_ = camera_.model;
     write("STATUS|Opening camera session");
-    open();
+    if (camera_.openings_refused > 0) {
+        --camera_.openings_refused;
+        ++attempt_;
+        write("ERROR|Could not open the camera (0x00005108)");
+    } else {
+        open();
+    }
     done();
 }
 
@@ -274,6 +311,7 @@ void Worker::open() {
     const unsigned int attempt = ++attempt_;
     armed_ = attempt;
     handle_ = true;
+    opening_ = true;
     later(watchdog, [this, attempt] {
         if (armed_ != attempt) {
             return;
@@ -289,14 +327,15 @@ void Worker::open() {
     }
     const Time delay = camera_.opening + (answer == Answer::late ? seconds(12) : Time{});
     later(delay, [this, attempt, answer] {
-        if (attempt != attempt_ || !handle_ || session_ || waiting_) {
+        if (attempt != attempt_ || !std::exchange(opening_, false)) {
             return;
         }
+        const std::string& code = camera_.answer_code;
         if (answer == Answer::error) {
-            return on_error("0x00008400");
+            return on_error(code.empty() ? "0x00008400" : code);
         }
         if (!camera_.there || answer == Answer::disconnected) {
-            return on_disconnected("0x00005111");
+            return on_disconnected(camera_.there && !code.empty() ? code : "0x00005111");
         }
         session_ = true;
         ++session_number_;
@@ -335,6 +374,15 @@ void Worker::on_warning(const std::string& text) {
     log(text);
 }
 
+// Told once, whatever the SDK repeats, and while the session is closed as well.
+void Worker::on_reconnecting() {
+    if (std::exchange(connected_, false)) {
+        last_without_session = agenda_.now();
+        log("camera went away (the SDK is trying to reconnect)");
+        write("DISCONNECTED|");
+    }
+}
+
 void Worker::on_error(const std::string& code) {
     armed_ = 0;
     log("error " + code);
@@ -347,6 +395,7 @@ void Worker::disconnect(bool quiet) {
         closing_ = true;
         session_ = false;
         waiting_ = false;
+        opening_ = false;
         handle_ = false;
         ++session_number_;
         connected_ = false;
@@ -364,6 +413,7 @@ void Worker::time_out(unsigned int attempt) {
     closing_ = true;
     session_ = false;
     waiting_ = false;
+    opening_ = false;
     handle_ = false;
 }
 

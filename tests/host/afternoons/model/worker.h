@@ -19,7 +19,8 @@ namespace afternoons {
 class Surroundings {
   public:
     virtual ~Surroundings() = default;
-    virtual void line(const std::string& line) = 0;
+    // `forged`: the rest of somebody's name, behind a line break.
+    virtual void line(const std::string& line, bool forged) = 0;
     virtual void ended(int status) = 0;
     // The shutter has opened. Nothing: no picture.
     virtual Press* pressed(std::optional<Number> capture) = 0;
@@ -68,6 +69,7 @@ class Worker {
     void on_connected();
     void on_disconnected(const std::string& reason);
     void on_warning(const std::string& text);
+    void on_reconnecting();
     void on_error(const std::string& code);
     void report(const std::string& name, File* file);
 
@@ -131,8 +133,9 @@ class Worker {
     void apply_pair_transfer(bool force, std::function<void()> then);
     void check_card();
     using Result = std::string;  // empty: taken
-    void set_property(std::function<Result()> take, std::function<void(const Result&)> then,
-                      int tries = 5);
+    void set_property(int property, std::function<Result()> take,
+                      std::function<void(const Result&)> then, int tries = 5);
+    std::optional<Result> refusal_of(int property);
     bool reachable() const;
     bool card_in() const;
     void send(Press& press, Time from);
@@ -149,11 +152,13 @@ class Worker {
     bool connected_ = false;
     bool closing_ = false;
     bool session_ = false;  // of the SDK with the camera; outlives `connected_` at times
+    bool opening_ = false;  // Connect is not answered yet
     bool waiting_ = false;  // the SDK waits for the camera to come back
     bool handle_ = false;
     unsigned int attempt_ = 0;
     unsigned int armed_ = 0;
     std::string camera_name_;
+    std::string last_look_;  // how the latest one failed that did
     std::string save_info_;  // what the SDK was given
     int reported_type_ = 0;
     int card_present_ = 2;  // not known

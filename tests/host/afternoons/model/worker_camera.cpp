@@ -26,20 +26,33 @@ bool Worker::card_in() const {
     return camera_.card != Card::out;
 }
 
+std::optional<Worker::Result> Worker::refusal_of(int property) {
+    for (auto refusal = camera_.refusals.begin(); refusal != camera_.refusals.end(); ++refusal) {
+        if (refusal->property != property) {
+            continue;
+        }
+        const Result result = refusal->result;
+        if (refusal->times > 0 && --refusal->times == 0) {
+            camera_.refusals.erase(refusal);
+        }
+        return result;
+    }
+    return std::nullopt;
+}
+
 // A camera that is busy is asked again; one that is gone is not.
-void Worker::set_property(std::function<Result()> take, std::function<void(const Result&)> then,
-                          int tries) {
-    if (!reachable()) {
-        return then("0x00005102");
+void Worker::set_property(int property, std::function<Result()> take,
+                          std::function<void(const Result&)> then, int tries) {
+    const std::string busy = "0x00008402";
+    std::optional<Result> result = refusal_of(property);
+    if (!result) {
+        result = !reachable() ? "0x00005102" : agenda_.now() < camera_.busy_until ? busy : take();
     }
-    if (agenda_.now() >= camera_.busy_until) {
-        return then(take());
+    if (result != busy || tries == 0 || !connected_) {
+        return then(*result);
     }
-    if (tries == 0 || !connected_) {
-        return then("0x00008402");
-    }
-    step(between_writes, [this, take = std::move(take), then = std::move(then), tries] {
-        set_property(take, then, tries - 1);
+    step(between_writes, [this, property, take = std::move(take), then = std::move(then), tries] {
+        set_property(property, take, then, tries - 1);
     });
 }
 
@@ -110,13 +123,14 @@ void Worker::apply_destination(std::function<void()> then) {
             }
             then();
         };
-        set_property(take, told);
+        set_property(0x0119, take, told);
     };
-    set_property([]() -> Result { return {}; },
-                 [priority, destination](const Result& result) {
-                     priority(result);
-                     destination();
-                 });
+    set_property(
+        0x011A, []() -> Result { return {}; },
+        [priority, destination](const Result& result) {
+            priority(result);
+            destination();
+        });
 }
 
 void Worker::check_card() {
@@ -151,7 +165,7 @@ void Worker::set_type(const std::string& word) {
         }
         return {};
     };
-    set_property(take, [this, word](const Result& result) {
+    set_property(0x0106, take, [this, word](const Result& result) {
         const auto told = [this] {
             apply_pair_transfer(true, [this] { done(); });
         };
@@ -173,7 +187,7 @@ void Worker::apply_pair_transfer(bool force, std::function<void()> then) {
     reported_type_ = camera_.dial;
     said.insert(std::string("type ") + type_word(camera_.dial));
     write(std::string("FILE_TYPE|") + type_word(camera_.dial));
-    if (camera_.dial < 3) {
+    if (camera_.dial != 3 && camera_.dial != 4) {
         return then();
     }
     const bool jpeg = camera_.dial == 3;
@@ -181,7 +195,7 @@ void Worker::apply_pair_transfer(bool force, std::function<void()> then) {
         camera_.pair_transfer = jpeg ? 0 : 3;
         return {};
     };
-    set_property(take, [this, jpeg, then = std::move(then)](const Result& result) {
+    set_property(0x0507, take, [this, jpeg, then = std::move(then)](const Result& result) {
         if (!result.empty()) {
             log("could not ask for both halves of a RAW pair (" + result +
                 ") — the camera sends its own choice");
@@ -221,8 +235,14 @@ void Worker::capture(std::optional<Number> of) {
 void Worker::shutter(std::optional<Number> of) {
     const bool to_computer = session_ && camera_.destination != 2 && !save_info_.empty();
     const bool to_card = camera_.destination != 1;
+    if (std::exchange(camera_.buffer_full, false)) {
+        return later(Time{}, [this] { on_warning("warning 0x00025102"); });
+    }
     if (to_card && camera_.card != Card::in) {
-        return later(Time{}, [this] { on_warning("warning 0x00025101"); });
+        const bool full = camera_.card == Card::full;
+        return later(Time{}, [this, full] {
+            on_warning(full ? "warning 0x00025101" : "warning 0x00025103");
+        });
     }
     Press* press = around_.pressed(of);
     press->at = agenda_.now();
@@ -247,7 +267,8 @@ void Worker::send(Press& press, Time from) {
     using host::Kind;
     std::vector<Kind> kinds;
     const bool both = camera_.pair_transfer == 0 || camera_.pair_transfer == 3;
-    if (camera_.dial == 1 || (camera_.dial >= 3 && !both && camera_.pair_transfer != 2)) {
+    if (camera_.dial == 1 || camera_.dial == 5 ||
+        (camera_.dial >= 3 && !both && camera_.pair_transfer != 2)) {
         kinds = {Kind::developed};
     } else if (camera_.dial == 2 || !both) {
         kinds = {Kind::raw};
@@ -320,9 +341,10 @@ void Worker::report(const std::string& name, File*) {
 }
 
 void Worker::unplug(bool reconnecting) {
-    if (!handle_ || (!session_ && !waiting_)) {
+    if (!handle_ || (!session_ && !waiting_ && !opening_)) {
         return;
     }
+    opening_ = false;
     ++session_number_;
     session_ = false;
     waiting_ = reconnecting;
@@ -330,11 +352,7 @@ void Worker::unplug(bool reconnecting) {
         if (!reconnecting) {
             return on_disconnected("0x00005111");
         }
-        if (std::exchange(connected_, false)) {
-            last_without_session = agenda_.now();
-            log("camera went away (the SDK is trying to reconnect)");
-            write("DISCONNECTED|");
-        }
+        on_reconnecting();
     });
 }
 
