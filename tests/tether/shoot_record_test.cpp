@@ -114,22 +114,20 @@ TEST_F(ShootRecordTest, AClosedStandardStreamPutsNothingForeignIntoTheRecord) {
 }
 
 TEST_F(ShootRecordTest, AFloodOfTheWorkerIsSaidSoAndTakesNoMemory) {
-    // A sanitizer takes too long over each line for so many of them in a second.
-    const std::string text = sanitized ? std::string(30'000, 'x') : "[SONY] and so on";
+    if (sanitized) {
+        GTEST_SKIP() << "a sanitizer reads too slowly for a flood to be one";
+    }
     const std::string flooding =
-        script("flooding", "echo 'CPP_WORKER|START sony-1.0'\nexec yes 'LOG|" + text + "'\n");
-    // A sanitizer needs far more addresses than that.
-    const std::string limit = sanitized ? "" : "ulimit -v 1048576; ";
-    tether_ = start(
-        {"/bin/sh",
-         {"-c", limit + "\"$@\" > " + (folder_ / "output").string(), "sh", TETHER_COMMAND,
-          "--folder", folder_ / "shots", "--worker", flooding, "--record", folder_ / "record"},
-         {},
-         {}});
+        script("flooding", "echo 'CPP_WORKER|START sony-1.0'\nexec yes 'LOG|[SONY] and so on'\n");
+    tether_ = start({"/bin/sh",
+                     {"-c", "ulimit -v 1048576; \"$@\" > " + (folder_ / "output").string(), "sh",
+                      TETHER_COMMAND, "--folder", folder_ / "shots", "--worker", flooding,
+                      "--record", folder_ / "record"},
+                     {},
+                     {}});
     EXPECT_EQ(status(), "status 1");
     const std::string output = read("output");
-    const std::string sentence =
-        std::string("The worker wrote ") + (sanitized ? "32 MiB" : "50,000 lines") + " within 1 s.";
+    const std::string sentence = "The worker wrote 50,000 lines within 1 s.";
     EXPECT_NE(output.find("! " + sentence), std::string::npos)
         << output.substr(output.size() - 500);
     EXPECT_NE(read("record").find(" # problem worker-floods: " + sentence + "\n"),
