@@ -310,6 +310,7 @@ class Brain {
     void accept(Ticket ticket, Report& report);
     void leave_unasked(Ticket ticket, Report& report);
     void doubt(Ticket ticket, Report& report);
+    bool doubt_with_other_half(Report& report);
     void believe_doubted();
     void reject_doubted();
     void name_pair(Ticket ticket, Report& report, Stem stem);

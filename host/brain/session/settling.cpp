@@ -98,6 +98,9 @@ void Brain::type_round_over() {
         return;
     }
     if (type_.in_force != type_.asked) {
+        if (!refusal_) {
+            type_.in_force.reset();  // it was asked of the camera, and nobody knows what came of it
+        }
         raise({Code::file_type_not_taken,
                "The camera does not take the file type: set it there.",
                refusal_,

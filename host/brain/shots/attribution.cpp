@@ -1,4 +1,5 @@
 // Whose file is it? It is a shot's only when nothing speaks against it; in doubt it is nobody's.
+#include <algorithm>
 #include <utility>
 
 #include "host/brain/brain.h"
@@ -11,7 +12,7 @@ void Brain::attribute(Ticket ticket, Report& report) {
     if (const auto before = not_placed_.extract(key_of(report))) {
         return place(ticket, report, before.mapped());
     }
-    if (place_with_other_half(ticket, report)) {
+    if (place_with_other_half(ticket, report) || doubt_with_other_half(report)) {
         return;
     }
     const bool of_a_shot = shot_ && report.window == shot_->shot.number;
@@ -91,6 +92,21 @@ void Brain::doubt(Ticket ticket, Report& report) {
         shot_->doubted_until = report.heard + times_.doubt;
     }
     report.doubted = true;
+}
+
+// Whatever comes of one half comes of the other, also of one that came behind a loss.
+bool Brain::doubt_with_other_half(Report& report) {
+    const auto is_other_half = [&](const auto& entry) {
+        return entry.second.doubted && entry.second.file.kind != report.file.kind;
+    };
+    if (!shot_ || report.file.kind == Kind::other ||
+        !same_stem(report.file.stem, shot_->doubted_stem) ||
+        std::none_of(reports_.begin(), reports_.end(), is_other_half)) {
+        return false;
+    }
+    report.window = shot_->shot.number;
+    report.doubted = true;
+    return true;
 }
 
 template <typename Settle>

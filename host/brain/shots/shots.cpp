@@ -14,7 +14,8 @@ void Brain::shot_further() {
     if (!wanted_ || ending_) {
         return finish_shot(standing_in_the_way());
     }
-    if (quiet()) {
+    // After a stop its time may be over before pass() says so: nothing is fired then.
+    if (quiet() && now_ <= shot_->give_up_turn) {
         shot_->step = ShotInHand::Step::looking;
         shot_->look = ++last_ticket_;
         ask_disk(LookAtFolder{shot_->look, folder_}, times_.disk_silence);

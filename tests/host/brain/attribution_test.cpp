@@ -104,6 +104,25 @@ TEST(BrainAttribution, AfterAShotWithoutFilesALateFileDoesNotCountForTheNext) {
     EXPECT_EQ(stage.answer_to<Shot>(second).pictures.at(0).camera_name, "DSC00002.JPG");
 }
 
+TEST(BrainAttribution, AHalfBehindALossSharesTheDoubtOfTheOtherOne) {
+    Stage stage;
+    stage.dial = "both";
+    stage.get_ready();
+    stage.hear("FILE_TYPE|both");
+    stage.shoot();
+    stage.after(seconds(21));
+    const RequestId second = stage.shoot();
+    stage.file("DSC00002.ARW");
+    stage.session = false;
+    stage.hear("DISCONNECTED|");
+    stage.file("DSC00002.JPG");
+    stage.after(seconds(3));
+    const Shot over = stage.answer_to<Shot>(second);
+    ASSERT_EQ(over.pictures.size(), 2U);
+    EXPECT_EQ(over.pictures[0].pair, over.pictures[1].pair);
+    EXPECT_EQ(over.status, ShotStatus::complete);
+}
+
 TEST(BrainAttribution, AfterAShotWithoutFilesTheNextOnesFileIsBelievedAfter2Seconds) {
     Stage stage;
     stage.get_ready();

@@ -67,6 +67,25 @@ TEST(BrainSettling, ATypeThatIsRefusedIsAskedFiveTimesThenAProblemWithTheCode) {
     EXPECT_EQ(asked, 5U);
 }
 
+TEST(BrainSettling, ATypeOfWhichNothingIsHeardIsNotKnownAndAskedNextTime) {
+    Stage stage(wishes(SaveDestination::disk, FileType::jpeg));
+    stage.get_ready();
+    stage.type_readable = false;
+    Configure wish;
+    wish.file_type = FileType::raw;
+    stage.ask(wish);
+    stage.after(seconds(2));
+    EXPECT_TRUE(stage.stands(Code::file_type_not_taken));
+    EXPECT_EQ(stage.state().file_type.in_force, std::nullopt);
+    stage.type_readable = true;
+    wish.file_type = FileType::jpeg;
+    stage.ask(wish);
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.dial, "jpeg");
+    EXPECT_EQ(stage.state().file_type.in_force, FileType::jpeg);
+    EXPECT_FALSE(stage.stands(Code::file_type_not_taken));
+}
+
 TEST(BrainSettling, AMissingCardIsToldAndWhatIsInForceIsToldApart) {
     Stage stage(wishes(SaveDestination::both));
     stage.card = false;

@@ -542,5 +542,25 @@ TEST(BrainShots, RoomForLessThan50OfTheLastFilesIsAProblem) {
     EXPECT_TRUE(stage.stands(Code::disk_nearly_full));
 }
 
+TEST(BrainShots, AShotThatExpiredWhileThisProcessStoodStillIsNotFiredBehindTheStop) {
+    Stage stage;
+    stage.get_ready();
+    stage.worker_answers = false;
+    Capture capture;
+    capture.tag = "first";
+    const RequestId first = stage.ask(capture);
+    EXPECT_TRUE(stage.said("CAPTURE"));
+    const RequestId second = stage.ask(Capture{});
+    stage.ask(Cancel{"first"});
+    stage.forget();
+    stage.stand_still(seconds(12));
+    stage.hear("PRIME_DONE|OK");
+    stage.hear("PRIME_DONE|OK");
+    stage.after(seconds(1));
+    EXPECT_FALSE(stage.said("CAPTURE"));
+    EXPECT_EQ(stage.answer_to<Shot>(first).status, ShotStatus::none);
+    EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::refused);
+}
+
 }  // namespace
 }  // namespace host::brain

@@ -193,7 +193,9 @@ void Stage::obey(const std::string& command) {
         } else {
             dial = rest();
         }
-        worker_says("FILE_TYPE|" + dial);
+        if (type_readable) {
+            worker_says("FILE_TYPE|" + dial);
+        }
     } else if (command == "CONNECT") {
         worker_says("STATUS|Looking for a camera");
         if (!camera_there) {

@@ -86,6 +86,7 @@ class Stage {
     bool card = true;
     bool takes_destination = true;
     bool takes_type = true;
+    bool type_readable = true;
     std::string dial = "jpeg";
     std::string camera_name = "MODEL-A";
     // The disk. Set to false, it does nothing until it is true again.
