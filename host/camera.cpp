@@ -114,7 +114,7 @@ std::optional<Problem> Camera::start() {
 
 std::optional<Problem> Camera::connect() {
     const auto connected = machinery_->ask(Connect{});
-    if (const std::optional<Problem> problem = start()) {
+    if (std::optional<Problem> problem = start()) {
         return problem;
     }
     return problem_in(connected->wait());

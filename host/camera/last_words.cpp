@@ -5,7 +5,7 @@
 namespace host {
 namespace {
 
-constexpr std::size_t most_bytes = 300;
+constexpr std::size_t longest_kept = 300;
 
 // A crash that writes a core file takes its time to end.
 constexpr std::chrono::seconds shortly{2};
@@ -21,8 +21,8 @@ void LastWords::hear(std::string_view line, Time at) {
         return;
     }
     std::size_t size = line.size();
-    if (size > most_bytes) {
-        size = most_bytes;
+    if (size > longest_kept) {
+        size = longest_kept;
         while (size > 0 && continues_character(line[size])) {
             --size;
         }

@@ -18,7 +18,7 @@
 namespace host::pictures {
 namespace {
 
-constexpr std::chrono::milliseconds between_looks{10};
+constexpr std::chrono::milliseconds between_tries{10};
 constexpr std::string_view lock_ending = ".lock";
 
 struct LeftRun {
@@ -94,7 +94,7 @@ bool await_end(std::vector<LeftRun>& runs, Duration patience, const std::atomic<
         if (!held || hurried || Clock::now() >= deadline) {
             return !held;
         }
-        std::this_thread::sleep_for(between_looks);
+        std::this_thread::sleep_for(between_tries);
     }
 }
 

@@ -10,7 +10,7 @@ using host::MutexLock;
 namespace {
 
 // Of lines, and again of problems: no flood of the one keeps the other away.
-constexpr std::size_t most_waiting_bytes = std::size_t{4} << 20;
+constexpr std::size_t most_happening_bytes = std::size_t{4} << 20;
 
 // With its text.
 std::size_t weight_of(const host::WireLine& line) {
@@ -45,7 +45,7 @@ void Happenings::post(host::SessionState state) {
 void Happenings::post(host::WireLine line) {
     {
         const MutexLock lock(mutex_);
-        if (line_bytes_ + weight_of(line) > most_waiting_bytes) {
+        if (line_bytes_ + weight_of(line) > most_happening_bytes) {
             ++left_out_;
             return;
         }
@@ -62,7 +62,7 @@ void Happenings::post(host::WireLine line) {
 void Happenings::post(host::Problem problem) {
     {
         const MutexLock lock(mutex_);
-        if (problem_bytes_ + weight_of(problem) > most_waiting_bytes) {
+        if (problem_bytes_ + weight_of(problem) > most_happening_bytes) {
             return;
         }
         problem_bytes_ += weight_of(problem);

@@ -54,8 +54,9 @@ std::string picture_lines(const Report& report, const std::string& folder) {
     for (const Picture& picture : report.pictures) {
         const std::string name = name_in(folder, picture.path);
         const std::string size = in_bytes(picture.bytes);
-        text += "  " + name + padded(name.size(), width) + "  " + padded(size.size(), 9) + size +
-                "  " + last_column(report, picture) + "\n";
+        text.append("  ").append(name).append(padded(name.size(), width));
+        text.append("  ").append(padded(size.size(), 9)).append(size);
+        text.append("  ").append(last_column(report, picture)).append("\n");
     }
     return text;
 }

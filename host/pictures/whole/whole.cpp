@@ -27,7 +27,7 @@ constexpr std::array<std::string_view, 2> movie_endings{"mp4", "mov"};
 // No camera's comes near it, and all of it is read: more would keep everybody waiting.
 constexpr std::uint64_t largest_jpeg = std::uint64_t{512} << 20;
 
-std::string ending_of(std::string_view name) {
+std::string small_ending_of(std::string_view name) {
     const std::size_t point = name.rfind('.');
     std::string ending(point == std::string_view::npos ? "" : name.substr(point + 1));
     for (char& letter : ending) {
@@ -39,7 +39,7 @@ std::string ending_of(std::string_view name) {
 }  // namespace
 
 Format format_of(std::string_view name) {
-    const std::string ending = ending_of(name);
+    const std::string ending = small_ending_of(name);
     const auto* const found = std::find_if(endings.begin(), endings.end(),
                                            [&](const Ending& one) { return one.text == ending; });
     return found == endings.end() ? Format::other : found->format;
@@ -76,7 +76,8 @@ std::string why_not_whole(int file, std::uint64_t size, std::string_view name) {
         case Format::other:
             break;
     }
-    const bool movie = std::count(movie_endings.begin(), movie_endings.end(), ending_of(name)) > 0;
+    const bool movie =
+        std::count(movie_endings.begin(), movie_endings.end(), small_ending_of(name)) > 0;
     return movie ? why_not_whole_boxes(window) : "";
 }
 
