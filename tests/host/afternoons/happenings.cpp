@@ -75,8 +75,9 @@ constexpr std::array<Nature, 10> natures{
 }  // namespace
 
 void World::happen(const Event& event) {
-    if (!happens_to_host(event) && !happens_to_camera(event) && !happens_to_files(event) &&
-        !happens_to_worker(event)) {
+    if (!happens_to_host(event) && !wishes(event) && !happens_to_camera(event) &&
+        !changes_settings(event) && !changes_camera(event) && !tells_of_camera(event) &&
+        !happens_to_files(event) && !happens_to_worker(event)) {
         happens_to_disk(event);
     }
 }
@@ -102,8 +103,47 @@ void World::capture(int patience, int expires) {
     ask(capture);
 }
 
-bool World::happens_to_host(const Event& event) {
+void World::shut_down(int patience) {
+    host::Shutdown end;
+    if (patience > 0) {
+        end.patience = pick(std::array<Time, 4>{Time{}, Time{}, seconds(2), seconds(60)}, patience);
+    }
+    connect_wanted_ = false;
+    shut_ = shut_ || brain_ != nullptr;
+    ask(end);
+}
+
+bool World::wishes(const Event& event) {
     host::Configure wish;
+    switch (event.what) {
+        case What::folder:
+            wish.folder = pick(
+                std::array<std::string, 8>{"/shots", "/a", "/b", "/a", "/none/of/it", "/forbidden",
+                                           "/used", "/" + std::string(4090, 'x')},
+                event.number);
+            break;
+        case What::destination:
+            wish.save_destination =
+                pick(std::array{host::SaveDestination::disk, host::SaveDestination::card,
+                                host::SaveDestination::both},
+                     event.number);
+            break;
+        case What::type:
+            wish.file_type = pick(std::array{host::FileType::jpeg, host::FileType::raw,
+                                             host::FileType::both, host::FileType::other},
+                                  event.number);
+            break;
+        case What::name:
+            wish.name = pick(std::array<std::string, 3>{"", "{date}/{n:4}", "{shot"}, event.number);
+            break;
+        default:
+            return false;
+    }
+    ask(wish);
+    return true;
+}
+
+bool World::happens_to_host(const Event& event) {
     switch (event.what) {
         case What::start:
             ask(host::Start{});
@@ -127,41 +167,9 @@ bool World::happens_to_host(const Event& event) {
             ask(host::Cancel{back <= tags_.size() ? tags_[tags_.size() - back] : "no such tag"});
             break;
         }
-        case What::folder:
-            wish.folder = pick(
-                std::array<std::string, 8>{"/shots", "/a", "/b", "/a", "/none/of/it", "/forbidden",
-                                           "/used", "/" + std::string(4090, 'x')},
-                event.number);
-            ask(wish);
+        case What::shutdown:
+            shut_down(event.number);
             break;
-        case What::destination:
-            wish.save_destination =
-                pick(std::array{host::SaveDestination::disk, host::SaveDestination::card,
-                                host::SaveDestination::both},
-                     event.number);
-            ask(wish);
-            break;
-        case What::type:
-            wish.file_type = pick(std::array{host::FileType::jpeg, host::FileType::raw,
-                                             host::FileType::both, host::FileType::other},
-                                  event.number);
-            ask(wish);
-            break;
-        case What::name:
-            wish.name = pick(std::array<std::string, 3>{"", "{date}/{n:4}", "{shot"}, event.number);
-            ask(wish);
-            break;
-        case What::shutdown: {
-            host::Shutdown end;
-            if (event.number > 0) {
-                end.patience = pick(std::array<Time, 4>{Time{}, Time{}, seconds(2), seconds(60)},
-                                    event.number);
-            }
-            connect_wanted_ = false;
-            shut_ = shut_ || brain_ != nullptr;
-            ask(end);
-            break;
-        }
         case What::deaf:
             hearing_ = false;
             witness_.deaf_ever = true;
@@ -201,6 +209,20 @@ void World::flap(int times) {
     }
 }
 
+// Another camera hangs on the cable.
+void World::swap() {
+    camera_.there = false;
+    if (!processes_.empty()) {
+        processes_.back()->worker->unplug(false);
+    }
+    camera_.model = camera_.model == "MODEL-A" ? "MODEL-B" : "MODEL-A";
+    camera_.counter = 1;
+    ++camera_.counting;
+    camera_.vanished = false;
+    camera_.there = true;
+}
+
+// What a person does to it.
 bool World::happens_to_camera(const Event& event) {
     Worker* worker = processes_.empty() ? nullptr : processes_.back()->worker.get();
     const bool in_session = worker != nullptr && worker->alive() && worker->has_session();
@@ -245,23 +267,20 @@ bool World::happens_to_camera(const Event& event) {
             ++camera_.counting;
             break;
         case What::swap:
-            camera_.there = false;
-            if (worker != nullptr) {
-                worker->unplug(false);
-            }
-            camera_.model = camera_.model == "MODEL-A" ? "MODEL-B" : "MODEL-A";
-            camera_.counter = 1;
-            ++camera_.counting;
-            camera_.vanished = false;
-            camera_.there = true;
+            swap();
             break;
-        case What::no_focus:
-        case What::focus:
-            camera_.focuses = event.what == What::focus;
+        case What::flap:
+            flap(pick(std::array{1, 4, 20}, event.number));
             break;
-        case What::busy:
-            camera_.busy_until = agenda_.now() + pick(lengths, event.number);
-            break;
+        default:
+            return false;
+    }
+    return true;
+}
+
+// Whether it takes and shows its settings from now on.
+bool World::changes_settings(const Event& event) {
+    switch (event.what) {
         case What::refuses_destination:
             camera_.refuses_destination = true;
             break;
@@ -282,6 +301,22 @@ bool World::happens_to_camera(const Event& event) {
         case What::readable:
             camera_.card_unreadable = false;
             camera_.type_unreadable = false;
+            break;
+        default:
+            return false;
+    }
+    return true;
+}
+
+// What else it is like from now on.
+bool World::changes_camera(const Event& event) {
+    switch (event.what) {
+        case What::no_focus:
+        case What::focus:
+            camera_.focuses = event.what == What::focus;
+            break;
+        case What::busy:
+            camera_.busy_until = agenda_.now() + pick(lengths, event.number);
             break;
         case What::answers:
             camera_.answer = static_cast<Answer>(event.number);
@@ -304,6 +339,26 @@ bool World::happens_to_camera(const Event& event) {
         case What::named:
             camera_.model = pick(camera_names, event.number);
             break;
+        case What::look_fails:
+            camera_.looks_that_fail = pick(std::array{1, 4}, event.number);
+            break;
+        case What::opening_refused:
+            camera_.openings_refused = pick(std::array{1, 4}, event.number);
+            break;
+        case What::buffer_full:
+            camera_.buffer_full = true;
+            break;
+        default:
+            return false;
+    }
+    return true;
+}
+
+// What the SDK tells of it, out of nowhere.
+bool World::tells_of_camera(const Event& event) {
+    Worker* worker = processes_.empty() ? nullptr : processes_.back()->worker.get();
+    const bool in_session = worker != nullptr && worker->alive() && worker->has_session();
+    switch (event.what) {
         case What::error:
             if (in_session) {
                 worker->on_error("0x00008703");
@@ -329,18 +384,6 @@ bool World::happens_to_camera(const Event& event) {
             if (in_session) {
                 worker->on_connected();
             }
-            break;
-        case What::look_fails:
-            camera_.looks_that_fail = pick(std::array{1, 4}, event.number);
-            break;
-        case What::opening_refused:
-            camera_.openings_refused = pick(std::array{1, 4}, event.number);
-            break;
-        case What::buffer_full:
-            camera_.buffer_full = true;
-            break;
-        case What::flap:
-            flap(pick(std::array{1, 4, 20}, event.number));
             break;
         case What::storm:
             for (int count = 0; in_session && count < 300; ++count) {
@@ -409,6 +452,26 @@ bool World::happens_to_files(const Event& event) {
     return true;
 }
 
+// So many that they must not hold up what is behind them.
+void World::write_many(Worker& worker, int kind) const {
+    // One that lies about the dial is not to be found out.
+    const std::string type = camera_.dial == 1   ? "jpeg"
+                             : camera_.dial == 2 ? "raw"
+                             : camera_.dial == 3 ? "both"
+                                                 : "other";
+    const std::array<std::string, 5> kinds{"LOG|[SONY] landed x",
+                                           "DOWNLOADED|/shots/.incoming/run-1/x.JPG", "STATUS|busy",
+                                           "FILE_TYPE|" + type, "LOG|[SONY] camera \"x"};
+    const int many = kind == 1 ? 1500 : 300;
+    for (int count = 0; count < many; ++count) {
+        worker.write(pick(kinds, kind));
+    }
+    worker.ever_forged = worker.ever_forged || kind == 4;
+    if (kind == 3) {
+        worker.said.insert("type " + type);
+    }
+}
+
 bool World::happens_to_worker(const Event& event) {
     Process* process = at_work();
     Worker* worker =
@@ -444,20 +507,9 @@ bool World::happens_to_worker(const Event& event) {
             inbox_.push_back(
                 host::brain::News(host::brain::WorkerFlooded{process->run, "50,000 lines in 1 s"}));
             break;
-        case What::lines: {
-            const std::array<std::string, 5> kinds{
-                "LOG|[SONY] landed x", "DOWNLOADED|/shots/.incoming/run-1/x.JPG", "STATUS|busy",
-                "FILE_TYPE|jpeg", "LOG|[SONY] camera \"x"};
-            const int many = event.number == 1 ? 1500 : 300;
-            for (int count = 0; count < many; ++count) {
-                worker->write(pick(kinds, event.number));
-            }
-            worker->ever_forged = worker->ever_forged || event.number == 4;
-            if (event.number == 3) {
-                worker->said.insert("type jpeg");  // whatever it thinks, that is what it said
-            }
+        case What::lines:
+            write_many(*worker, event.number);
             break;
-        }
         case What::long_line:
             inbox_.push_back(host::brain::News(host::brain::LineTooLong{process->run}));
             break;

@@ -98,7 +98,9 @@ void Witness::check_files() {
                                                return text.find(file) != std::string::npos;
                                            });
             if (!named) {
-                wrong("G2", file + " was left in " + name + ", and no problem names it");
+                std::string text = file;
+                text.append(" was left in ").append(name).append(", and no problem names it");
+                wrong("G2", text);
             }
         }
     }
@@ -120,6 +122,12 @@ const File* Witness::own_file(const Fired& fired, Time from, Time until) const {
         }
     }
     return nullptr;
+}
+
+bool Witness::is_first_of_its_counting(const Press& press) const {
+    return std::none_of(presses_.begin(), presses_.end(), [&press](const auto& entry) {
+        return entry.first < press.number && entry.second.counting == press.counting;
+    });
 }
 
 void Witness::check_whose(const Shown& shown) {
@@ -150,7 +158,10 @@ void Witness::check_whose(const Shown& shown) {
                              (fired - 1)->empty &&
                              (fired - 1)->destination != host::SaveDestination::card;
     const File* before = own_file(*fired, fired->at + too_soon, heard);
-    if (before != nullptr && !after_empty) {
+    // A counter that was set back makes a new picture look like an old one that comes late.
+    const bool counts_anew =
+        before != nullptr && is_first_of_its_counting(*press_of(before->number));
+    if (before != nullptr && !after_empty && !counts_anew) {
         return wrong("G3", what + "which had one of another name by then");
     }
     const Time over = fired->over.value_or(Time::max());

@@ -209,7 +209,7 @@ int replay(const std::vector<std::string>& paths) {
 
 }  // namespace
 
-int main(int count, char** arguments) {
+int main(int count, char** arguments) try {
     CLI::App app("Plays drawn afternoons to the brain of the host's side.");
     Options options;
     app.add_option("--first", options.first, "The number of the first afternoon");
@@ -236,4 +236,7 @@ int main(int count, char** arguments) {
         return replay(options.kept);
     }
     return Search(options).run() ? 0 : 1;
+} catch (const std::exception& problem) {
+    std::fprintf(stderr, "%s\n", problem.what());
+    return 2;
 }

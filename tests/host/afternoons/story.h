@@ -5,6 +5,7 @@
 #include <chrono>
 #include <iosfwd>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -118,7 +119,7 @@ struct Word {
     std::string_view means;
 };
 
-const std::vector<Word>& words();
+std::span<const Word> words();
 std::string_view word(What what);
 
 std::string to_text(const Event& event);

@@ -109,6 +109,7 @@ class Witness {
     void check_settings(const host::SessionState& state);
     void check_lost();
     void check_whose(const Shown& shown);
+    bool is_first_of_its_counting(const Press& press) const;
     void check_pairs();
     void check_files();
     void check_in_force(const host::SessionState& state);

@@ -20,7 +20,6 @@ namespace afternoons {
 namespace {
 
 namespace fs = std::filesystem;
-using host::brain::begins_with;
 using transcript::Block;
 using transcript::Control;
 using transcript::Expect;
@@ -127,6 +126,46 @@ class Playing final : public Surroundings {
         }
     }
 
+    void describe_camera(const std::string& line) {
+        camera_.model = line.substr(8, line.find('"', 8) - 8);
+        if (line.find(" over USB") == std::string::npos) {
+            wrong_ = "the model has a camera on USB only";
+        }
+        camera_.card = line.find("card out") != std::string::npos    ? Card::out
+                       : line.find("card full") != std::string::npos ? Card::full
+                                                                     : Card::in;
+    }
+
+    void answer_openings(const std::string& how, const std::string& code) {
+        const bool with_code = how == "error" || how == "disconnected";
+        if (how != "never" && how != "normal" && !with_code) {
+            wrong_ = "the model does not know \"answer " + how + "\"";
+            return;
+        }
+        camera_.answer = how == "never"    ? Answer::never
+                         : how == "normal" ? Answer::normal
+                         : how == "error"  ? Answer::error
+                                           : Answer::disconnected;
+        if (with_code) {
+            camera_.answer_code = "0x" + eight_digits(code);
+        }
+    }
+
+    // By the SDK, out of nowhere.
+    void worker_is_told(const std::string& what, const std::string& code) {
+        if (what == "error") {
+            worker_->on_error("0x" + eight_digits(code));
+        } else if (what == "disconnected") {
+            worker_->on_disconnected("0x" + eight_digits(code));
+        } else if (what == "caution" || code == "0x0002008C") {
+            worker_->on_warning("the camera is showing a caution on its own screen (0x0002008C)");
+        } else if (code == "0x00020002") {
+            worker_->on_reconnecting();
+        } else {
+            worker_->on_warning("warning 0x" + eight_digits(code));
+        }
+    }
+
     // The words of the virtual camera's scenes.
     void happen(const std::string& line) {
         std::istringstream fields(line);
@@ -134,13 +173,7 @@ class Playing final : public Surroundings {
         std::string next;
         fields >> word >> next;
         if (word == "camera") {
-            camera_.model = line.substr(8, line.find('"', 8) - 8);
-            if (line.find(" over USB") == std::string::npos) {
-                wrong_ = "the model has a camera on USB only";
-            }
-            camera_.card = line.find("card out") != std::string::npos    ? Card::out
-                           : line.find("card full") != std::string::npos ? Card::full
-                                                                         : Card::in;
+            describe_camera(line);
         } else if (line == "no camera") {
             camera_.there = false;
         } else if (word == "card") {
@@ -154,39 +187,19 @@ class Playing final : public Surroundings {
                                ? 4
                                : static_cast<int>(std::strtol(next.c_str(), nullptr, 0));
             worker_->dial_turned();
-        } else if (word == "unplug") {
+        } else if (word == "unplug" || line == "sleep") {
             camera_.there = false;
-            worker_->unplug(next == "reconnecting");
-        } else if (word == "plug") {
+            worker_->unplug(word == "sleep" || next == "reconnecting");
+        } else if (word == "plug" || word == "wake") {
             camera_.there = true;
             worker_->plug();
-        } else if (word == "answer" && next == "never") {
-            camera_.answer = Answer::never;
-        } else if (word == "answer" && next == "normal") {
-            camera_.answer = Answer::normal;
-        } else if (word == "answer" && next == "error") {
-            camera_.answer = Answer::error;
+        } else if (word == "answer") {
             std::string code;
             fields >> code;
-            camera_.answer_code = "0x" + eight_digits(code);
-        } else if (word == "answer" && next == "disconnected") {
-            camera_.answer = Answer::disconnected;
-            std::string code;
-            fields >> code;
-            camera_.answer_code = "0x" + eight_digits(code);
-        } else if (word == "error") {
-            worker_->on_error("0x" + eight_digits(next));
-        } else if (word == "caution") {
-            worker_->on_warning("the camera is showing a caution on its own screen (0x0002008C)");
-        } else if (word == "warning" && next != "0x00020002" && next != "0x0002008C") {
-            worker_->on_warning("warning 0x" + eight_digits(next));
-        } else if (word == "disconnected") {
-            worker_->on_disconnected("0x" + eight_digits(next));
-        } else if (word == "warning") {
-            next == "0x00020002" ? worker_->on_reconnecting()
-                                 : worker_->on_warning(
-                                       "the camera is showing a caution on its own "
-                                       "screen (0x0002008C)");
+            answer_openings(next, code);
+        } else if (word == "error" || word == "caution" || word == "warning" ||
+                   word == "disconnected") {
+            worker_is_told(word, next);
         } else if (word == "deliver" && line.find('"') != std::string::npos) {
             if (line.find("0xFFFFFFFF") != std::string::npos) {
                 worker_->report(quoted(line), nullptr);
@@ -197,12 +210,6 @@ class Playing final : public Surroundings {
             camera_.counter = std::atoi(next.c_str());
         } else if (word == "shutter") {
             worker_->shutter({});
-        } else if (word == "sleep" && next.empty()) {
-            camera_.there = false;
-            worker_->unplug(true);
-        } else if (word == "wake") {
-            camera_.there = true;
-            worker_->plug();
         } else if ((word == "unreadable" || word == "readable") &&
                    (next == "0x0708" || next == "0x0106")) {
             (next == "0x0708" ? camera_.card_unreadable : camera_.type_unreadable) =

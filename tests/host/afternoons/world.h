@@ -78,12 +78,19 @@ class World final : private Processes {
     // happenings.cpp
     void happen(const Event& event);
     bool happens_to_host(const Event& event);
+    bool wishes(const Event& event);
     bool happens_to_camera(const Event& event);
+    bool changes_settings(const Event& event);
+    bool changes_camera(const Event& event);
+    bool tells_of_camera(const Event& event);
     bool happens_to_files(const Event& event);
     bool happens_to_worker(const Event& event);
     void happens_to_disk(const Event& event);
     host::RequestId ask(const host::Request& what);
     void capture(int patience, int expires);
+    void shut_down(int patience);
+    void swap();
+    void write_many(Worker& worker, int kind) const;
     FileFault& next_file();
     void stand_still(Time duration);
     void camera_back();

@@ -90,7 +90,8 @@ TEST_F(Whole, OfALargeJpegOnlyTheHeadAndTheEndAreRead) {
         facts >> name >> bytes;
         return bytes;
     };
-    const std::string large(10'000'000, 'x');
+    std::string large;
+    large.resize(10'000'000, 'x');
     const std::string alone = sample_jpeg(large);
     const std::string followed = sample_jpeg(large, true) + sample_jpeg("preview");
     for (const std::string& content : {alone, followed}) {

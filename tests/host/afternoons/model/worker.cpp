@@ -1,6 +1,7 @@
 #include "tests/host/afternoons/model/worker.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <utility>
 
@@ -9,6 +10,24 @@
 namespace afternoons {
 
 namespace {
+
+// Of a command that does nothing but answer; null: of any other.
+const char* reply_to(std::string_view name) {
+    static constexpr std::array<std::pair<std::string_view, const char*>, 6> replies{{
+        {"PRIME", "PRIME_DONE|OK"},
+        {"PRELOAD", "PRELOADED|OK"},
+        {"PUMP_ACTIVE", "PUMP_ACTIVE_READY|OK"},
+        {"PUMP_IDLE", "PUMP_IDLE_READY|OK"},
+        {"PUMP_PAUSE", "PUMP_IDLE_READY|OK"},
+        {"PUMP_STOP", "PUMP_IDLE_READY|OK"},
+    }};
+    for (const auto& [command, reply] : replies) {
+        if (command == name) {
+            return reply;
+        }
+    }
+    return nullptr;
+}
 
 constexpr Time watchdog{milliseconds(20100)};
 
@@ -244,16 +263,10 @@ void Worker::run(const Command& command) {
     if (name == "SET_FILE_TYPE") {
         return has_field ? set_type(field) : done();
     }
-    if (name == "DISCONNECT") {
+    if (const char* reply = reply_to(name)) {
+        write(reply);
+    } else if (name == "DISCONNECT") {
         disconnect(false);
-    } else if (name == "PRIME") {
-        write("PRIME_DONE|OK");
-    } else if (name == "PRELOAD") {
-        write("PRELOADED|OK");
-    } else if (name == "PUMP_ACTIVE") {
-        write("PUMP_ACTIVE_READY|OK");
-    } else if (is({"PUMP_IDLE", "PUMP_PAUSE", "PUMP_STOP"})) {
-        write("PUMP_IDLE_READY|OK");
     } else if (name == "SET_DOWNLOAD_DIR") {
         if (has_field) {
             set_folder(host::unescape_field(field));

@@ -139,7 +139,7 @@ class Worker {
     bool reachable() const;
     bool card_in() const;
     void send(Press& press, Time from);
-    void land(Press press, host::Kind kind, const FileFault& fault);
+    void land(const Press& press, host::Kind kind, const FileFault& fault);
 
     Agenda& agenda_;
     Camera& camera_;

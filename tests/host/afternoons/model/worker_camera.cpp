@@ -292,17 +292,16 @@ void Worker::send(Press& press, Time from) {
         sent_until_ += camera_.transfer;
         const Number session = session_number_;
         const Time when = sent_until_ - agenda_.now() + fault.late.value_or(Time{});
-        const Press copy = press;
-        later(when, [this, copy, kind, fault, session] {
+        later(when, [this, press, kind, fault, session] {
             // A session that ends takes the files with it that were not sent.
             if (session == session_number_ && reachable()) {
-                land(copy, kind, fault);
+                land(press, kind, fault);
             }
         });
     }
 }
 
-void Worker::land(Press press, host::Kind kind, const FileFault& fault) {
+void Worker::land(const Press& press, host::Kind kind, const FileFault& fault) {
     std::string name = press.stem + (kind == host::Kind::raw ? ".ARW"
                                      : camera_.dial == 4     ? ".HIF"
                                                              : ".JPG");
