@@ -23,6 +23,12 @@ class WatchKeysTest : public CommandTest {
             host::Descriptor(open(ptsname(terminal_.number()), O_RDWR | O_NOCTTY | O_CLOEXEC));
         before_ = modes();
     }
+    // A root folder made for a build may have the one end of terminals and not the other.
+    void SetUp() override {
+        if (screen_.number() < 0) {
+            GTEST_SKIP() << "this system gives no pseudo-terminal";
+        }
+    }
     ~WatchKeysTest() override {
         if (process_ > 0) {
             kill(process_, SIGKILL);
