@@ -1,6 +1,7 @@
 #include "tether/serve/recorder.h"
 
 #include <fcntl.h>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
