@@ -145,7 +145,8 @@ TEST_F(Disks, AnEmptyDiskIsTakenAndAnEjectedOneIsGone) {
 
 TEST_F(Disks, ExfatTakesPicturesByReservation) {
     if (!mount_exfat()) {
-        GTEST_SKIP() << "exFAT cannot be mounted here: it needs exfat-fuse and mkfs.exfat";
+        GTEST_SKIP()
+            << "exFAT cannot be mounted here: it takes exfat-fuse, mkfs.exfat and a loop device";
     }
     Desk desk(where());
     desk.open();
@@ -162,7 +163,8 @@ TEST_F(Disks, ExfatTakesPicturesByReservation) {
 
 TEST_F(Disks, ExfatIsBroughtInAfterItsFilesGotNewNumbers) {
     if (!mount_exfat()) {
-        GTEST_SKIP() << "exFAT cannot be mounted here: it needs exfat-fuse and mkfs.exfat";
+        GTEST_SKIP()
+            << "exFAT cannot be mounted here: it takes exfat-fuse, mkfs.exfat and a loop device";
     }
     host::Picture picture;
     {
@@ -189,7 +191,8 @@ TEST_F(Disks, ExfatIsBroughtInAfterItsFilesGotNewNumbers) {
 
 TEST_F(Disks, ExfatLosesNothingWhenKilledAtAnyStepAndMountedAnew) {
     if (!mount_exfat()) {
-        GTEST_SKIP() << "exFAT cannot be mounted here: it needs exfat-fuse and mkfs.exfat";
+        GTEST_SKIP()
+            << "exFAT cannot be mounted here: it takes exfat-fuse, mkfs.exfat and a loop device";
     }
     // A step and the next but two leave the same on the disk more often than not.
     constexpr int stride = 3;
