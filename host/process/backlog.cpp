@@ -8,7 +8,7 @@ std::string grouped(std::size_t number) {
     std::string digits = std::to_string(number);
     for (std::size_t left = digits.size(); left > 3;) {
         left -= 3;
-        digits.insert(left, ",");
+        digits.insert(left, 1, ',');
     }
     return digits;
 }
