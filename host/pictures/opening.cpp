@@ -10,7 +10,6 @@
 #include "host/pictures/disk/lock.h"
 #include "host/pictures/disk/regular_file.h"
 #include "host/pictures/folder.h"
-#include "host/pictures/ledger/text.h"
 #include "host/pictures/left_runs.h"
 #include "host/pictures/recovery.h"
 #include "host/pictures/store.h"
@@ -18,6 +17,7 @@
 #include "host/process/clock.h"
 #include "host/process/command.h"
 
+#include "host/values/utf8.h"
 namespace host::pictures {
 namespace {
 

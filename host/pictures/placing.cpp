@@ -13,6 +13,7 @@
 #include "host/pictures/disk/sync.h"
 #include "host/pictures/naming/stems.h"
 #include "host/pictures/store.h"
+#include "host/values/iso_time.h"
 
 namespace host::pictures {
 namespace {

@@ -10,9 +10,9 @@
 #include "host/pictures/disk/regular_file.h"
 #include "host/pictures/folder.h"
 #include "host/pictures/left_runs.h"
-#include "host/pictures/naming/name_template.h"
 #include "host/pictures/store.h"
 #include "host/pictures/sweeping.h"
+#include "host/values/iso_time.h"
 
 namespace host::pictures {
 namespace {

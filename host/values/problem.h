@@ -18,4 +18,7 @@ struct Problem {
     bool operator==(const Problem&) const = default;
 };
 
+// A code of the SDK as the worker writes it: "0x00008402".
+std::string written_sdk_code(std::uint32_t code);
+
 }  // namespace host

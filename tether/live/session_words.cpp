@@ -86,9 +86,8 @@ std::string shown(const std::string& text) {
 std::string sentence(const host::Problem& problem) {
     std::string text = shown(problem.text);
     if (problem.sdk) {
-        char code[16];
-        std::snprintf(code, sizeof code, " (0x%08X)", static_cast<unsigned>(*problem.sdk));
-        text.insert(text.ends_with('.') ? text.size() - 1 : text.size(), code);
+        text.insert(text.ends_with('.') ? text.size() - 1 : text.size(),
+                    " (" + host::written_sdk_code(*problem.sdk) + ")");
     }
     return text;
 }

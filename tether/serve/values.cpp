@@ -1,7 +1,6 @@
 #include "tether/serve/values.h"
 
 #include <chrono>
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -22,12 +21,6 @@ Json number_or_null(const std::optional<Number>& number) {
 
 std::int64_t milliseconds(std::chrono::nanoseconds time) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
-}
-
-std::string sdk_code(std::uint32_t code) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08X", code);
-    return text;
 }
 
 template <typename Value>
@@ -56,7 +49,7 @@ Json json(const host::Problem& problem) {
             {"severity", severity(problem.code) == host::Severity::error ? "error" : "warning"},
             {"text", valid_text(problem.text)},
             {"advice", advice(problem.code)},
-            {"sdk", problem.sdk ? Json(sdk_code(*problem.sdk)) : Json()},
+            {"sdk", problem.sdk ? Json(host::written_sdk_code(*problem.sdk)) : Json()},
             {"shot", number_or_null(problem.shot)}};
 }
 

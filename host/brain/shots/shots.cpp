@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "host/brain/brain.h"
-#include "host/brain/iso_time.h"
+#include "host/values/iso_time.h"
 
 namespace host::brain {
 

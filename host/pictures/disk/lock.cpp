@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "host/pictures/disk/regular_file.h"
-#include "host/pictures/ledger/text.h"
+#include "host/values/utf8.h"
 
 namespace host::pictures {
 namespace {

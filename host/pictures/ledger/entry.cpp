@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <type_traits>
 
-#include "host/pictures/ledger/text.h"
+#include "host/values/utf8.h"
 
 namespace host::pictures {
 namespace {

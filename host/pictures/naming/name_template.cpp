@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <ctime>
 
-#include "host/pictures/ledger/text.h"
 #include "host/pictures/store.h"
+#include "host/values/utf8.h"
 
 namespace host::pictures {
 namespace {
@@ -179,18 +178,6 @@ Spot spot_for(std::string_view name_template, const NameFacts& facts) {
 bool has_number(std::string_view name_template) {
     return name_template.find("{n}") != std::string_view::npos ||
            name_template.find("{n:") != std::string_view::npos;
-}
-
-std::string iso_time(TimeOfDay time) {
-    const auto whole = std::chrono::floor<std::chrono::seconds>(time);
-    const auto seconds = static_cast<std::time_t>(whole.count());
-    std::tm parts{};
-    ::gmtime_r(&seconds, &parts);
-    std::array<char, 32> text{};
-    const std::string date(text.data(),
-                           std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &parts));
-    std::snprintf(text.data(), text.size(), ".%03dZ", static_cast<int>((time - whole).count()));
-    return date + text.data();
 }
 
 }  // namespace host::pictures

@@ -28,7 +28,4 @@ Spot spot_for(std::string_view name_template, const NameFacts& facts);
 
 bool has_number(std::string_view name_template);
 
-// ISO 8601 in UTC: "2024-05-01T12:34:56.789Z".
-std::string iso_time(TimeOfDay time);
-
 }  // namespace host::pictures

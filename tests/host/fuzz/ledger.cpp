@@ -9,12 +9,15 @@
 #include <variant>
 #include <vector>
 
-#include "host/pictures/ledger/text.h"
+#include "host/values/utf8.h"
 #include "tests/worker/fuzz/require.h"
 
 namespace {
 
 using namespace host::pictures;
+using host::escape_bytes;
+using host::is_utf8;
+using host::unescape_bytes;
 
 void stays_in_the_folder(const std::string& path) {
     require(!path.empty() && path[0] != '/', "a path begins in the folder");

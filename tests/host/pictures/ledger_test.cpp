@@ -5,12 +5,15 @@
 #include <fcntl.h>
 #include <limits>
 
-#include "host/pictures/ledger/text.h"
+#include "host/values/utf8.h"
 #include "tests/host/pictures/desk.h"
 
 namespace {
 
 using namespace host::pictures;
+using host::escape_bytes;
+using host::is_utf8;
+using host::unescape_bytes;
 
 Placing some_placing() {
     Placing placing;

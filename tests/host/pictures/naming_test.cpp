@@ -70,7 +70,6 @@ TEST(NameTemplate, WordsStandForWhatTheySay) {
               "12-51-30_DSC00001_12_00345");
     EXPECT_EQ(spot_for("", facts).stem, "DSC00001");
     EXPECT_EQ(spot_for("{shot:2}", {"", {}, 0, {}}).stem, "00");
-    EXPECT_EQ(host::pictures::iso_time(facts.at), "2024-05-01T12:51:30.123Z");
 }
 
 TEST(Stems, CaseIsFoldedWhereAFileSystemMayFoldIt) {

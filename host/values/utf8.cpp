@@ -1,10 +1,10 @@
-#include "host/pictures/ledger/text.h"
+#include "host/values/utf8.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
-namespace host::pictures {
+namespace host {
 namespace {
 
 struct Length {
@@ -102,4 +102,4 @@ std::string unescape_bytes(std::string_view text) {
     return bytes;
 }
 
-}  // namespace host::pictures
+}  // namespace host

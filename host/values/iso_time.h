@@ -5,8 +5,8 @@
 
 #include "host/values/time.h"
 
-namespace host::brain {
+namespace host {
 
 std::string iso_time(TimeOfDay time);
 
-}  // namespace host::brain
+}  // namespace host

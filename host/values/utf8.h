@@ -1,10 +1,10 @@
-// Names as the ledger writes them. A name is bytes, JSON takes UTF-8 only.
+// Names in text. A name is bytes; JSON, and a worker's folder, are UTF-8 only.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-namespace host::pictures {
+namespace host {
 
 bool is_utf8(std::string_view text);
 
@@ -15,4 +15,4 @@ std::string escape_bytes(std::string_view bytes);
 // The inverse. Any other "%" stays as it is.
 std::string unescape_bytes(std::string_view text);
 
-}  // namespace host::pictures
+}  // namespace host

@@ -1,9 +1,9 @@
-#include "host/brain/iso_time.h"
+#include "host/values/iso_time.h"
 
 #include <chrono>
 #include <cstdio>
 
-namespace host::brain {
+namespace host {
 
 std::string iso_time(TimeOfDay time) {
     using namespace std::chrono;
@@ -18,4 +18,4 @@ std::string iso_time(TimeOfDay time) {
     return text;
 }
 
-}  // namespace host::brain
+}  // namespace host
