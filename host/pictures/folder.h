@@ -81,7 +81,7 @@ struct Run {
     Descriptor staging;
     Identity identity;                // of the staging folder
     Descriptor lock;                  // until the worker has begun
-    std::shared_ptr<Run> moved_from;  // whose lock the worker really holds
+    std::shared_ptr<Run> moved_from;  // of before; the last one's lock is what the worker holds
     pid_t process = 0;
     bool over = false;
     bool empty = false;                        // its staging folder has been removed

@@ -152,6 +152,24 @@ bool Store::is_stood_in(const Run& run) const {
     });
 }
 
+// Runs that the worker was moved to go on without it: a host that changes its folder every minute
+// keeps nothing open of the folders of before. The first run stays for as long as any of them, with
+// its folder: the worker holds its lock, and another program would end the worker for it.
+void Store::let_go_of(const std::shared_ptr<Run>& run) {
+    if (run->moved_from == nullptr) {
+        return;
+    }
+    for (const auto& [name, other] : runs_) {
+        if (other->moved_from == run) {
+            other->moved_from = run->moved_from;
+        }
+    }
+    // Nobody else has its lock. Left behind beside a staging folder that holds something, it would
+    // lead the next program to the worker, which does not write there any more.
+    remove_lock(*run->folder, run->name);
+    run->lock.close();
+}
+
 void Store::forget_run(const std::shared_ptr<Run>& run) {
     run->over = true;
     for (auto pending = pending_.begin(); pending != pending_.end();) {
@@ -159,12 +177,11 @@ void Store::forget_run(const std::shared_ptr<Run>& run) {
     }
     runs_.erase(run->name);
     run->empty = remove_staging(*run);
-    // The lock files of runs that the worker was moved from go with its last run.
-    for (Run* one = run.get(); one != nullptr; one = one->moved_from.get()) {
-        if (one->over && one->empty && !is_stood_in(*one)) {
-            remove_lock(*one->folder, one->name);
-            one->lock.close();
-        }
+    let_go_of(run);
+    // The lock that the worker holds goes with the last of its runs.
+    const Run& first = holder_of_lock(*run);
+    if (first.over && first.empty && !is_stood_in(first)) {
+        remove_lock(*first.folder, first.name);
     }
 }
 

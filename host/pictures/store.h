@@ -89,6 +89,7 @@ class Store {
     RunSwept sweep_run(const SweepRun& work);
     void forget_run(const std::shared_ptr<Run>& run);
     bool is_stood_in(const Run& run) const;
+    void let_go_of(const std::shared_ptr<Run>& run);
 
     // examining.cpp
     Examined examine(const Examine& work);

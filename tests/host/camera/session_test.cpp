@@ -1,5 +1,6 @@
 // A session on the virtual camera: brought up, shot with, lost and brought back, ended.
 #include "tests/host/camera/camera_test.h"
+#include "tests/host/open_descriptors.h"
 
 namespace {
 
@@ -112,6 +113,28 @@ TEST_F(CameraSessionTest, AFolderIsChangedBetweenShots) {
     ASSERT_EQ(shot.pictures.size(), 1u);
     EXPECT_EQ(fs::path(shot.pictures[0].path).parent_path(), folder_ / "others");
     EXPECT_TRUE(fs::exists(folder_ / "shots/DSC00001.JPG"));
+}
+
+TEST_F(CameraSessionTest, AFolderThatIsChangedOnAndOnLeavesNothingOpen) {
+    connect();
+    const auto change_to = [&](const std::string& name) {
+        host::Configure change;
+        change.folder = folder_ / name;
+        const host::Answer answer = answer_to(change);
+        ASSERT_TRUE(std::holds_alternative<host::SessionState>(answer)) << name;
+        ASSERT_EQ(std::get<host::SessionState>(answer).folder, folder_ / name);
+    };
+    // The runs of the latest folders are kept for files that come late.
+    for (std::size_t move = 0; move < 2 * host::brain::limit::old_runs; ++move) {
+        change_to("before-" + std::to_string(move));
+    }
+    const int descriptors = open_descriptors();
+    for (int move = 0; move < 200; ++move) {
+        change_to("folder-" + std::to_string(move));
+    }
+    EXPECT_LE(open_descriptors(), descriptors + 6) << "as much as one more folder";
+    EXPECT_EQ(camera_->capture().status, ShotStatus::complete);
+    EXPECT_TRUE(fs::exists(folder_ / "folder-199/DSC00001.JPG"));
 }
 
 TEST_F(CameraSessionTest, AFolderThatGoesAwayIsSaidAndNotMadeAgain) {

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/host/open_descriptors.h"
 #include "tests/host/pictures/desk.h"
 
 namespace {
@@ -103,6 +104,46 @@ TEST_F(Runs, AWorkerThatIsMovedKeepsTheLockOfItsFirstRun) {
         EXPECT_FALSE(fs::exists(lock_of(run))) << run.name;
         EXPECT_FALSE(fs::exists(run.staging)) << run.name;
     }
+    EXPECT_EQ(other.open().folder, folder_.path().string());
+}
+
+TEST_F(Runs, AWorkerThatIsMovedOnAndOnKeepsItsFirstFolderAndNoOtherOpen) {
+    const OpenedRun first = desk_.open_run();
+    const int inherited = ::dup(first.lock);
+    desk_.store().work(host::RunBegun{first.name, 4711});
+    OpenedRun run = first;
+    fs::path before = folder_.path();
+    const auto move_to = [&](const std::string& name) {
+        const fs::path folder = folder_.path() / name;
+        open(folder);
+        const OpenedRun next = open_run_in(folder, run.name);
+        write_file(run.staging / "DSC00001.JPG", sample_jpeg(name));
+        // What is no picture stays, and the run's staging folder with it.
+        fs::create_directory(run.staging / "folder");
+        EXPECT_EQ(desk_.sweep(run).pictures.size(), 1U);
+        desk_.store().work(host::CloseFolder{before.string()});
+        run = next;
+        before = folder;
+    };
+    move_to("one");
+    move_to("two");
+    const int descriptors = open_descriptors();
+    for (int move = 0; move < 200; ++move) {
+        move_to(std::to_string(move));
+    }
+    EXPECT_EQ(open_descriptors(), descriptors);
+
+    EXPECT_TRUE(is_held(lock_of(first)));
+    Desk other(folder_.path());
+    EXPECT_EQ(other.fail_to_open(folder_.path().string()).problem.code, Code::folder_in_use);
+    // The worker is looked for in none of the folders that it has left.
+    Desk next(folder_.path() / "one");
+    const auto opened = next.open();
+    EXPECT_EQ(text_of(opened.problems, Code::worker_hangs), "");
+    EXPECT_EQ(names_of(opened.pictures, next.folder()), std::set<std::string>{"DSC00001.JPG"});
+
+    ::close(inherited);
+    desk_.sweep(run);
     EXPECT_EQ(other.open().folder, folder_.path().string());
 }
 
