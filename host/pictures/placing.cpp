@@ -62,8 +62,9 @@ class Placer {
     const ToPlace& file_;
     Placing line_;
     Spot spot_;
-    bool of_known_pair_ = false;
-    std::string name_;  // in target_
+    bool of_known_pair_ = false;      // and not tried under its stem yet
+    std::uint64_t least_number_ = 1;  // of a stem that was not tried yet
+    std::string name_;                // in target_
     Descriptor target_;
     bool moved_ = false;
 };
@@ -100,12 +101,20 @@ int Placer::choose_spot(TimeOfDay now) {
     return error;
 }
 
+// After one that the disk has, although no name in the folder looks like it, the next: a disk may
+// take for the same what is not the same here.
 int Placer::choose_name() {
-    const std::string_view ending = ending_of(file_.name);
-    name_ = spot_.stem + std::string(ending);
+    const std::string ending(ending_of(file_.name));
+    name_ = spot_.stem + ending;
     int error = 0;
-    if (!of_known_pair_ || is_taken(target_.number(), name_)) {
-        name_ = free_stem(target_.number(), spot_.stem, ending, error) + std::string(ending);
+    if (of_known_pair_ && !is_taken(target_.number(), name_)) {
+        of_known_pair_ = false;
+        least_number_ = 2;
+    } else {
+        const FreeStem free = free_stem(target_.number(), spot_.stem, ending, least_number_);
+        name_ = free.stem + ending;
+        least_number_ = free.number + 1;
+        error = free.error;
     }
     line_.picture.path = spot_.folder.empty() ? name_ : spot_.folder + "/" + name_;
     return error;

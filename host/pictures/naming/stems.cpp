@@ -1,7 +1,6 @@
 #include "host/pictures/naming/stems.h"
 
 #include <charconv>
-#include <cstdint>
 #include <set>
 
 #include "host/pictures/disk/listing.h"
@@ -114,23 +113,24 @@ std::string fold_case(std::string_view name) {
     return folded;
 }
 
-std::string free_stem(int folder, std::string_view stem, std::string_view ending, int& error) {
+FreeStem free_stem(int folder, std::string_view stem, std::string_view ending,
+                   std::uint64_t least) {
     const std::size_t beside = ending.size() + longest_count;
     const std::string_view base =
         shortened(stem, longest_name > beside ? longest_name - beside : 1);
     const std::string folded = fold_case(base);
     std::set<std::uint64_t> taken;
-    error = list_folder(folder, [&](const char* name) {
+    const int error = list_folder(folder, [&](const char* name) {
         if (const std::uint64_t number = number_under(name, folded)) {
             taken.insert(number);
         }
         return true;
     });
-    std::uint64_t number = 1;
+    std::uint64_t number = least;
     while (taken.count(number) > 0) {
         ++number;
     }
-    return std::string(base) + (number == 1 ? "" : "-" + std::to_string(number));
+    return {std::string(base) + (number == 1 ? "" : "-" + std::to_string(number)), number, error};
 }
 
 bool is_taken(int folder, std::string_view name) {

@@ -1,6 +1,7 @@
 // Names without their endings, and which of them a folder has no more room for.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -15,10 +16,16 @@ std::string_view ending_of(std::string_view name);
 // Latin, Greek and Cyrillic letters.
 std::string fold_case(std::string_view name);
 
+struct FreeStem {
+    std::string stem;
+    std::uint64_t number = 1;  // of "-2", "-3", ...; 1: the stem alone
+    int error = 0;             // an errno, or 0
+};
+
 // The name without its ending, or this with "-2", "-3", ..., whichever no file in the folder has,
-// of whatever kind and case. Shortened where the disk takes no name as long. `error`: an errno,
-// or 0.
-std::string free_stem(int folder, std::string_view stem, std::string_view ending, int& error);
+// of whatever kind and case, and no number below `least`. Shortened where the disk takes no name as
+// long.
+FreeStem free_stem(int folder, std::string_view stem, std::string_view ending, std::uint64_t least);
 
 // Does the folder have a file of this name, whatever its case?
 bool is_taken(int folder, std::string_view name);
