@@ -155,9 +155,11 @@ void Loop::on(brain::News& message) {
 }
 
 // What it has written before its end is still in the pipes. Who else writes into them is not waited
-// for.
+// for. One that was given up, because nothing ended it in time, is at its end only now: what it
+// brought waits for that.
 void Loop::on(ChildEnded& message) {
     if (!worker_ || worker_->run() != message.run) {
+        brain_.tell(brain::WorkerEnded{message.run, WorkerEnd::sigkill, message.status}, now_);
         return;
     }
     for (std::size_t bytes = 0, read = 1; read > 0 && bytes < most_read_at_once; bytes += read) {

@@ -189,6 +189,29 @@ TEST_F(BrokenWorkerTest, OneThatClosesItsStreamsIsEndedAllTheSame) {
     EXPECT_TRUE(is_gone(worker_process()));
 }
 
+// Its place is taken before its end is seen: with no time on any step, that of the one that hangs
+// is always taken so.
+TEST_F(BrokenWorkerTest, AFileOfOneThatWasGivenUpIsBroughtInOnceItHasEnded) {
+    times_.to_answer = milliseconds(300);
+    times_.rung_when_hung = times_.after_sigkill = {};
+    write("picture", jpeg("of the one that hangs"));
+    const std::string picture = folder_ / "picture";
+    const std::string hung = folder_ / "hung";
+    options_.worker = obedient("[ -e " + hung + " ] || { : > " + hung + R"(
+echo 'CPP_WORKER|START sony-1.0'
+echo 'READY|OK'
+read -r line
+cp )" + picture + R"( "${line#*|}/DSC00001.JPG"
+exec sleep 600
+})",
+                               "");
+    EXPECT_FALSE(make().start());
+    await_problem(Code::worker_hangs);
+    await_pictures(1);
+    EXPECT_TRUE(told().pictures[0].recovered);
+    EXPECT_EQ(read("shots/DSC00001.JPG"), jpeg("of the one that hangs"));
+}
+
 // A process that it leaves behind holds its pipes open, and its lock.
 TEST_F(BrokenWorkerTest, WhatAWorkerLeavesBehindHoldsNobodyUp) {
     options_.worker =
