@@ -98,43 +98,49 @@ void RunningWorker::add_to(std::vector<pollfd>& sources) const {
     }
 }
 
+// What it wrote on standard error before a line of output is told before that line: a camera that
+// announces itself as virtual is known as such when the worker says that it is ready. So the output
+// is read first, and the rest second.
 std::size_t RunningWorker::read(Time at, const Ear& ear) {
     if (!started_) {
         return 0;
     }
-    return read(error_, error_lines_, at, ear.error, [] {}) +
-           read(output_, lines_, at, ear.line, ear.too_long);
+    const std::string_view output = read(output_, buffer_);
+    const std::string_view error = read(error_, error_buffer_);
+    hear(error, error_lines_, at, ear.error, [] {});
+    hear(output, lines_, at, ear.line, ear.too_long);
+    return output.size() + error.size();
+}
+
+std::string_view RunningWorker::read(Descriptor& pipe, Buffer& buffer) {
+    if (!pipe.is_open()) {
+        return {};
+    }
+    const ssize_t count = ::read(pipe.number(), buffer.data(), buffer.size());
+    if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) {
+        pipe.close();
+    }
+    return {buffer.data(), count > 0 ? static_cast<std::size_t>(count) : 0};
 }
 
 // Once it floods it is read on, so that it can end, and no more is made of it: what it brought is
 // found in its folder.
 template <typename OnLine, typename OnTooLong>
-std::size_t RunningWorker::read(Descriptor& pipe, LineCutter& cutter, Time at, const OnLine& line,
-                                const OnTooLong& too_long) {
-    if (!pipe.is_open()) {
-        return 0;
+void RunningWorker::hear(std::string_view bytes, LineCutter& cutter, Time at, const OnLine& line,
+                         const OnTooLong& too_long) {
+    if (flooded_ || bytes.empty()) {
+        return;
     }
-    const ssize_t count = ::read(pipe.number(), buffer_.data(), buffer_.size());
-    if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) {
-        pipe.close();
-    }
-    if (count <= 0) {
-        return 0;
-    }
-    const auto bytes = static_cast<std::size_t>(count);
-    if (!flooded_) {
-        std::size_t lines = 0;
-        cutter.cut(
-            {buffer_.data(), bytes},
-            [&](std::string_view text) {
-                ++lines;
-                line(text);
-            },
-            too_long);
-        gauge_.add(lines, bytes, at);
-        flooded_ = gauge_.flood() != nullptr;
-    }
-    return bytes;
+    std::size_t lines = 0;
+    cutter.cut(
+        bytes,
+        [&](std::string_view text) {
+            ++lines;
+            line(text);
+        },
+        too_long);
+    gauge_.add(lines, bytes.size(), at);
+    flooded_ = gauge_.flood() != nullptr;
 }
 
 const char* RunningWorker::flood() {

@@ -82,9 +82,13 @@ class RunningWorker {
 
   private:
     RunningWorker(std::string run, Pipe input, Pipe output, Pipe error);
+    // As much as a pipe holds: one reading leaves nothing that was written before it.
+    using Buffer = std::array<char, std::size_t{64} * 1024>;
+
+    static std::string_view read(Descriptor& pipe, Buffer& buffer);
     template <typename OnLine, typename OnTooLong>
-    std::size_t read(Descriptor& pipe, LineCutter& cutter, Time at, const OnLine& line,
-                     const OnTooLong& too_long);
+    void hear(std::string_view bytes, LineCutter& cutter, Time at, const OnLine& line,
+              const OnTooLong& too_long);
 
     const std::string run_;
     Descriptor input_;
@@ -99,7 +103,8 @@ class RunningWorker {
     bool flooded_ = false;
     bool flood_told_ = false;
     Ladder ladder_;
-    std::array<char, std::size_t{64} * 1024> buffer_;
+    Buffer buffer_;
+    Buffer error_buffer_;
 };
 
 }  // namespace host
