@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 #include "bench/measure/subject.h"
 
 // The two halves of a round trip, in microseconds.
@@ -8,8 +10,9 @@ struct OneWay {
     double out;  // from there to a line in the host's hands
 };
 
+// On the clock that the bare programs stamp their lines with.
 inline double now_in_microseconds() {
-    return microseconds(Clock::now().time_since_epoch());
+    return microseconds(std::chrono::steady_clock::now().time_since_epoch());
 }
 
 // The echo writes the nanosecond, on the same clock, at which its main thread had the line.

@@ -1,18 +1,11 @@
 #include "host/camera/uptime.h"
 
-#include <ctime>
+#include "host/process/clock.h"
 
 namespace host {
 
 Time uptime() {
-#if defined(__APPLE__)
-    constexpr clockid_t clock = CLOCK_UPTIME_RAW;
-#else
-    constexpr clockid_t clock = CLOCK_MONOTONIC;
-#endif
-    timespec now{};
-    clock_gettime(clock, &now);
-    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+    return Clock::now().time_since_epoch();
 }
 
 TimeOfDay time_of_day() {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <sys/stat.h>
+#include <type_traits>
 
 namespace host::pictures {
 
@@ -13,8 +14,11 @@ struct Identity {
     bool operator==(const Identity&) const = default;
 };
 
+// A Mac's device numbers have a sign here, and none where the system tells which files a process
+// has open: they must not be widened with it.
 inline Identity identity_of(const struct stat& facts) {
-    return {static_cast<std::uint64_t>(facts.st_dev), static_cast<std::uint64_t>(facts.st_ino)};
+    return {static_cast<std::make_unsigned_t<decltype(facts.st_dev)>>(facts.st_dev),
+            static_cast<std::uint64_t>(facts.st_ino)};
 }
 
 // What shows after a restart that it is the same file.
