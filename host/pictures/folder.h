@@ -19,6 +19,7 @@
 
 #include "host/pictures/disk/identity.h"
 #include "host/pictures/ledger/ledger.h"
+#include "host/pictures/ledger/pages.h"
 #include "host/process/pipe.h"
 #include "host/values/file_work.h"
 
@@ -61,6 +62,7 @@ struct Folder {
     Descriptor incoming;
     Descriptor lock;
     Ledger ledger;
+    Pages pages;
     bool open = true;               // false: only its runs still use it
     bool renames_excluding = true;  // until the file system has said that it cannot
     std::uint64_t last_number = 0;  // of {n}

@@ -69,32 +69,12 @@ std::vector<Picture> Store::list(const std::string& folder, const std::string& a
     const std::shared_ptr<Folder> from = !folder.empty()    ? folder_at(folder)
                                          : folders_.empty() ? nullptr
                                                             : folders_.back();
-    std::vector<Picture> pictures;
-    if (from == nullptr || limit == 0) {
-        return pictures;
+    if (from == nullptr) {
+        return {};
     }
-    // Nothing of the ledger stays in memory but what is listed and what is being placed.
-    const auto read_behind = [&](bool reached) {
-        std::map<std::string, Picture> placing;
-        from->ledger.read([&](const LedgerEntry& entry) {
-            if (const auto* const line = std::get_if<Placing>(&entry)) {
-                placing.insert_or_assign(line->picture.id, line->picture);
-            } else if (const auto* const dropped = std::get_if<Dropped>(&entry)) {
-                placing.erase(dropped->id);
-            } else if (const auto* const placed = std::get_if<PlacedAs>(&entry)) {
-                auto picture = placing.extract(placed->id);
-                if (picture && reached) {
-                    picture.mapped().path = from->path + "/" + picture.mapped().path;
-                    pictures.push_back(std::move(picture.mapped()));
-                }
-                reached = reached || placed->id == after;
-            }
-            return pictures.size() < limit;
-        });
-        return reached;
-    };
-    if (!read_behind(after.empty())) {
-        read_behind(true);
+    std::vector<Picture> pictures = from->pages.behind(after, from->ledger, limit);
+    for (Picture& picture : pictures) {
+        picture.path = from->path + "/" + picture.path;
     }
     return pictures;
 }

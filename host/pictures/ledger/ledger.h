@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "host/pictures/ledger/entry.h"
 #include "host/process/pipe.h"
@@ -19,10 +21,22 @@ class Ledger {
     // On the disk when it returns. An errno, or 0; a line that was cut stays and is skipped.
     int append(const LedgerEntry& entry);
 
-    // Every line that can be read, in order, until the function says false.
-    void read(const std::function<bool(const LedgerEntry&)>& each) const;
+    // Every line that makes sense, in order, until the function says false. An errno, or 0.
+    int read(const std::function<bool(const LedgerEntry&)>& each) const;
+
+    // The same from the beginning of a line on. `end`: of the line, in bytes from the beginning.
+    using EachLine = std::function<bool(const LedgerEntry&, std::uint64_t end)>;
+    int read_from(std::uint64_t begin, const EachLine& each) const;
+
+    // Where the latest line that says this ends; nothing when there is none. Costs what stands
+    // behind that line.
+    std::optional<std::uint64_t> end_of(const LedgerEntry& entry) const;
+    // Whether a line that says this ends there.
+    bool has_before(std::uint64_t end, const LedgerEntry& entry) const;
 
   private:
+    std::string bytes(std::uint64_t begin, std::size_t most, int& error) const;
+
     Descriptor file_;
     bool torn_ = false;  // the last line has no line feed
 };
@@ -33,7 +47,9 @@ class LedgerLines {
     // Longer lines are garbage.
     static constexpr std::size_t longest = std::size_t{64} * 1024;
 
-    explicit LedgerLines(const std::function<bool(const LedgerEntry&)>& each) : each_(each) {}
+    // The first one begins at that many bytes.
+    explicit LedgerLines(const Ledger::EachLine& each, std::uint64_t begin = 0)
+        : each_(each), taken_(begin) {}
 
     // False: enough.
     bool add(std::string_view bytes);
@@ -41,7 +57,8 @@ class LedgerLines {
   private:
     bool end_line();
 
-    const std::function<bool(const LedgerEntry&)>& each_;
+    const Ledger::EachLine& each_;
+    std::uint64_t taken_;
     std::string line_;
     bool too_long_ = false;
 };

@@ -28,7 +28,8 @@ void stays_in_the_folder(const std::string& path) {
 // In pieces of this size.
 std::vector<LedgerEntry> read(std::string_view bytes, std::size_t piece) {
     std::vector<LedgerEntry> entries;
-    const std::function<bool(const LedgerEntry&)> keep = [&](const LedgerEntry& entry) {
+    const Ledger::EachLine keep = [&](const LedgerEntry& entry, std::uint64_t end) {
+        require(end <= bytes.size() && bytes[end - 1] == '\n', "a line ends with its line feed");
         entries.push_back(entry);
         return true;
     };

@@ -11,6 +11,7 @@
 namespace disk_calls {
 
 std::function<int(std::string_view call)> before;
+std::function<int()> before_reading;
 bool no_exclusive_rename = false;
 
 namespace {
@@ -34,6 +35,7 @@ int __real_openat(int folder, const char* name, int flags, ...);
 int __real_mkdir(const char* name, mode_t mode);
 int __real_mkdirat(int folder, const char* name, mode_t mode);
 ssize_t __real_write(int file, const void* bytes, size_t count);
+ssize_t __real_pread(int file, void* bytes, size_t count, off_t at);
 ssize_t __real_pwrite(int file, const void* bytes, size_t count, off_t at);
 int __real_ftruncate(int file, off_t size);
 int __real_fsync(int file);
@@ -63,6 +65,15 @@ ssize_t __wrap_write(int file, const void* bytes, size_t count) {
         return __real_write(file, bytes, count);
     }
     return refused("write") ? -1 : __real_write(file, bytes, count > 20 ? count / 2 : count);
+}
+
+ssize_t __wrap_pread(int file, void* bytes, size_t count, off_t at) {
+    const int error = disk_calls::before_reading ? disk_calls::before_reading() : 0;
+    if (error != 0) {
+        errno = error;
+        return -1;
+    }
+    return __real_pread(file, bytes, count, at);
 }
 
 ssize_t __wrap_pwrite(int file, const void* bytes, size_t count, off_t at) {

@@ -12,6 +12,9 @@ namespace disk_calls {
 // power.
 extern std::function<int(std::string_view call)> before;
 
+// Asked before each reading at a place in a file; the same.
+extern std::function<int()> before_reading;
+
 // A file system without a rename that replaces nothing.
 extern bool no_exclusive_rename;
 

@@ -1,0 +1,54 @@
+// What a page of pictures costs the disk.
+
+#include "tests/host/pictures/disk_calls.h"
+#include "tests/host/pictures/long_ledger.h"
+
+namespace {
+
+class PageCost : public testing::Test {
+  protected:
+    PageCost() : desk_(folder_.path()) {
+        fs::create_directory(folder_.path() / ".incoming");
+        write_file(folder_.path() / ".incoming/ledger", long_ledger(1, 100'000));
+        desk_.open();
+    }
+    ~PageCost() override {
+        disk_calls::before_reading = {};
+    }
+    // Of at most 64 KiB each, and how many a page of 100 took.
+    int readings_behind(std::uint64_t number, std::uint64_t first) {
+        int readings = 0;
+        disk_calls::before_reading = [&] {
+            ++readings;
+            return 0;
+        };
+        const std::string id = number == 0 ? "" : host::pictures::write_id(number);
+        const auto page = desk_.store().list("", id, 100);
+        disk_calls::before_reading = {};
+        EXPECT_EQ(page.size(), 100U);
+        EXPECT_EQ(page.empty() ? 0 : numbers_of(page).front(), first);
+        return readings;
+    }
+
+    TemporaryFolder folder_{quick_disk()};
+    Desk desk_;
+};
+
+TEST_F(PageCost, IsThatOfThePageHoweverLongTheLedger) {
+    const int first = readings_behind(0, 1);
+    EXPECT_LE(first, 2);
+    // The middle of the ledger is looked for once.
+    readings_behind(50'000, 50'001);
+    for (const std::uint64_t from : {100, 50'100}) {
+        for (std::uint64_t last = from; last < from + 2000; last += 100) {
+            // And one to see that the line is still there.
+            ASSERT_LE(readings_behind(last, last + 1), first + 2) << last;
+        }
+    }
+}
+
+TEST_F(PageCost, ForOneWhoHasNewsOfTheLatestIsSmallToo) {
+    EXPECT_LE(readings_behind(99'900, 99'901), 6);
+}
+
+}  // namespace
