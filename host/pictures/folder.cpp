@@ -17,6 +17,14 @@ bool Folder::is_there() const {
            identity_of(facts) == identity;
 }
 
+bool Folder::has_incoming() const {
+    struct stat facts {};
+    struct stat here {};
+    return ::fstat(incoming.number(), &here) == 0 &&
+           ::fstatat(itself.number(), incoming_name, &facts, AT_SYMLINK_NOFOLLOW) == 0 &&
+           identity_of(facts) == identity_of(here);
+}
+
 std::optional<std::uint64_t> Folder::room() const {
     struct statvfs facts {};
     if (::fstatvfs(itself.number(), &facts) != 0) {
@@ -27,6 +35,12 @@ std::optional<std::uint64_t> Folder::room() const {
 
 std::string Run::staging_path() const {
     return folder->path + "/" + incoming_name + "/" + name;
+}
+
+bool Run::has_staging() const {
+    struct stat facts {};
+    return ::fstatat(folder->incoming.number(), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) == 0 &&
+           identity_of(facts) == identity;
 }
 
 bool Run::was_placed(std::string_view file) const {

@@ -74,6 +74,8 @@ struct Folder {
 
     // The folder at its path is still this one.
     bool is_there() const;
+    // What lies in .incoming is there too. Who deletes that takes the worker's folder away.
+    bool has_incoming() const;
     std::optional<std::uint64_t> room() const;
 };
 
@@ -90,6 +92,7 @@ struct Run {
     std::unordered_set<std::uint64_t> placed;  // names that files had here, as hashes
 
     std::string staging_path() const;
+    bool has_staging() const;
     bool was_placed(std::string_view file) const;
     void remember_placed(std::string_view file);
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
-#include <set>
 #include <signal.h>
 #include <sys/file.h>
 #include <thread>
@@ -28,6 +27,7 @@ struct LeftRun {
     LockNote note;
     // The other folder has gone, with the lock in it, and a process of that number runs.
     bool out_of_sight = false;
+    int error = 0;  // an errno: nobody knows whether it is held
 
     const Lock* held() const {
         return own.taken == Taken::held_by_another        ? &own
@@ -45,6 +45,8 @@ LeftRun look_at(const Folder& folder, std::string name) {
     run.own = take_existing_lock(folder.incoming.number(), lock_of(name).c_str());
     run.name = std::move(name);
     if (!run.own.file.is_open()) {
+        // A lock that is missing, or is no file, is nobody's.
+        run.error = run.own.error == ENOENT || run.own.error == EINVAL ? 0 : run.own.error;
         return run;
     }
     run.note = read_note(run.own.file.number());
@@ -53,25 +55,6 @@ LeftRun look_at(const Folder& folder, std::string name) {
         run.out_of_sight = !run.stood_in.file.is_open() && runs(run.note.process);
     }
     return run;
-}
-
-std::vector<LeftRun> left_runs(const Folder& folder) {
-    std::set<std::string> names;
-    list_folder(folder.incoming.number(), [&](const char* text) {
-        std::string_view name = text;
-        if (name.substr(0, run_prefix.size()) == run_prefix) {
-            const bool lock = name.size() > lock_ending.size() &&
-                              name.substr(name.size() - lock_ending.size()) == lock_ending;
-            names.emplace(name.substr(0, name.size() - (lock ? lock_ending.size() : 0)));
-        }
-        return true;
-    });
-    std::vector<LeftRun> runs;
-    runs.reserve(names.size());
-    for (const std::string& name : names) {
-        runs.push_back(look_at(folder, name));
-    }
-    return runs;
 }
 
 void try_again(Lock& lock) {
@@ -126,6 +109,14 @@ Problem still_held(const Folder& folder, const LeftRun& run) {
             {}};
 }
 
+Problem out_of_reach(const Folder& folder, const std::string& run, int error) {
+    return {Code::picture_not_placed,
+            "What a worker of before has brought cannot be looked at: " + in_words(error) +
+                ". It stays in " + folder.path + "/" + incoming_name + "/" + run,
+            {},
+            {}};
+}
+
 void bring_in(const std::shared_ptr<Folder>& folder, const LeftRun& left, TimeOfDay now,
               Found& found) {
     Run run;
@@ -140,7 +131,10 @@ void bring_in(const std::shared_ptr<Folder>& folder, const LeftRun& left, TimeOf
             run, true, [](const std::string&) { return false; }, now);
         found.pictures.insert(found.pictures.end(), here.pictures.begin(), here.pictures.end());
         found.problems.insert(found.problems.end(), here.problems.begin(), here.problems.end());
+    } else if (error == ENOTDIR || error == ELOOP) {
+        return;  // a stranger's
     } else if (error != ENOENT) {
+        found.problems.push_back(out_of_reach(*folder, run.name, error));
         return;
     }
     if (remove_staging(run)) {
@@ -159,9 +153,24 @@ void remove_lock(const Folder& folder, const std::string& run) {
     }
 }
 
-Found take_over_left_runs(const std::shared_ptr<Folder>& folder, const Options& options,
-                          const std::atomic<bool>& hurried, TimeOfDay now) {
-    std::vector<LeftRun> runs = left_runs(*folder);
+int list_runs(const Folder& folder, std::set<std::string>& names) {
+    return list_folder(folder.incoming.number(), [&](const char* text) {
+        const std::string_view name = text;
+        if (name.starts_with(run_prefix)) {
+            names.emplace(name.substr(
+                0, name.size() - (name.ends_with(lock_ending) ? lock_ending.size() : 0)));
+        }
+        return true;
+    });
+}
+
+Found take_over_left_runs(const std::shared_ptr<Folder>& folder, const std::set<std::string>& names,
+                          const Options& options, const std::atomic<bool>& hurried, TimeOfDay now) {
+    std::vector<LeftRun> runs;
+    runs.reserve(names.size());
+    for (const std::string& name : names) {
+        runs.push_back(look_at(*folder, name));
+    }
     if (!await_end(runs, options.before_sigterm, hurried) && !hurried) {
         signal_holders(runs, SIGTERM);
         if (!await_end(runs, options.before_sigkill, hurried)) {
@@ -173,6 +182,8 @@ Found take_over_left_runs(const std::shared_ptr<Folder>& folder, const Options& 
     for (const LeftRun& run : runs) {
         if (run.held() != nullptr || run.out_of_sight) {
             found.problems.push_back(still_held(*folder, run));
+        } else if (run.error != 0) {
+            found.problems.push_back(out_of_reach(*folder, run.name, run.error));
         } else {
             bring_in(folder, run, now, found);
         }

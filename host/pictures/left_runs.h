@@ -3,8 +3,9 @@
 
 #include <atomic>
 #include <memory>
+#include <set>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "host/pictures/disk/lock.h"
 #include "host/pictures/folder.h"
@@ -13,10 +14,13 @@
 
 namespace host::pictures {
 
-// Ends the workers that outlive their program, and brings in what the runs have left. The folder's
-// lock is held, so that no program has a run there.
-Found take_over_left_runs(const std::shared_ptr<Folder>& folder, const Options& options,
-                          const std::atomic<bool>& hurried, TimeOfDay now);
+// The names of all runs in a folder; what is no run may be among them. An errno, or 0.
+int list_runs(const Folder& folder, std::set<std::string>& names);
+
+// Ends the workers that outlive their program, and brings in what these runs have left. The
+// folder's lock is held, so that no program has a run there.
+Found take_over_left_runs(const std::shared_ptr<Folder>& folder, const std::set<std::string>& names,
+                          const Options& options, const std::atomic<bool>& hurried, TimeOfDay now);
 
 // Removes a run's lock file, which is ours: a regular file of its name.
 void remove_lock(const Folder& folder, const std::string& run);

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <set>
 #include <sys/statvfs.h>
 #include <thread>
 #include <unistd.h>
@@ -16,8 +17,8 @@
 #include "host/pictures/sweeping.h"
 #include "host/process/clock.h"
 #include "host/process/command.h"
-
 #include "host/values/utf8.h"
+
 namespace host::pictures {
 namespace {
 
@@ -175,9 +176,10 @@ FileAnswer Store::open_folder(const OpenFolder& work) {
     if (problem) {
         return FolderNotOpened{work.ticket, *problem};
     }
-    const auto known = std::find_if(
-        folders_.begin(), folders_.end(),
-        [&](const std::shared_ptr<Folder>& one) { return one->identity == folder->identity; });
+    const auto known =
+        std::find_if(folders_.begin(), folders_.end(), [&](const std::shared_ptr<Folder>& one) {
+            return one->identity == folder->identity && one->has_incoming();
+        });
     if (known == folders_.end()) {
         return take_folder(work.ticket, std::move(folder));
     }
@@ -221,11 +223,19 @@ FileAnswer Store::take_folder(Ticket ticket, std::shared_ptr<Folder> folder) {
     if (!problem) {
         problem = open_ledger(*folder);
     }
+    Found found;
+    std::set<std::string> runs;
+    if (!problem) {
+        // What cannot be read now is read at the next try. Without it, shots would be numbered
+        // anew, pictures told under other ids, and files left behind that nobody names.
+        int error = list_runs(*folder, runs);
+        error = error == 0 ? recover(*folder, now(), found) : error;
+        problem = error == 0 ? std::nullopt : std::optional(not_usable(folder->path, error));
+    }
     if (problem) {
         return FolderNotOpened{ticket, *problem};
     }
-    Found found = recover(*folder, now());
-    append(found, take_over_left_runs(folder, options_, hurried_, now()));
+    append(found, take_over_left_runs(folder, runs, options_, hurried_, now()));
     append(found, {{}, about_damaged(found.pictures)});
     FolderOpened opened{ticket,         folder->path,      std::move(found.pictures),
                         found.problems, folder->last_shot, folder->room()};
@@ -250,11 +260,19 @@ FolderLooked Store::look(const LookAtFolder& work) const {
     looked.there = ::stat(work.folder.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
     const std::shared_ptr<Folder> folder = folder_at(work.folder);
     if (folder != nullptr && looked.there) {
-        looked.same = identity_of(facts) == folder->identity;
+        looked.same = identity_of(facts) == folder->identity && can_be_shot_into(*folder);
         looked.writable = looked.same && is_writable(folder->itself.number());
         looked.room = folder->room().value_or(0);
     }
     return looked;
+}
+
+// The worker's staging folder is where it was made: a shot into another would be lost.
+bool Store::can_be_shot_into(const Folder& folder) const {
+    return folder.has_incoming() && std::all_of(runs_.begin(), runs_.end(), [&](const auto& one) {
+               const Run& run = *one.second;
+               return run.folder.get() != &folder || is_stood_in(run) || run.has_staging();
+           });
 }
 
 std::shared_ptr<Folder> Store::folder_at(const std::string& path) const {

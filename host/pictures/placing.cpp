@@ -269,8 +269,13 @@ Descriptor open_below(int folder, std::string_view path, bool make, int& error) 
     while (error == 0 && !path.empty()) {
         const std::string part(path.substr(0, path.find('/')));
         path.remove_prefix(std::min(path.size(), part.size() + 1));
-        if (make && ::mkdirat(here.number(), part.c_str(), 0777) != 0 && errno != EEXIST) {
+        if (make && ::mkdirat(here.number(), part.c_str(), 0777) == 0) {
+            // A file that is safe in a folder that is not would be lost with it.
+            error = sync_file(here.number());
+        } else if (make && errno != EEXIST) {
             error = errno;
+        }
+        if (error != 0) {
             return {};
         }
         Descriptor next = open_folder(here.number(), part.c_str(), error);

@@ -39,7 +39,7 @@ class Recovery {
   public:
     Recovery(Folder& folder, TimeOfDay now) : folder_(folder), now_(now) {}
 
-    Found recover();
+    int recover(Found& found);
 
   private:
     void remember(const LedgerEntry& entry);
@@ -162,11 +162,14 @@ void Recovery::finish(const Placing& cut) {
     }
 }
 
-Found Recovery::recover() {
-    folder_.ledger.read([&](const LedgerEntry& entry) {
+int Recovery::recover(Found& found) {
+    const int error = folder_.ledger.read([&](const LedgerEntry& entry) {
         remember(entry);
         return true;
     });
+    if (error != 0) {
+        return error;
+    }
     for (auto& [order, picture] : untold_) {
         tell(std::move(picture));
     }
@@ -181,13 +184,14 @@ Found Recovery::recover() {
     for (const Placing* cut : oldest_first) {
         finish(*cut);
     }
-    return std::move(found_);
+    found = std::move(found_);
+    return 0;
 }
 
 }  // namespace
 
-Found recover(Folder& folder, TimeOfDay now) {
-    return Recovery(folder, now).recover();
+int recover(Folder& folder, TimeOfDay now, Found& found) {
+    return Recovery(folder, now).recover(found);
 }
 
 }  // namespace host::pictures

@@ -16,8 +16,9 @@ struct Found {
     std::vector<Problem> problems;
 };
 
-// Reads the ledger into the folder, and brings placings that were cut to their end. The pictures
-// that were placed and never told, in the order in which they were placed.
-Found recover(Folder& folder, TimeOfDay now);
+// Reads the ledger into the folder, and brings placings that were cut to their end. Found are the
+// pictures that were placed and never told, in the order in which they were placed. An errno, and
+// nothing is changed, when the ledger cannot be read; or 0.
+int recover(Folder& folder, TimeOfDay now, Found& found);
 
 }  // namespace host::pictures

@@ -80,6 +80,7 @@ class Store {
     std::optional<Problem> lock_folder(Folder& folder);
     void close_folder(const std::string& path);
     FolderLooked look(const LookAtFolder& work) const;
+    bool can_be_shot_into(const Folder& folder) const;
     std::shared_ptr<Folder> folder_at(const std::string& path) const;
 
     // runs.cpp
@@ -88,8 +89,8 @@ class Store {
     void begin_run(const RunBegun& work);
     RunSwept sweep_run(const SweepRun& work);
     void forget_run(const std::shared_ptr<Run>& run);
-    bool is_stood_in(const Run& run) const;
     void let_go_of(const std::shared_ptr<Run>& run);
+    bool is_stood_in(const Run& run) const;
 
     // examining.cpp
     Examined examine(const Examine& work);

@@ -37,8 +37,10 @@ void Brain::folder_opened_to_move(const FolderOpened& answer) {
 // A worker that took the place of another meanwhile is waited for.
 void Brain::open_run_to_move() {
     Configuring& now = *configuring_;
-    const bool in_force =
-        folder_open_ && now.folder == folder_ && !problems_.stands(Code::folder_not_taken);
+    // One that was gone is another one now, although its path is the same.
+    const bool in_force = folder_open_ && now.folder == folder_ &&
+                          !problems_.stands(Code::folder_not_taken) &&
+                          !problems_.stands(Code::folder_gone);
     if (worker_ == Worker::none || in_force) {
         return adopt_folder();
     }

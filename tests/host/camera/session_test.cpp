@@ -147,6 +147,35 @@ TEST_F(CameraSessionTest, AFolderThatGoesAwayIsSaidAndNotMadeAgain) {
     EXPECT_FALSE(fs::exists(folder_ / "shots"));
 }
 
+// Its path is the same, and the worker must be told all the same.
+TEST_F(CameraSessionTest, AFolderInTheSteadOfAnotherIsTakenOnceItIsAskedFor) {
+    connect();
+    const std::vector<std::function<void()>> losses{[&] {
+                                                        fs::rename(folder_ / "shots",
+                                                                   folder_ / "moved");
+                                                        fs::create_directory(folder_ / "shots");
+                                                    },
+                                                    [&] {
+                                                        fs::remove_all(folder_ / "shots/.incoming");
+                                                    }};
+    for (const auto& lose : losses) {
+        lose();
+        const host::Shot refused = camera_->capture();
+        EXPECT_EQ(refused.status, ShotStatus::refused);
+        ASSERT_EQ(refused.problems.size(), 1u);
+        EXPECT_EQ(refused.problems[0].code, Code::folder_gone);
+        host::Configure change;
+        change.folder = folder_ / "shots";
+        const host::Answer answer = answer_to(change);
+        ASSERT_TRUE(std::holds_alternative<host::SessionState>(answer));
+        EXPECT_TRUE(std::get<host::SessionState>(answer).problems.empty());
+        const host::Shot shot = camera_->capture();
+        EXPECT_EQ(shot.status, ShotStatus::complete);
+        ASSERT_EQ(shot.pictures.size(), 1u);
+        EXPECT_EQ(fs::path(shot.pictures[0].path).parent_path(), folder_ / "shots");
+    }
+}
+
 TEST_F(CameraSessionTest, TheEndIsInOrderAndLeavesNothingBehind) {
     connect();
     const pid_t process = worker_process();

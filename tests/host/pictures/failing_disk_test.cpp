@@ -1,11 +1,21 @@
 // Any call that fails, once or for ever: nothing is lost, and what is not in its place is named.
 
+#include <algorithm>
 #include <cerrno>
 
 #include "tests/host/pictures/afternoon.h"
 #include "tests/host/pictures/disk_calls.h"
 
 namespace {
+
+// By its path, or together with all that its folder holds.
+bool is_named(const std::vector<host::Problem>& problems, const fs::path& staging,
+              const std::string& name) {
+    return std::any_of(problems.begin(), problems.end(), [&](const host::Problem& problem) {
+        return problem.text.find(staging / name) != std::string::npos ||
+               problem.text.ends_with(" in " + staging.string());
+    });
+}
 
 struct Failure {
     int error;
@@ -55,6 +65,55 @@ TEST_P(FailingDisk, LosesNothingAtAnyStep) {
     EXPECT_GT(step, 60);
 }
 
+TEST_P(FailingDisk, NamesWhatAStartLeavesAtAnyStep) {
+    const Failure& failure = GetParam();
+    const std::map<std::string, std::string> files{{"A.JPG", sample_jpeg("A")},
+                                                   {"B.JPG", sample_jpeg("B")}};
+    int step = 0;
+    for (bool failed = true; failed; ++step) {
+        SCOPED_TRACE("step " + std::to_string(step));
+        const TemporaryFolder folder(quick_disk());
+        fs::path staging;
+        {
+            Desk desk(folder.path());
+            desk.open();
+            staging = desk.open_run().staging;
+            for (const auto& [name, content] : files) {
+                write_file(staging / name, content);
+            }
+        }
+        disk_calls::no_exclusive_rename = failure.no_exclusive_rename;
+        int calls = 0;
+        disk_calls::before = [&](std::string_view) {
+            const int here = calls++;
+            return here == step || (failure.for_ever && here > step) ? failure.error : 0;
+        };
+        std::optional<host::FileAnswer> answer;
+        {
+            Desk desk(folder.path());
+            answer = desk.store().work(host::OpenFolder{1, folder.path().string()});
+        }
+        disk_calls::before = {};
+        failed = calls > step;
+        if (const auto* const opened = std::get_if<host::FolderOpened>(&*answer)) {
+            for (const auto& [name, content] : files) {
+                EXPECT_TRUE(!fs::exists(staging / name) ||
+                            is_named(opened->problems, staging, name))
+                    << name;
+            }
+        }
+        // The disk is well again.
+        Desk desk(folder.path());
+        desk.open();
+        EXPECT_EQ(files_in(folder.path()), files);
+        EXPECT_FALSE(fs::exists(staging));
+        if (HasFailure()) {
+            return;
+        }
+    }
+    EXPECT_GT(step, 20);
+}
+
 INSTANTIATE_TEST_SUITE_P(Once, FailingDisk,
                          testing::Values(Failure{EIO, false, false}, Failure{ENOSPC, false, false},
                                          Failure{EIO, false, true}));
@@ -97,6 +156,39 @@ TEST_F(DiskThatKnowsMoreNames, GetsTheNextOneForAHalfToo) {
     const host::Picture half = desk_.bring(run_, "DSC00001.JPG", sample_jpeg("1"), how);
     EXPECT_EQ(half.path, folder_.path() / "DSC00001-3.JPG");
     EXPECT_EQ(half.pair, "the pair");
+}
+
+TEST(UnreadableDisk, ALedgerThatCannotBeReadIsNotTakenForAnEmptyOne) {
+    const TemporaryFolder folder;
+    host::Picture picture;
+    {
+        Desk desk(folder.path());
+        desk.open();
+        picture =
+            desk.bring(desk.open_run(), "DSC00001.JPG", sample_jpeg("1"), {0, 41, "", "", "", {}});
+    }
+    Desk desk(folder.path());
+    int reading = 0;
+    for (bool failed = true; failed; ++reading) {
+        failed = false;
+        disk_calls::before_reading = [&, left = reading]() mutable {
+            failed = failed || left == 0;
+            return left-- == 0 ? EIO : 0;
+        };
+        const auto answer =
+            desk.store().work(host::OpenFolder{desk.next_ticket(), folder.path().string()});
+        disk_calls::before_reading = {};
+        ASSERT_TRUE(answer);
+        if (const auto* const opened = std::get_if<host::FolderOpened>(&*answer)) {
+            EXPECT_EQ(opened->last_shot, 41U) << reading;
+            EXPECT_EQ(opened->pictures, std::vector<host::Picture>{picture}) << reading;
+            desk.store().work(host::CloseFolder{folder.path().string()});
+        } else {
+            EXPECT_EQ(std::get<host::FolderNotOpened>(*answer).problem.code,
+                      host::Code::folder_not_taken);
+        }
+    }
+    EXPECT_GT(reading, 2);
 }
 
 }  // namespace

@@ -224,6 +224,31 @@ TEST_F(Opening, AFolderInAnothersPlaceIsOpenedAnew) {
     desk.sweep(before);
 }
 
+TEST_F(Opening, AStagingFolderThatIsDeletedIsSeenAndMadeAnewWhenItIsAskedFor) {
+    Desk desk(folder_.path());
+    desk.open();
+    const OpenedRun left = desk.open_run();
+    OpenedRun run = desk.open_run(left.name);
+    const auto can_be_shot_into = [&] {
+        const auto looked = desk.ask<host::FolderLooked>(
+            host::LookAtFolder{desk.next_ticket(), folder_.path().string()});
+        EXPECT_TRUE(looked.there);
+        return looked.same;
+    };
+    fs::remove(left.staging);
+    EXPECT_TRUE(can_be_shot_into()) << "the worker was moved from there";
+    fs::remove(run.staging);
+    EXPECT_FALSE(can_be_shot_into());
+    run = desk.open_run(run.name);
+    EXPECT_TRUE(can_be_shot_into());
+    fs::remove_all(folder_.path() / ".incoming");
+    EXPECT_FALSE(can_be_shot_into());
+    EXPECT_EQ(desk.open().folder, folder_.path().string());
+    run = desk.open_run(run.name);
+    EXPECT_TRUE(can_be_shot_into());
+    EXPECT_EQ(desk.bring(run, "DSC00001.JPG", sample_jpeg()).path, folder_.path() / "DSC00001.JPG");
+}
+
 TEST_F(Opening, ALookNeverMakesAFolder) {
     const fs::path folder = folder_.path() / "shots";
     Desk desk(folder);
