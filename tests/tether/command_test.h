@@ -1,49 +1,19 @@
 // A command of tether against the worker and the virtual camera.
 #pragma once
 
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
-#include <stdlib.h>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "simulator/control/client.h"
 #include "tests/host/child.h"
+#include "tests/host/virtual_camera_test.h"
 #include "tests/sanitized.h"
 
-namespace fs = std::filesystem;
-
-class CommandTest : public testing::Test {
+class CommandTest : public VirtualCameraTest {
   protected:
-    CommandTest() {
-        char pattern[] = "/tmp/tether-test-XXXXXX";
-        folder_ = fs::canonical(mkdtemp(pattern));
-        write("scene", "timing instant\ncamera \"MODEL-A\" over USB, card in\n");
-        // Drawing what the virtual camera shoots would only take time.
-        write("own/a.jpg", jpeg("first picture"));
-        write("own/b.jpg", jpeg("the second one"));
-    }
     ~CommandTest() override {
         tether_.reset();
-        fs::remove_all(folder_);
-    }
-
-    void write(const std::string& name, const std::string& text) {
-        fs::create_directories((folder_ / name).parent_path());
-        std::ofstream(folder_ / name) << text;
-    }
-
-    std::string read(const std::string& name) {
-        std::ifstream stream(folder_ / name);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
-    // A whole JPEG with these bytes in place of a picture's.
-    static std::string jpeg(const std::string& bytes) {
-        return std::string("\xFF\xD8\xFF\xC0\x00\x02\xFF\xDA\x00\x02", 10) + bytes + "\xFF\xD9";
     }
 
     void start_tether(std::vector<std::string> arguments) {
@@ -85,13 +55,6 @@ class CommandTest : public testing::Test {
         return exit ? describe(*exit) : "still running";
     }
 
-    void tell_camera(const std::string& line) {
-        auto control = camera_sim::ControlClient::connect(folder_ / "control");
-        ASSERT_TRUE(control);
-        const auto reply = control->ask(line);
-        ASSERT_TRUE(reply && reply->ok) << line << ": " << (reply ? reply->error : "no answer");
-    }
-
     static void expect_in_order(const std::string& text, const std::vector<std::string>& parts) {
         std::size_t at = 0;
         for (const std::string& part : parts) {
@@ -102,18 +65,10 @@ class CommandTest : public testing::Test {
         }
     }
 
-    // A program of this text, which is a shell script.
-    std::string script(const std::string& name, const std::string& text) {
-        write(name, "#!/bin/sh\n" + text);
-        fs::permissions(folder_ / name, fs::perms::owner_all);
-        return folder_ / name;
-    }
-
     bool printed(const std::string& text) {
         return output_.find(text) != std::string::npos;
     }
 
-    fs::path folder_;
     Child tether_;
     std::string output_;
 };

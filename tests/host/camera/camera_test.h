@@ -2,24 +2,19 @@
 #pragma once
 
 #include <condition_variable>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <signal.h>
-#include <stdlib.h>
 #include <string>
 #include <vector>
 
 #include "host/brain/times.h"
 #include "host/camera.h"
 #include "host/process/mutex.h"
-#include "simulator/control/client.h"
-
-namespace fs = std::filesystem;
+#include "tests/host/virtual_camera_test.h"
 
 // Far beyond what anything here needs; only a failing test waits for it.
 constexpr std::chrono::seconds patience{60};
@@ -33,15 +28,9 @@ struct Told {
     std::vector<host::WireLine> lines;
 };
 
-class CameraTest : public testing::Test {
+class CameraTest : public VirtualCameraTest {
   protected:
     CameraTest() {
-        char pattern[] = "/tmp/camera-test-XXXXXX";
-        folder_ = fs::canonical(mkdtemp(pattern));
-        write("scene", "timing instant\ncamera \"MODEL-A\" over USB, card in\n");
-        // Drawing what the virtual camera shoots would only take time.
-        write("own/a.jpg", jpeg("first picture"));
-        write("own/b.jpg", jpeg("the second one"));
         // The tests ask for the number of the worker's process.
         options_.worker = script(
             "worker", "echo $$ >> " + (folder_ / "processes").string() + "\nexec " WORKER "\n");
@@ -55,27 +44,6 @@ class CameraTest : public testing::Test {
     }
     ~CameraTest() override {
         camera_.reset();
-        fs::remove_all(folder_);
-    }
-
-    static std::string jpeg(const std::string& bytes) {
-        return std::string("\xFF\xD8\xFF\xC0\x00\x02\xFF\xDA\x00\x02", 10) + bytes + "\xFF\xD9";
-    }
-
-    void write(const std::string& name, const std::string& text) {
-        fs::create_directories((folder_ / name).parent_path());
-        std::ofstream(folder_ / name) << text;
-    }
-
-    std::string read(const std::string& name) {
-        std::ifstream stream(folder_ / name);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
-    std::string script(const std::string& name, const std::string& text) {
-        write(name, "#!/bin/sh\n" + text);
-        fs::permissions(folder_ / name, fs::perms::owner_all);
-        return folder_ / name;
     }
 
     host::Camera& make() {
@@ -88,13 +56,6 @@ class CameraTest : public testing::Test {
         const auto problem = make().connect();
         EXPECT_FALSE(problem) << problem->text;
         return *camera_;
-    }
-
-    void tell_camera(const std::string& line) {
-        auto control = camera_sim::ControlClient::connect(folder_ / "control");
-        ASSERT_TRUE(control);
-        const auto reply = control->ask(line);
-        ASSERT_TRUE(reply && reply->ok) << line << ": " << (reply ? reply->error : "no answer");
     }
 
     // The process of the latest worker, of those that script() made.
@@ -157,7 +118,6 @@ class CameraTest : public testing::Test {
         return answer.value_or(host::Done{});
     }
 
-    fs::path folder_;
     host::brain::Times times_;
     host::CameraOptions options_;
     std::unique_ptr<host::Camera> camera_;

@@ -103,6 +103,28 @@ class Desk {
 // Waits for nobody.
 host::pictures::Options impatient();
 
+// A folder that is open, with a run in it.
+class OpenDesk : public testing::Test {
+  protected:
+    OpenDesk() : desk_(std::make_unique<Desk>(folder_.path())) {
+        desk_->open();
+        run_ = desk_->open_run();
+    }
+    // Another program, after this one has gone without a word.
+    host::FolderOpened restart() {
+        desk_ = nullptr;
+        desk_ = std::make_unique<Desk>(folder_.path());
+        return desk_->open();
+    }
+    fs::path lock() const {
+        return run_.staging.string() + ".lock";
+    }
+
+    TemporaryFolder folder_;
+    std::unique_ptr<Desk> desk_;
+    OpenedRun run_;
+};
+
 // Names from a folder, as FOLDER has them.
 std::set<std::string> names_of(const std::vector<host::Picture>& pictures, const fs::path& folder);
 

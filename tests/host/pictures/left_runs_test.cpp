@@ -71,24 +71,22 @@ class Worker {
     int told_ = -1;
 };
 
-class LeftRuns : public testing::Test {
+class LeftRuns : public OpenDesk {
   protected:
-    LeftRuns() : desk_(std::make_unique<Desk>(folder_.path())) {
-        desk_->open();
-        run_ = desk_->open_run();
-    }
-    fs::path lock() const {
-        return run_.staging.string() + ".lock";
-    }
     // The worker has begun, and its program goes without a word.
     void crash(const Worker& worker) {
         desk_->store().work(host::RunBegun{run_.name, worker.process()});
         desk_ = nullptr;
     }
-
-    TemporaryFolder folder_;
-    std::unique_ptr<Desk> desk_;
-    OpenedRun run_;
+    // The worker has gone on under another folder, where it leaves a file, and its program goes.
+    void crash_in(const fs::path& folder, const Worker& worker) {
+        desk_->ask<host::FolderOpened>(host::OpenFolder{desk_->next_ticket(), folder.string()});
+        desk_->store().work(host::RunBegun{run_.name, worker.process()});
+        const auto moved = desk_->ask<host::RunOpened>(
+            host::OpenRun{desk_->next_ticket(), folder.string(), run_.name});
+        write_file(fs::path(moved.staging) / "DSC00001.JPG", sample_jpeg("late"));
+        desk_ = nullptr;
+    }
 };
 
 TEST_F(LeftRuns, AWorkerThatIsStillEndingIsWaitedFor) {
@@ -182,13 +180,7 @@ TEST_F(LeftRuns, AWorkerThatSurvivesIsNamedAndItsFilesAreLeftAlone) {
 TEST_F(LeftRuns, AWorkerThatWasMovedIsKnownByTheLockOfItsFirstRun) {
     TemporaryFolder second;
     Worker worker(run_.lock, false);
-    desk_->ask<host::FolderOpened>(host::OpenFolder{desk_->next_ticket(), second.path().string()});
-    desk_->store().work(host::RunBegun{run_.name, worker.process()});
-    const auto moved = desk_->ask<host::RunOpened>(
-        host::OpenRun{desk_->next_ticket(), second.path().string(), run_.name});
-    write_file(fs::path(moved.staging) / "DSC00001.JPG", sample_jpeg("late"));
-    desk_ = nullptr;
-
+    crash_in(second.path(), worker);
     host::pictures::Options options = impatient();
     options.before_sigterm = std::chrono::minutes(10);
     Desk patient(second.path(), options);
@@ -201,12 +193,7 @@ TEST_F(LeftRuns, AWorkerThatWasMovedIsKnownByTheLockOfItsFirstRun) {
 TEST_F(LeftRuns, AWorkerWhoseFirstFolderHasGoneIsLeftAloneWhileItLives) {
     TemporaryFolder second;
     Worker worker(run_.lock, false);
-    desk_->ask<host::FolderOpened>(host::OpenFolder{desk_->next_ticket(), second.path().string()});
-    desk_->store().work(host::RunBegun{run_.name, worker.process()});
-    const auto moved = desk_->ask<host::RunOpened>(
-        host::OpenRun{desk_->next_ticket(), second.path().string(), run_.name});
-    write_file(fs::path(moved.staging) / "DSC00001.JPG", sample_jpeg("late"));
-    desk_ = nullptr;
+    crash_in(second.path(), worker);
     fs::remove_all(folder_.path());
 
     Desk next(second.path());

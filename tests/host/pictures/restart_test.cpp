@@ -7,24 +7,11 @@ namespace {
 using host::Code;
 using host::Picture;
 
-class Restart : public testing::Test {
+class Restart : public OpenDesk {
   protected:
-    Restart() : desk_(std::make_unique<Desk>(folder_.path())) {
-        desk_->open();
-        run_ = desk_->open_run();
-    }
-    host::FolderOpened restart() {
-        desk_ = nullptr;
-        desk_ = std::make_unique<Desk>(folder_.path());
-        return desk_->open();
-    }
     fs::path ledger() const {
         return folder_.path() / ".incoming/ledger";
     }
-
-    TemporaryFolder folder_;
-    std::unique_ptr<Desk> desk_;
-    OpenedRun run_;
 };
 
 TEST_F(Restart, APictureThatWasNeverToldIsToldAsItWas) {

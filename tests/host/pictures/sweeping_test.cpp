@@ -8,23 +8,7 @@ namespace {
 
 using host::Code;
 
-class Sweeping : public testing::Test {
-  protected:
-    Sweeping() : desk_(std::make_unique<Desk>(folder_.path())) {
-        desk_->open();
-        run_ = desk_->open_run();
-    }
-    // Another program, after this one has gone without a word.
-    host::FolderOpened restart() {
-        desk_ = nullptr;
-        desk_ = std::make_unique<Desk>(folder_.path());
-        return desk_->open();
-    }
-
-    TemporaryFolder folder_;
-    std::unique_ptr<Desk> desk_;
-    OpenedRun run_;
-};
+using Sweeping = OpenDesk;
 
 TEST_F(Sweeping, EveryFileIsBroughtInAndSaysSo) {
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("1"));
@@ -38,7 +22,7 @@ TEST_F(Sweeping, EveryFileIsBroughtInAndSaysSo) {
         EXPECT_FALSE(picture.pair.empty());
     }
     EXPECT_FALSE(fs::exists(run_.staging));
-    EXPECT_FALSE(fs::exists(run_.staging.string() + ".lock"));
+    EXPECT_FALSE(fs::exists(lock()));
 }
 
 TEST_F(Sweeping, HalvesOfOneStemAreAPair) {

@@ -1,0 +1,60 @@
+// A folder with all that a virtual camera needs, for tests of whoever drives it.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <stdlib.h>
+#include <string>
+
+#include "simulator/control/client.h"
+
+namespace fs = std::filesystem;
+
+class VirtualCameraTest : public testing::Test {
+  protected:
+    VirtualCameraTest() {
+        char pattern[] = "/tmp/camera-test-XXXXXX";
+        folder_ = fs::canonical(mkdtemp(pattern));
+        write("scene", "timing instant\ncamera \"MODEL-A\" over USB, card in\n");
+        // Drawing what the virtual camera shoots would only take time.
+        write("own/a.jpg", jpeg("first picture"));
+        write("own/b.jpg", jpeg("the second one"));
+    }
+    // Whatever a test has started in it has ended by then.
+    ~VirtualCameraTest() override {
+        fs::remove_all(folder_);
+    }
+
+    void write(const std::string& name, const std::string& text) {
+        fs::create_directories((folder_ / name).parent_path());
+        std::ofstream(folder_ / name) << text;
+    }
+
+    std::string read(const std::string& name) {
+        std::ifstream stream(folder_ / name);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    // A whole JPEG with these bytes in place of a picture's.
+    static std::string jpeg(const std::string& bytes) {
+        return std::string("\xFF\xD8\xFF\xC0\x00\x02\xFF\xDA\x00\x02", 10) + bytes + "\xFF\xD9";
+    }
+
+    // A program of this text, which is a shell script.
+    std::string script(const std::string& name, const std::string& text) {
+        write(name, "#!/bin/sh\n" + text);
+        fs::permissions(folder_ / name, fs::perms::owner_all);
+        return folder_ / name;
+    }
+
+    void tell_camera(const std::string& line) {
+        auto control = camera_sim::ControlClient::connect(folder_ / "control");
+        ASSERT_TRUE(control);
+        const auto reply = control->ask(line);
+        ASSERT_TRUE(reply && reply->ok) << line << ": " << (reply ? reply->error : "no answer");
+    }
+
+    fs::path folder_;
+};
