@@ -1,6 +1,7 @@
 #include "host/brain/session/held_lines.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/brain/text.h"
 #include "host/brain/times.h"
@@ -14,10 +15,13 @@ constexpr std::string_view camera = "LOG|[SONY] camera \"";
 constexpr std::string_view opening = "STATUS|Opening camera session";
 constexpr std::string_view downloaded = "DOWNLOADED|";
 
-// Whether the line reports a file with a line break in its path.
-bool has_break(std::string_view line) {
-    return begins_with(line, downloaded) && (line.find("%0A") != std::string_view::npos ||
-                                             line.find("%0a") != std::string_view::npos);
+// The path of a line that reports a file with a line break in it; empty for any other.
+std::string path_with_break(std::string_view line) {
+    const bool has_break =
+        begins_with(line, downloaded) &&
+        (line.find("%0A") != std::string_view::npos || line.find("%0a") != std::string_view::npos);
+    std::string path = has_break ? unescape_field(line.substr(downloaded.size())) : "";
+    return path.size() <= limit::path ? path : "";
 }
 
 bool ends_with_name(std::string_view path, std::string_view name) {
@@ -30,14 +34,15 @@ bool ends_with_name(std::string_view path, std::string_view name) {
 }  // namespace
 
 void HeldLines::hear(std::string_view text, Time at) {
-    lines_.push_back({std::string(text), at});
+    Held held{{std::string(text), at}, path_with_break(text)};
     bytes_ += text.size();
-    reports_with_breaks_ += has_break(text) ? 1 : 0;
+    reports_with_breaks_ += held.reported.empty() ? 0 : 1;
+    lines_.push_back(std::move(held));
 }
 
 std::optional<HeldLine> HeldLines::next(Time now) {
     while (!lines_.empty()) {
-        const HeldLine& first = lines_.front();
+        const HeldLine& first = lines_.front().line;
         const bool of_file = begins_with(first.text, landed);
         if (!of_file && !begins_with(first.text, camera)) {
             return take_first();
@@ -59,59 +64,85 @@ std::optional<HeldLine> HeldLines::next(Time now) {
 }
 
 HeldLine HeldLines::take_first() {
-    HeldLine line = std::move(lines_.front());
+    Held first = std::move(lines_.front());
     lines_.pop_front();
-    bytes_ -= line.text.size();
-    reports_with_breaks_ -= has_break(line.text) ? 1 : 0;
-    return line;
+    bytes_ -= first.line.text.size();
+    reports_with_breaks_ -= first.reported.empty() ? 0 : 1;
+    return std::move(first.line);
 }
 
 // Nothing of the name stands between the two, and none of it can follow: what follows would make
 // the report a part of the name, which has no slash in it, while a report has.
 bool HeldLines::its_report_is_next() const {
-    if (lines_.size() < 2 || reports_with_breaks_ > 0 || !begins_with(lines_[1].text, downloaded)) {
+    if (lines_.size() < 2 || reports_with_breaks_ > 0 ||
+        !begins_with(lines_[1].line.text, downloaded)) {
         return false;
     }
     const std::string path =
-        unescape_field(std::string_view(lines_[1].text).substr(downloaded.size()));
-    const std::string_view name = std::string_view(lines_.front().text).substr(landed.size());
+        unescape_field(std::string_view(lines_[1].line.text).substr(downloaded.size()));
+    const std::string_view name = std::string_view(lines_.front().line.text).substr(landed.size());
     return !name.empty() && begins_with(path, "/") && ends_with_name(path, name);
 }
 
 // The most that any report explains: a report can be forged by a name too, but then that name's own
-// report explains more.
+// report explains more. Thousands of such lines may come while one is held, so only the reports
+// that can matter are looked at.
 std::size_t HeldLines::lines_of_file_name() const {
     std::size_t most = 0;
-    if (reports_with_breaks_ == 0) {
-        return most;
-    }
-    for (std::size_t report = 1; report < lines_.size(); ++report) {
-        if (!has_break(lines_[report].text)) {
-            continue;
-        }
-        const std::string path =
-            unescape_field(std::string_view(lines_[report].text).substr(downloaded.size()));
-        const auto breaks = static_cast<std::size_t>(std::count(path.begin(), path.end(), '\n'));
-        if (breaks <= most) {
-            continue;
-        }
-        const std::string_view last_part =
-            std::string_view(path).substr(path.find_last_of('\n') + 1);
-        std::string name = lines_.front().text.substr(landed.size());
-        for (std::size_t count = 1; count < report && count <= breaks; ++count) {
-            name += '\n' + lines_[count].text;
-            if (count > most && lines_[count].text == last_part && ends_with_name(path, name)) {
-                most = count;
-            }
+    std::size_t left = std::min(reports_with_breaks_, limit::reports_of_name);
+    for (std::size_t line = 1; left > 0; ++line) {
+        if (!lines_[line].reported.empty()) {
+            --left;
+            most = std::max(most, lines_explained(line));
         }
     }
     return most;
 }
 
+// How many of the lines behind the log line the file's name in this report has; 0: it is another
+// file's. Within the name the log line ends at a break, and before it the name begins.
+std::size_t HeldLines::lines_explained(std::size_t report) const {
+    const std::string_view path = lines_[report].reported;
+    const std::string_view name = std::string_view(lines_.front().line.text).substr(landed.size());
+    if (begins_with(name, "/")) {
+        return lines_in(path, report);
+    }
+    const std::size_t first = path.size() - std::min(path.size(), limit::file_name);
+    for (std::size_t end = path.find('\n', first + name.size()); end != std::string_view::npos;
+         end = path.find('\n', end + 1)) {
+        const std::size_t begin = end - name.size();
+        if ((begin == 0 || path[begin - 1] == '/') && path.substr(begin, name.size()) == name) {
+            const std::size_t lines = lines_in(path.substr(begin), report);
+            if (lines > 0) {
+                return lines;
+            }
+        }
+    }
+    return 0;
+}
+
+// How many lines the name has behind its first one; 0: what follows the log line is not its rest.
+std::size_t HeldLines::lines_in(std::string_view name, std::size_t report) const {
+    std::string_view part = std::string_view(lines_.front().line.text).substr(landed.size());
+    for (std::size_t line = 0;; part = lines_[line].line.text) {
+        if (!begins_with(name, part)) {
+            return 0;
+        }
+        name.remove_prefix(part.size());
+        if (name.empty()) {
+            return line;
+        }
+        if (name.front() != '\n' || ++line == report) {
+            return 0;
+        }
+        name.remove_prefix(1);
+    }
+}
+
 // The last such line is the worker's own.
 std::size_t HeldLines::lines_of_camera_name() const {
     for (std::size_t line = lines_.size() - 1; line > 0; --line) {
-        if (lines_[line].text == opening) {
+        if (lines_[line].line.text == opening) {
             return line - 1;
         }
     }
@@ -126,7 +157,7 @@ void HeldLines::forget() {
 }
 
 Time HeldLines::wake_at() const {
-    return lines_.empty() ? never : lines_.front().at + hold_;
+    return lines_.empty() ? never : lines_.front().line.at + hold_;
 }
 
 }  // namespace host::brain

@@ -40,15 +40,22 @@ class HeldLines {
     Time wake_at() const;
 
   private:
+    struct Held {
+        HeldLine line;
+        std::string reported;  // the path, when the line reports a file with a line break in it
+    };
+
     // The first line is about a file that landed, and the second one reports it.
     bool its_report_is_next() const;
     // How many of the lines behind the first, which is a log line, belong to its name.
     std::size_t lines_of_file_name() const;
+    std::size_t lines_explained(std::size_t report) const;
+    std::size_t lines_in(std::string_view name, std::size_t report) const;
     std::size_t lines_of_camera_name() const;
     HeldLine take_first();
 
     Time hold_;
-    std::deque<HeldLine> lines_;
+    std::deque<Held> lines_;
     std::size_t bytes_ = 0;
     std::size_t reports_with_breaks_ = 0;
     bool ended_ = false;

@@ -1,6 +1,7 @@
 // Which lines the worker wrote, and which are the rest of a file's name.
 #include "host/brain/session/held_lines.h"
 
+#include <chrono>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -11,6 +12,7 @@ namespace host::brain {
 namespace {
 
 using std::chrono::milliseconds;
+using std::chrono::seconds;
 using Lines = std::vector<std::string>;
 
 class HeldLinesTest : public testing::Test {
@@ -183,6 +185,42 @@ TEST_F(HeldLinesTest, ACameraThatIsNotOpenedTakesNoLineAway) {
     hear("ERROR|Camera not detected");
     now += milliseconds(20);
     EXPECT_EQ(believed(), (Lines{"ERROR|Camera not detected"}));
+}
+
+TEST_F(HeldLinesTest, ANameLongerThanAnyFileCanHaveTakesNoLineAway) {
+    const std::string longest(limit::file_name - 2, 'b');
+    land("a\n" + longest);
+    land("a\n" + longest + "b");
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), (Lines{"DOWNLOADED|/f/a%0A" + longest, longest + "b",
+                                 "DOWNLOADED|/f/a%0A" + longest + "b"}));
+}
+
+TEST_F(HeldLinesTest, ANameFullOfForgedReportsIsFoundByItsOwn) {
+    std::string name = "a";
+    for (const std::string forged = "\nDOWNLOADED|a%0A"; name.size() + forged.size() < 1000;) {
+        name += forged;
+    }
+    land(name + "\nDISCONNECTED|");
+    now += milliseconds(20);
+    EXPECT_EQ(believed(), Lines{"DOWNLOADED|" + escape_field("/f/" + name + "\nDISCONNECTED|")});
+}
+
+// Every name below could be the beginning of every report, and no report explains any.
+TEST_F(HeldLinesTest, ThousandsOfNamesWithBreaksAreToldApartInNoTime) {
+    std::string path = "/f/";
+    for (int line = 0; line < 700; ++line) {
+        path += "%0A";
+    }
+    for (int count = 0; count < 400; ++count) {
+        hear("LOG|[SONY] landed ");
+        hear("\n\n\n");
+        hear("DOWNLOADED|" + path);
+    }
+    now += milliseconds(20);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(believed().size(), 400U * 5);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, seconds(2));
 }
 
 TEST_F(HeldLinesTest, NoMoreThan4096LinesAreHeld) {
