@@ -282,6 +282,7 @@ class Brain {
     Time shot_limit() const;
     Time shot_deadline() const;
     Time end_of_doubt() const;
+    Time end_of_look() const;
     bool has_all_files() const;
     std::size_t files_under_way() const;
 

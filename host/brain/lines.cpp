@@ -59,7 +59,7 @@ void Brain::obey(const HeldLine& line) {
 
 void Brain::hear_banner(std::string_view text) {
     if (worker_ == Worker::silent && banner_.empty()) {
-        banner_ = text.substr(0, limit::camera_name);
+        banner_ = beginning(text, limit::camera_name);
     }
 }
 

@@ -115,7 +115,8 @@ void Brain::on_request(RequestId id, const Capture& request) {
     hand.name = request.name.value_or(name_);
     hand.patience = std::clamp<Time>(request.patience.value_or(patience_),
                                      std::chrono::milliseconds(100), std::chrono::hours(1));
-    hand.expires = std::max(Time{}, request.expires.value_or(expires_));
+    hand.expires =
+        std::clamp<Time>(request.expires.value_or(expires_), Time{}, std::chrono::hours(1));
     if (unfired() >= limit::captures) {
         return refuse(hand, {Code::busy, "Eight captures are waiting already.", {}, {}});
     }

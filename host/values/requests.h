@@ -29,7 +29,7 @@ struct Disconnect {};
 // Answered by the Shot when it is over; by a Problem only when the session has never been ready.
 struct Capture {
     std::optional<Time> patience;     // how long files are waited for, 0.1 s to 3600 s
-    std::optional<Time> expires;      // not fired by then: refused
+    std::optional<Time> expires;      // not fired by then: refused; up to 3600 s
     std::optional<std::string> name;  // a template for the files of this shot
     std::string tag;
 };

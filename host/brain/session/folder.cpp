@@ -69,7 +69,7 @@ void Brain::on(const FolderLooked& answer) {
         }
     }
     shot_->step = ShotInHand::Step::waiting;
-    if (quiet() && now_ <= shot_->give_up_turn) {
+    if (quiet() && now_ <= end_of_look()) {
         fire();
     }
 }

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "host/brain/brain.h"
+#include "host/brain/text.h"
 #include "host/process/fields.h"
 
 namespace host::brain {
@@ -23,7 +24,7 @@ void Brain::open() {
 void Brain::hear_connected(std::string_view text) {
     const bool already = text == "already";
     if (!already) {
-        name_heard_ = unescape_field(text).substr(0, limit::camera_name);
+        name_heard_ = beginning(unescape_field(text), limit::camera_name);
     }
     switch (state_) {
         case State::opening:

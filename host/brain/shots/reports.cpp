@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/brain/brain.h"
+#include "host/brain/text.h"
 #include "host/process/fields.h"
 
 namespace host::brain {
@@ -42,6 +43,7 @@ void Brain::on(const Examined& answer) {
         look_at_room(*answer.room);
     }
     found->second.file = answer;
+    const std::string name(beginning(answer.camera_name, limit::shown_name));
     switch (answer.verdict) {
         case Verdict::there:
             return attribute(answer.ticket, found->second);
@@ -49,25 +51,22 @@ void Brain::on(const Examined& answer) {
             break;
         case Verdict::not_there:
             look_in_old_runs();
-            complain(found->second,
-                     {Code::picture_not_there,
-                      "A picture was reported that is not there: " + answer.camera_name,
-                      {},
-                      {}});
+            complain(found->second, {Code::picture_not_there,
+                                     "A picture was reported that is not there: " + name,
+                                     {},
+                                     {}});
             break;
         case Verdict::outside:
-            complain(found->second,
-                     {Code::picture_outside,
-                      "A picture outside the folder was reported: " + answer.camera_name,
-                      {},
-                      {}});
+            complain(found->second, {Code::picture_outside,
+                                     "A picture outside the folder was reported: " + name,
+                                     {},
+                                     {}});
             break;
         case Verdict::not_a_file:
-            complain(found->second,
-                     {Code::picture_not_placed,
-                      "What was reported as a picture is no file: " + answer.camera_name,
-                      {},
-                      {}});
+            complain(found->second, {Code::picture_not_placed,
+                                     "What was reported as a picture is no file: " + name,
+                                     {},
+                                     {}});
             break;
     }
     drop_report(answer.ticket);

@@ -35,11 +35,16 @@ void Brain::give_up_shot(const Problem& why) {
     }
 }
 
-// Something is wrong with the shot in hand.
+// Something is wrong with the shot in hand. Each is told; a worker that reports files without end
+// leaves the shot the first ones and the last, which says what came of it.
 void Brain::blame(Problem problem) {
     problem.shot = shot_->shot.number;
     mention(problem);
-    shot_->shot.problems.push_back(std::move(problem));
+    std::vector<Problem>& problems = shot_->shot.problems;
+    if (problems.size() == limit::shot_problems) {
+        problems.pop_back();
+    }
+    problems.push_back(std::move(problem));
 }
 
 void Brain::judge_shot(const std::optional<Problem>& why) {

@@ -102,16 +102,23 @@ Time Brain::files_deadline() const {
     return shot_->from + shot_->patience;
 }
 
-// However often its patience begins anew, a shot is answered in time.
+// However often its patience begins anew, and however late it was fired, a shot is answered in
+// time.
 Time Brain::shot_limit() const {
-    return shot_->fired + times_.to_answer + shot_->patience;
+    return std::min(shot_->fired, shot_->give_up_turn) + times_.to_answer + shot_->patience;
+}
+
+// A look that was begun in time takes a moment, also for a shot that is to be fired now or never.
+Time Brain::end_of_look() const {
+    return shot_->give_up_turn + times_.grace;
 }
 
 Time Brain::shot_deadline() const {
     switch (shot_->step) {
         case ShotInHand::Step::waiting:
-        case ShotInHand::Step::looking:
             return shot_->give_up_turn;
+        case ShotInHand::Step::looking:
+            return end_of_look();
         case ShotInHand::Step::firing:
             return shot_->fired + times_.to_answer;
         case ShotInHand::Step::waiting_for_files:

@@ -562,5 +562,117 @@ TEST(BrainShots, AShotThatExpiredWhileThisProcessStoodStillIsNotFiredBehindTheSt
     EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::refused);
 }
 
+TEST(BrainShots, ACaptureThatIsToBeFiredNowOrNeverIsFired) {
+    Stage stage;
+    stage.get_ready();
+    Capture capture;
+    capture.expires = Time{};
+    stage.disk_answers = false;
+    const RequestId request = stage.ask(capture);
+    stage.after(milliseconds(898));
+    EXPECT_FALSE(stage.is_answered(request)) << "the disk is still looking";
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    stage.after(milliseconds(800));
+    EXPECT_EQ(captures(stage), 1U);
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(request).status, ShotStatus::complete);
+}
+
+TEST(BrainShots, ACaptureThatIsToBeFiredNowOrNeverIsRefusedWhereItCannotBe) {
+    Stage stage;
+    stage.get_ready();
+    Capture capture;
+    capture.expires = Time{};
+    stage.disk_answers = false;
+    const RequestId slow = stage.ask(capture);
+    stage.after(milliseconds(901));
+    EXPECT_EQ(stage.answer_to<Shot>(slow).problems.at(0).code, Code::expired);
+    stage.disk_answers = true;
+    stage.session = false;
+    stage.camera_there = false;
+    stage.hear("DISCONNECTED|");
+    stage.after(seconds(1));
+    const RequestId without_camera = stage.ask(capture);
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<Shot>(without_camera).problems.at(0).code, Code::expired);
+    EXPECT_EQ(captures(stage), 0U);
+}
+
+TEST(BrainShots, AShotFiredAtTheLastMomentIsAnsweredInTimeAllTheSame) {
+    Stage stage;
+    stage.get_ready();
+    Capture capture;
+    capture.expires = Time{};
+    stage.disk_answers = false;
+    const RequestId request = stage.ask(capture);
+    stage.after(milliseconds(890));
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    stage.after(milliseconds(10'000));
+    stage.disk_answers = false;
+    stage.file("DSC00001.JPG");
+    const Time time_out = seconds(15) + seconds(20);
+    stage.after(time_out + seconds(1) - milliseconds(890 + 1 + 10'000 + 20));
+    EXPECT_TRUE(stage.is_answered(request));
+}
+
+TEST(BrainShots, AShotKeepsTheFirst63ProblemsAndTheLast) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId request = stage.shoot();
+    for (int file = 0; file < 1000; ++file) {
+        stage.report("F" + std::to_string(file) + ".JPG");
+    }
+    stage.after(seconds(60));
+    const Shot shot = stage.answer_to<Shot>(request);
+    ASSERT_EQ(shot.problems.size(), limit::shot_problems);
+    EXPECT_NE(shot.problems[0].text.find("F0.JPG"), std::string::npos);
+    EXPECT_NE(shot.problems[62].text.find("F62.JPG"), std::string::npos);
+    EXPECT_EQ(shot.problems[63].code, Code::no_picture);
+    EXPECT_EQ(stage.problems().size(), 1001U) << "each was told";
+}
+
+TEST(BrainShots, TheNameOfAFileIsShownUpTo255BytesAndNotCutInACharacter) {
+    Stage stage;
+    stage.get_ready();
+    stage.shoot();
+    std::string name = "x";
+    while (name.size() < 400) {
+        name += "\xC3\xA9";
+    }
+    const std::string shown = name.substr(0, 255);
+    const auto text = [&] {
+        const std::string told = stage.problems().back().text;
+        return told.substr(told.find(": ") + 2);
+    };
+    stage.report(name);
+    EXPECT_EQ(text(), shown);
+    stage.report("y" + name);
+    EXPECT_EQ(text(), "y" + shown.substr(0, 253));
+    stage.say_landed(name, "/etc/");
+    stage.after(milliseconds(20));
+    EXPECT_EQ(stage.problems().back().code, Code::picture_outside);
+    EXPECT_EQ(text(), shown);
+    stage.report(std::string(300, '\x80'));
+    EXPECT_EQ(text().size(), 255U) << "it is no text at all";
+}
+
+TEST(BrainShots, ACaptureThatMayWaitForEverIsRefusedAfterAnHour) {
+    Stage stage;
+    stage.get_ready();
+    stage.session = false;
+    stage.camera_there = false;
+    stage.hear("DISCONNECTED|");
+    stage.after(seconds(1));
+    Capture capture;
+    capture.expires = Time::max();
+    const RequestId request = stage.ask(capture);
+    stage.after(minutes(59));
+    EXPECT_FALSE(stage.is_answered(request));
+    stage.after(minutes(2));
+    EXPECT_EQ(stage.answer_to<Shot>(request).problems.at(0).code, Code::expired);
+}
+
 }  // namespace
 }  // namespace host::brain

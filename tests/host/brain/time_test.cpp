@@ -71,7 +71,7 @@ TEST(BrainTime, AStuckDiskIsAProblemAndNotASilence) {
     stage.get_ready();
     stage.disk_answers = false;
     const RequestId capture = stage.ask(Capture{});
-    stage.after(milliseconds(5100));
+    stage.after(milliseconds(5901));
     const Shot shot = stage.answer_to<Shot>(capture);
     EXPECT_EQ(shot.status, ShotStatus::refused);
     EXPECT_EQ(shot.problems.at(0).code, Code::expired);
@@ -146,6 +146,20 @@ TEST(BrainTime, AWeddingOf2000ShotsTakesNoTime) {
     const auto each = std::chrono::duration_cast<std::chrono::microseconds>(took) / 2000;
     RecordProperty("microseconds_a_shot", std::to_string(each.count()));
     EXPECT_LT(took, std::chrono::seconds(20));
+}
+
+TEST(BrainTime, ACameraNameIsNotCutInTheMiddleOfACharacter) {
+    Stage stage;
+    stage.camera_name = "x";
+    while (stage.camera_name.size() < 400) {
+        stage.camera_name += "\xE2\x82\xAC";
+    }
+    stage.get_ready();
+    EXPECT_EQ(stage.state().camera, stage.camera_name.substr(0, 256));
+    Stage other;
+    other.camera_name = stage.camera_name.substr(1);
+    other.get_ready();
+    EXPECT_EQ(other.state().camera, other.camera_name.substr(0, 255));
 }
 
 }  // namespace
