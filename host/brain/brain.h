@@ -128,7 +128,8 @@ class Brain {
         RunOpened run;
         bool echoed = false;
         std::optional<Problem> refusal;
-        std::optional<Problem> failure;  // why the folder was not changed
+        std::optional<Problem> failure;       // why the folder was not changed
+        std::optional<Problem> stood_before;  // of the same code
     };
 
     struct Ending {
@@ -171,6 +172,7 @@ class Brain {
     void raise_camera_problem(const Problem& problem);
     void clear(Code code);
     void clear_camera_problems();
+    void clear_session_problems();
     void mention(const Problem& problem);
     Problem standing_in_the_way() const;
     void look_at_room(std::uint64_t room);
@@ -280,9 +282,9 @@ class Brain {
     void strike_shot();
     Time files_deadline() const;
     Time shot_limit() const;
+    Time end_of_look() const;
     Time shot_deadline() const;
     Time end_of_doubt() const;
-    Time end_of_look() const;
     bool has_all_files() const;
     std::size_t files_under_way() const;
 
@@ -337,6 +339,7 @@ class Brain {
     static bool fits_in_a_command(const std::string& folder);
     static Problem path_too_long();
     void configured();
+    void take_failure_back(const Configuring& done);
 
     // session/ending.cpp
     void end_further();

@@ -38,6 +38,15 @@ void Brain::clear_camera_problems() {
     }
 }
 
+// Nobody looks for a camera any more: neither with it nor with its settings is anything wrong.
+void Brain::clear_session_problems() {
+    clear_camera_problems();
+    for (const Code code :
+         {Code::destination_not_taken, Code::file_type_not_taken, Code::card_missing}) {
+        clear(code);
+    }
+}
+
 void Brain::mention(const Problem& problem) {
     do_now(ProblemCame{problem});
 }
@@ -53,6 +62,13 @@ Problem Brain::standing_in_the_way() const {
     });
     if (found != all.end()) {
         return *found;
+    }
+    // What is still being waited for when a request is out of time is no problem that stands yet.
+    if (state_ == State::starting && (worker_ == Worker::none || worker_ == Worker::making_run)) {
+        return {Code::folder_gone, "The disk of the folder has not answered yet.", {}, {}};
+    }
+    if (state_ == State::starting) {
+        return {Code::worker_not_starting, "The worker is not ready yet.", {}, {}};
     }
     return {Code::not_connected, "No camera is connected.", {}, {}};
 }

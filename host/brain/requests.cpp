@@ -49,7 +49,7 @@ void Brain::on_request(RequestId id, const Connect&) {
         return reply(id, too_many());
     }
     wanted_ = true;
-    if (state_ == State::ready) {
+    if (state_ == State::ready && disconnects_.empty()) {
         return reply(id, state());
     }
     connects_.push_back({id, now_ + times_.connect_request});
@@ -80,24 +80,30 @@ void Brain::on_request(RequestId id, const Disconnect&) {
 }
 
 void Brain::let_camera_go() {
-    if (disconnects_.empty() || ending_ || state_ == State::closing) {
+    if (disconnects_.empty() || ending_) {
         return;
     }
     const bool session = state_ == State::opening || state_ == State::settling ||
                          state_ == State::ready || state_ == State::lost;
     if (!session) {
+        clear_session_problems();
+        if (state_ == State::closing) {
+            return;
+        }
         if (state_ == State::idle) {
             deadline_ = never;
         }
         return reply_all(disconnects_, state());
     }
-    if (shot_ && !let_go_now_) {
+    // One that was asked for behind this waits for the next session.
+    const bool shot_is_out = shot_ && shot_->step >= ShotInHand::Step::firing;
+    if (shot_is_out && !let_go_now_) {
         return;
     }
-    if (shot_) {
+    if (shot_is_out) {
         finish_shot(Problem{Code::cancelled, "Disconnected meanwhile.", {}, {}});
     }
-    clear_camera_problems();
+    clear_session_problems();
     close();
 }
 

@@ -23,9 +23,11 @@ bool StandingProblems::clear(Code code) {
                          [code](const Problem& problem) { return problem.code == code; }) > 0;
 }
 
-bool StandingProblems::stands(Code code) const {
-    return std::any_of(problems_.begin(), problems_.end(),
-                       [code](const Problem& problem) { return problem.code == code; });
+std::optional<Problem> StandingProblems::standing(Code code) const {
+    const auto found =
+        std::find_if(problems_.begin(), problems_.end(),
+                     [code](const Problem& problem) { return problem.code == code; });
+    return found == problems_.end() ? std::nullopt : std::optional(*found);
 }
 
 }  // namespace host::brain

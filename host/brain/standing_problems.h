@@ -1,6 +1,7 @@
 // The problems that stand, at most one of a code.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "host/values/problem.h"
@@ -15,7 +16,10 @@ class StandingProblems {
     // False when none of this code stood.
     bool clear(Code code);
 
-    bool stands(Code code) const;
+    bool stands(Code code) const {
+        return standing(code).has_value();
+    }
+    std::optional<Problem> standing(Code code) const;
 
     const std::vector<Problem>& all() const {
         return problems_;

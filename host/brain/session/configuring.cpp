@@ -1,4 +1,5 @@
 // Other settings in a running session: when no shot is out, one change after the other.
+#include <algorithm>
 #include <utility>
 
 #include "host/brain/brain.h"
@@ -80,11 +81,26 @@ bool Brain::in_force_or_known() const {
 }
 
 void Brain::configured() {
-    const Configuring done = *std::exchange(configuring_, {});
-    if (done.failure) {
-        raise(*done.failure);  // the folder of before may have been opened since
+    Configuring done = *std::exchange(configuring_, {});
+    if (done.failure && !problems_.stands(done.failure->code)) {
+        done.stood_before.reset();  // the folder of before was opened since
+        raise(*done.failure);
     }
     reply(done.request, state());
+    take_failure_back(done);
+}
+
+// Who asked for another folder has been told why it was not taken; with the one in force nothing is
+// wrong, or what was wrong before.
+void Brain::take_failure_back(const Configuring& done) {
+    const std::vector<Problem>& all = problems_.all();
+    if (!done.failure || std::find(all.begin(), all.end(), *done.failure) == all.end()) {
+        return;
+    }
+    clear(done.failure->code);
+    if (done.stood_before) {
+        raise(*done.stood_before);
+    }
 }
 
 void Brain::give_configuring_up() {
@@ -92,9 +108,9 @@ void Brain::give_configuring_up() {
         configuring_->step != Configuring::Step::turn) {
         move_failed({Code::folder_not_taken, "The folder could not be changed in time.", {}, {}});
     }
-    const RequestId request = configuring_->request;
-    configuring_.reset();
-    reply(request, standing_in_the_way());
+    const Configuring given_up = *std::exchange(configuring_, {});
+    reply(given_up.request, standing_in_the_way());
+    take_failure_back(given_up);
 }
 
 }  // namespace host::brain

@@ -118,6 +118,7 @@ void Brain::adopt_folder() {
 
 void Brain::move_failed(const Problem& problem) {
     Configuring& now = *configuring_;
+    now.stood_before = problems_.standing(problem.code);
     raise(problem);
     now.failure = problem;
     if (now.step == Configuring::Step::moving) {

@@ -33,7 +33,7 @@ std::size_t Brain::unfired() const {
 // Nothing is open between the worker and us: what is said now is done now.
 bool Brain::quiet() const {
     return state_ == State::ready && worker_ == Worker::up && probe_.fence == 0 &&
-           fence_.passed(after_stop_) && fence_.passed(last_capture_);
+           fence_.passed(after_stop_) && fence_.passed(last_capture_) && disconnects_.empty();
 }
 
 }  // namespace host::brain

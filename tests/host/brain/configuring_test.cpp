@@ -324,5 +324,43 @@ TEST(BrainConfiguring, IsAnsweredAfter60SecondsAtTheLatest) {
     EXPECT_EQ(stage.state().folder, "/shots");
 }
 
+TEST(BrainConfiguring, WhyAFolderWasNotTakenIsAnsweredAndDoesNotStandAgainstTheOneInForce) {
+    for (const Code code : {Code::folder_in_use, Code::folder_not_permitted, Code::folder_gone,
+                            Code::folder_not_taken}) {
+        Stage stage;
+        stage.get_ready();
+        stage.disk_answers = false;
+        const RequestId request = stage.ask(folder("/new"));
+        stage.after(milliseconds(1));
+        stage.answer(FolderNotOpened{stage.asked_of_disk<OpenFolder>().at(0).ticket,
+                                     {code, "/new", {}, {}}});
+        const auto state = stage.answer_to<SessionState>(request);
+        EXPECT_EQ(state.problems.at(0).text, "/new");
+        EXPECT_TRUE(stage.told(code));
+        EXPECT_TRUE(stage.state().problems.empty()) << word(code);
+    }
+}
+
+TEST(BrainConfiguring, NorDoesItWhenTheDiskHasNotAnsweredIn60Seconds) {
+    Stage stage;
+    stage.get_ready();
+    stage.disk_answers = false;
+    const RequestId request = stage.ask(folder("/new"));
+    stage.after(seconds(61));
+    EXPECT_EQ(stage.answer_to<Problem>(request).code, Code::folder_not_taken);
+    EXPECT_FALSE(stage.stands(Code::folder_not_taken));
+}
+
+TEST(BrainConfiguring, WhatStoodAgainstTheFolderInForceStandsBehindTheAnswerToo) {
+    Stage stage;
+    stage.get_ready();
+    stage.hear("ERROR|Could not set the download folder (0x00008000)");
+    const Problem before = stage.standing(Code::folder_not_taken);
+    const RequestId request = stage.ask(folder("/" + std::string(2000, '|')));
+    stage.after(milliseconds(1));
+    EXPECT_NE(stage.answer_to<SessionState>(request).problems.at(0), before);
+    EXPECT_EQ(stage.standing(Code::folder_not_taken), before);
+}
+
 }  // namespace
 }  // namespace host::brain

@@ -240,5 +240,73 @@ TEST(BrainOpening, DisconnectOfAHangingWorkerIsAnsweredIn20Seconds) {
     EXPECT_EQ(stage.answers(disconnect), 1U);
 }
 
+TEST(BrainOpening, NothingIsWrongWithACameraThatNobodyAsksForAnyMore) {
+    {
+        Stage stage;
+        stage.camera_there = false;
+        stage.ask(Connect{});
+        stage.after(seconds(3));
+        ASSERT_EQ(stage.state().state, State::idle);
+        ASSERT_TRUE(stage.stands(Code::camera_not_found));
+        const RequestId disconnect = stage.ask(Disconnect{});
+        EXPECT_TRUE(stage.answer_to<SessionState>(disconnect).problems.empty());
+    }
+    {
+        Stage stage;
+        stage.camera_there = false;
+        stage.ask(Connect{});
+        stage.after(milliseconds(1));
+        stage.worker_answers = false;
+        stage.after(milliseconds(500));
+        stage.after(milliseconds(500));
+        stage.hear("ERROR|Camera not detected");
+        stage.hear("PRIME_DONE|OK");
+        ASSERT_EQ(stage.state().state, State::closing);
+        ASSERT_TRUE(stage.stands(Code::camera_not_found));
+        const RequestId disconnect = stage.ask(Disconnect{});
+        EXPECT_TRUE(stage.state().problems.empty());
+        stage.hear("PRIME_DONE|OK");
+        EXPECT_TRUE(stage.answer_to<SessionState>(disconnect).problems.empty());
+    }
+}
+
+TEST(BrainOpening, WithTheCameraGoWhatItsSettingsLacked) {
+    Wishes wishes;
+    wishes.save_destination = SaveDestination::both;
+    Stage stage(wishes);
+    stage.card = false;
+    stage.takes_type = false;
+    stage.get_ready();
+    Configure type;
+    type.file_type = FileType::raw;
+    stage.ask(type);
+    stage.after(seconds(2));
+    ASSERT_TRUE(stage.stands(Code::card_missing));
+    ASSERT_TRUE(stage.stands(Code::file_type_not_taken));
+    const RequestId disconnect = stage.ask(Disconnect{});
+    stage.after(milliseconds(1));
+    EXPECT_TRUE(stage.answer_to<SessionState>(disconnect).problems.empty());
+}
+
+TEST(BrainOpening, ConnectBehindADisconnectThatWaitsIsAnsweredByTheNextSession) {
+    Stage stage;
+    stage.get_ready();
+    const RequestId shot = stage.shoot();
+    const RequestId disconnect = stage.ask(Disconnect{});
+    const RequestId connect = stage.ask(Connect{});
+    const RequestId capture = stage.ask(Capture{});
+    stage.after(milliseconds(1));
+    EXPECT_FALSE(stage.is_answered(connect)) << "this session is about to end";
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(shot).status, ShotStatus::complete);
+    EXPECT_TRUE(stage.said("DISCONNECT"));
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.answers(disconnect), 1U);
+    EXPECT_EQ(stage.answer_to<SessionState>(connect).state, State::ready);
+    stage.file("DSC00002.JPG");
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+}
+
 }  // namespace
 }  // namespace host::brain

@@ -189,5 +189,29 @@ TEST(BrainStarting, TheVirtualCameraIsShownAsSuch) {
     EXPECT_EQ(stage.states(), (States{State::idle}));
 }
 
+TEST(BrainStarting, AStartThatIsOutOfTimeIsAnsweredByWhatItWaitsFor) {
+    {
+        Stage stage;
+        stage.disk_answers = false;
+        const RequestId start = stage.ask(Start{});
+        stage.after(seconds(31));
+        EXPECT_EQ(stage.answer_to<Problem>(start).code, Code::folder_gone);
+        const RequestId connect = stage.ask(Connect{});
+        stage.after(seconds(61));
+        EXPECT_EQ(stage.answer_to<Problem>(connect).code, Code::folder_gone);
+    }
+    {
+        Stage stage;
+        stage.disk_answers = false;
+        stage.worker_gets_ready = false;
+        const RequestId start = stage.ask(Start{});
+        stage.after(seconds(25));
+        stage.disk_answers = true;
+        stage.after(milliseconds(1));
+        stage.after(seconds(6));
+        EXPECT_EQ(stage.answer_to<Problem>(start).code, Code::worker_not_starting);
+    }
+}
+
 }  // namespace
 }  // namespace host::brain
