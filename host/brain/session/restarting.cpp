@@ -97,9 +97,10 @@ void Brain::replace_worker() {
 
 // It has been killed and does not end. Its staging folder stays its own until it does.
 void Brain::abandon_worker() {
+    const std::string which =
+        process_ == 0 ? " that was being started" : ", process " + std::to_string(process_) + ",";
     raise({Code::worker_hangs,
-           "A worker, process " + std::to_string(process_) +
-               ", cannot be ended: it is stuck in the system.",
+           "A worker" + which + " cannot be ended: it is stuck in the system.",
            {},
            {}});
     worker_ = Worker::none;

@@ -269,5 +269,23 @@ TEST(BrainRestarting, WhatAWorkerBroughtThatEndsAfterItWasGivenUpIsBroughtIn) {
     EXPECT_TRUE(swept.front().over);
 }
 
+TEST(BrainRestarting, AWorkerThatHasNoNumberYetIsNamedWithoutOne) {
+    Stage stage;
+    stage.disk_answers = false;
+    stage.ask(Start{});
+    FolderOpened opened;
+    opened.ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
+    opened.folder = "/shots";
+    stage.brain.tell(opened, stage.now);
+    stage.brain.tell(RunOpened{2, "r", "/shots/.incoming/r", 7}, stage.now);
+    stage.brain.take();  // nobody starts it
+    stage.worker_ends = false;
+    stage.after(seconds(20));
+    ASSERT_TRUE(stage.told(Code::worker_hangs));
+    for (const Problem& problem : stage.problems()) {
+        EXPECT_EQ(problem.text.find("process"), std::string::npos) << problem.text;
+    }
+}
+
 }  // namespace
 }  // namespace host::brain
