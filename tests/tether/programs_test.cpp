@@ -83,7 +83,8 @@ TEST_F(ProgramsTest, NoneIsStartedOnceTheyAreStopped) {
     for (const char* id : {"1", "2", "3", "4"}) {
         programs.run(picture(id));
     }
-    EXPECT_EQ(programs.stop_starting(), 2u);
+    programs.stop_starting();
+    EXPECT_EQ(programs.left(), 2u);
     programs.ended(next_end().picture);
     programs.ended(next_end().picture);
     EXPECT_EQ(programs.running(), 0u);

@@ -35,6 +35,8 @@ struct ShutterKey {};
 struct ProgramEnded {
     std::string picture;  // its id
     std::string trouble;  // a sentence; empty: it went well
+    // Somebody killed it while it still had time.
+    bool cut_short = false;
 };
 
 using Happening =

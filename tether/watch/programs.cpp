@@ -24,8 +24,8 @@ bool can_be_run(const fs::path& program) {
     return fs::is_regular_file(program, missing) && access(program.c_str(), X_OK) == 0;
 }
 
-void post_end(const std::string& picture, const std::string& trouble) {
-    happenings().post(Happening(ProgramEnded{picture, trouble}));
+void post_end(const std::string& picture, const std::string& trouble, bool cut_short) {
+    happenings().post(Happening(ProgramEnded{picture, trouble, cut_short}));
 }
 
 // Waits on a thread of its own, which holds what it uses: a program may be stuck in the system.
@@ -39,9 +39,11 @@ void post_when_ended(const std::string& picture, const std::string& name,
             watch->signal_group(SIGKILL);
             exit = watch->await(host::TimePoint::max());
         }
-        post_end(picture, late            ? name + " took too long and was killed"
-                          : exit->clean() ? ""
-                                          : name + " ended with " + describe(*exit));
+        post_end(picture,
+                 late            ? name + " took too long and was killed"
+                 : exit->clean() ? ""
+                                 : name + " ended with " + describe(*exit),
+                 !late && exit->signal == SIGKILL);
     }).detach();
 }
 
@@ -81,11 +83,6 @@ void Programs::ended(const std::string& picture) {
     start_next();
 }
 
-std::size_t Programs::stop_starting() {
-    starting_ = false;
-    return waiting_.size();
-}
-
 void Programs::kill_all() {
     for (const auto& [picture, watch] : running_) {
         watch->signal_group(SIGKILL);
@@ -110,7 +107,7 @@ void Programs::start(const Turn& turn) {
     std::string why;
     const std::optional<pid_t> process = host::spawn(request, nothing, output, why);
     if (!process) {
-        return post_end(turn.picture, why);
+        return post_end(turn.picture, why, false);
     }
     const auto watch = std::make_shared<host::ExitWatch>(*process);
     running_[turn.picture] = watch;

@@ -41,8 +41,14 @@ class Programs {
     // Has been heard: the next one can be started.
     void ended(const std::string& picture);
 
-    // How many pictures are left without their program.
-    std::size_t stop_starting();
+    void stop_starting() {
+        starting_ = false;
+    }
+
+    // How many pictures wait for their program.
+    std::size_t left() const {
+        return waiting_.size();
+    }
 
     void kill_all();
 

@@ -116,16 +116,23 @@ std::string Watch::progress() const {
 
 // Programs first: a picture is known only while its folder is open.
 void Watch::stop() {
-    const std::size_t left = programs_.stop_starting();
-    if (left > 0) {
-        say(left == 1
-                ? "! 1 picture gets its program at the next start"
-                : "! " + std::to_string(left) + " pictures get their program at the next start");
-    }
+    programs_.stop_starting();
+    say_what_is_left();
     if (programs_.running() > 0) {
         step_ = Step::waiting;
     } else {
         end();
+    }
+}
+
+// Those that come later, or whose program is killed, are said at the end.
+void Watch::say_what_is_left() {
+    const std::size_t all = programs_.left() + cut_short_;
+    const std::size_t left = all - std::exchange(left_, all);
+    if (left > 0) {
+        say(left == 1
+                ? "! 1 picture gets its program at the next start"
+                : "! " + std::to_string(left) + " pictures get their program at the next start");
     }
 }
 
@@ -136,6 +143,7 @@ void Watch::end() {
 
 int Watch::conclude() {
     terminal_.show_progress({}, Clock::now());
+    say_what_is_left();
     const std::string wrong = what_was_wrong(ended_);
     view_.note(wrong.empty() ? "the worker ended in order" : wrong);
     if (!wrong.empty()) {
@@ -203,6 +211,7 @@ void Watch::on(const Interrupted&) {
         case Step::watching:
             return stop();
         case Step::waiting:
+            killing_ = true;
             return programs_.kill_all();
         case Step::ending:
             camera_.ask(host::Shutdown{host::Time{}}, post_answer);
@@ -224,12 +233,17 @@ void Watch::on(const ShutterKey&) {
     });
 }
 
+// A picture whose program the user killed is known at the next start.
 void Watch::on(const ProgramEnded& ended) {
     if (!ended.trouble.empty()) {
         say("! " + ended.trouble);
     }
     programs_.ended(ended.picture);
-    camera_.told(ended.picture);
+    if (killing_ && ended.cut_short) {
+        ++cut_short_;
+    } else {
+        camera_.told(ended.picture);
+    }
     if (step_ == Step::waiting && programs_.running() == 0) {
         end();
     }

@@ -38,6 +38,7 @@ class Watch {
     void wait_and_see();
     void stop();
     void end();
+    void say_what_is_left();
     void say(const std::string& text);
     std::string progress() const;
     int conclude();
@@ -64,6 +65,9 @@ class Watch {
     Step step_ = Step::starting;
     host::Ended ended_;
     std::size_t pictures_ = 0;
+    std::size_t left_ = 0;       // pictures for whose program the next start is announced
+    std::size_t cut_short_ = 0;  // programs that were killed by the second interrupt
+    bool killing_ = false;       // it has come
     bool failed_ = false;
 };
 
