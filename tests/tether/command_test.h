@@ -29,7 +29,13 @@ class CommandTest : public VirtualCameraTest {
             usual.insert(usual.begin(), command);
         }
         arguments.insert(arguments.begin(), usual.begin(), usual.end());
-        tether_ = start({TETHER_COMMAND,
+        std::string program = TETHER_COMMAND;
+        if (ignores_hang_up_) {
+            arguments.insert(arguments.begin(),
+                             {"-c", "trap '' HUP && exec \"$0\" \"$@\"", program});
+            program = "/bin/sh";
+        }
+        tether_ = start({program,
                          arguments,
                          {{"CAMERA_SIM_CONTROL", folder_ / "control"},
                           {"CAMERA_SIM_JOURNAL", folder_ / "journal"}},
@@ -69,6 +75,7 @@ class CommandTest : public VirtualCameraTest {
         return output_.find(text) != std::string::npos;
     }
 
+    bool ignores_hang_up_ = false;  // as under nohup
     Child tether_;
     std::string output_;
 };

@@ -158,6 +158,38 @@ TEST_F(WatchTest, AProgramThatHangsCostsNoPictureAndASecondInterruptKillsIt) {
     EXPECT_TRUE(fs::exists(folder_ / "shots/DSC00003.JPG"));
 }
 
+TEST_F(WatchTest, PicturesWhoseProgramsTheUserKilledGetThemAtTheNextStart) {
+    watch({"--exec", script("hanging", "exec sleep 600\n")});
+    for (int picture = 1; picture <= 3; ++picture) {
+        tell_camera("shutter");
+        read_to(" + DSC0000" + std::to_string(picture));
+    }
+    tether_->signal(SIGINT);
+    read_to("waiting for 2 programs; once more to kill");
+    EXPECT_TRUE(printed(" ! 1 picture gets its program at the next start\n")) << output_;
+    tether_->signal(SIGINT);
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(printed(" ! 2 pictures get their program at the next start\n")) << output_;
+    const std::string program =
+        script("program", "echo \"${1##*/}\" >> " + (folder_ / "ran").string() + "\n");
+    watch({"--exec", program});
+    EXPECT_EQ(interrupted(), "status 0");
+    const std::string ran = read("ran");
+    EXPECT_EQ(ran.size(), 3 * std::string("DSC00001.JPG\n").size()) << ran;
+    for (const char* name : {"DSC00001.JPG\n", "DSC00002.JPG\n", "DSC00003.JPG\n"}) {
+        EXPECT_NE(ran.find(name), std::string::npos) << ran;
+    }
+}
+
+TEST_F(WatchTest, AHangUpThatItWasToldToIgnoreIsIgnored) {
+    ignores_hang_up_ = true;
+    watch();
+    tether_->signal(SIGHUP);
+    tell_camera("shutter");
+    read_to(" + DSC00001.JPG");
+    EXPECT_EQ(interrupted(), "status 0");
+}
+
 // A picture is known once its program has ended.
 TEST_F(WatchTest, APictureWhoseProgramWasCutShortGetsItAtTheNextStart) {
     watch({"--exec", script("hanging", "exec sleep 600\n")});

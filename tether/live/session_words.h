@@ -17,7 +17,6 @@ std::string progress_of(const host::SessionState& state);
 // What was wrong with the way in which the worker ended, a sentence; empty when it ended in order.
 std::string what_was_wrong(const host::Ended& ended);
 
-// "25.0 MB"
 // On one line, without what would move the terminal's cursor: names are the camera's, and what a
 // worker says may be anything.
 std::string shown(const std::string& text);
@@ -25,6 +24,7 @@ std::string shown(const std::string& text);
 // What a problem says, with the SDK's code for `tether explain`, on one line.
 std::string sentence(const host::Problem& problem);
 
+// "25.0 MB"
 std::string in_bytes(std::uintmax_t bytes);
 
 // The path as it is below the folder, or as it is.

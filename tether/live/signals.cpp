@@ -10,7 +10,10 @@ void act_on_signals(std::initializer_list<int> numbers, std::function<void(int)>
     sigset_t signals;
     sigemptyset(&signals);
     for (const int number : numbers) {
-        sigaddset(&signals, number);
+        struct sigaction found {};
+        if (sigaction(number, nullptr, &found) != 0 || found.sa_handler != SIG_IGN) {
+            sigaddset(&signals, number);
+        }
     }
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread([signals, act = std::move(act)] {

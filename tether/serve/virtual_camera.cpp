@@ -31,11 +31,16 @@ host::Descriptor connected(const std::string& path) {
         return {};
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    // A worker may be started meanwhile, and must not get it.
+#ifdef SOCK_CLOEXEC
+    host::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+#else
     host::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+    fcntl(socket.number(), F_SETFD, FD_CLOEXEC);
+#endif
     if (!socket.is_open()) {
         return {};
     }
-    fcntl(socket.number(), F_SETFD, FD_CLOEXEC);
     // A camera with too many clients makes none wait here.
     host::make_non_blocking(socket);
     if (::connect(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) !=
