@@ -50,6 +50,10 @@ void Record::add_error(std::string_view text, host::TimePoint at) {
     write('#', "standard error: " + (redacted_ ? "<text>" : std::string(text)), at);
 }
 
+void Record::add_client(std::string_view text, host::TimePoint at) {
+    write('#', "client: " + (redacted_ ? "<text>" : std::string(text)), at);
+}
+
 void Record::add_problem(const host::Problem& problem, host::TimePoint at) {
     std::string text = "problem " + std::string(host::word(problem.code));
     switch (problem.code) {

@@ -26,6 +26,9 @@ class Record {
     // What the worker wrote on standard error: anything may stand in it.
     void add_error(std::string_view text, host::TimePoint at);
 
+    // Who asked for the session: anything may stand in it.
+    void add_client(std::string_view text, host::TimePoint at);
+
     // A problem by its code, with its text unless that may hold a path.
     void add_problem(const host::Problem& problem, host::TimePoint at);
 

@@ -48,23 +48,22 @@ void Unanswered::limit(Token token, TimePoint deadline, Error late) {
     }
 }
 
-std::map<Unanswered::Token, Unanswered::Waiting>::node_type Unanswered::take(Token token) {
+// Written before anybody else can see that it is answered: who finds all answered may write the
+// last answer.
+void Unanswered::settle(Token token, const std::function<std::string(const Json& id)>& text) {
     const MutexLock lock(mutex_);
-    return waiting_.extract(token);
+    const auto request = waiting_.extract(token);
+    if (request && request.mapped().id) {
+        writer_.answer(text(*request.mapped().id));
+    }
 }
 
 void Unanswered::answer(Token token, Json result) {
-    const auto request = take(token);
-    if (request && request.mapped().id) {
-        writer_.answer(result_text(*request.mapped().id, std::move(result)));
-    }
+    settle(token, [&result](const Json& id) { return result_text(id, std::move(result)); });
 }
 
 void Unanswered::fail(Token token, const Error& error) {
-    const auto request = take(token);
-    if (request && request.mapped().id) {
-        writer_.answer(error_text(*request.mapped().id, error));
-    }
+    settle(token, [&error](const Json& id) { return error_text(id, error); });
 }
 
 void Unanswered::strike(TimePoint now) {

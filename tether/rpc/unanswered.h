@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -55,8 +56,7 @@ class Unanswered {
         std::optional<Error> late;  // known once there is a deadline
     };
 
-    // Empty: it is answered already.
-    std::map<Token, Waiting>::node_type take(Token token);
+    void settle(Token token, const std::function<std::string(const Json& id)>& text);
 
     Writer& writer_;
     host::Mutex mutex_;

@@ -2,7 +2,9 @@
 #include <chrono>
 #include <utility>
 
+#include "host/brain/times.h"
 #include "host/pictures/store.h"
+#include "tether/live/session_words.h"
 #include "tether/rpc/text.h"
 #include "tether/serve/server.h"
 #include "tether/serve/values.h"
@@ -24,6 +26,9 @@ constexpr std::chrono::milliseconds at_once{900};
 constexpr unsigned int most_lists = 8;
 
 constexpr std::size_t usual_limit = 100;
+
+// One less than the brain takes: the last one is for a signal.
+constexpr std::size_t most_ends = host::brain::limit::requests - 1;
 
 std::optional<host::Time> time_of(const Read& parameters, const char* name) {
     const auto found = parameters.find(name);
@@ -81,7 +86,12 @@ void Server::ask(Token token, host::Request request) {
     });
 }
 
-void Server::initialize(Token token, const Read&) {
+void Server::initialize(Token token, const Read& parameters) {
+    if (recorder_ != nullptr) {
+        const Read& client = parameters.at("client");
+        recorder_->add_client(tether::shown(client.at("name").get<std::string>()),
+                              tether::shown(client.at("version").get<std::string>()));
+    }
     initialization_ = Initialization::under_way;
     camera_.ask(host::Start{},
                 [this, token](const host::Answer& answer) { initialized(token, answer); });
@@ -228,50 +238,41 @@ void Server::simulate(Token token, const Read& parameters) {
 }
 
 void Server::shutdown(Token token, const Read& parameters) {
-    ask_for_the_end(token, time_of(parameters, "patience"));
+    if (ends_.size() >= most_ends) {
+        return unanswered_.fail(token,
+                                error({Code::busy, "Too many requests are waiting.", {}, {}}));
+    }
+    ends_.push_back(token);
+    ask_for_the_end(time_of(parameters, "patience"));
 }
 
-void Server::ask_for_the_end(std::optional<Token> token, std::optional<host::Time> patience) {
+// One that comes later may only make the end come sooner.
+void Server::ask_for_the_end(std::optional<host::Time> patience) {
     ending_ = true;
-    {
-        const host::MutexLock lock(mutex_);
-        ++ends_under_way_;
-        if (token) {
-            ends_.push_back(*token);
+    camera_.ask(host::Shutdown{patience}, [this](const host::Answer& answer) {
+        const auto* ended = std::get_if<host::Ended>(&answer);
+        if (ended == nullptr) {
+            return;
         }
-    }
-    camera_.ask(host::Shutdown{patience},
-                [this, token](const host::Answer& answer) { has_shut_down(token, answer); });
+        {
+            const host::MutexLock lock(mutex_);
+            ended_ = *ended;
+        }
+        changed_();
+    });
 }
 
-// The answer to shutdown is the last message: what is not answered by now is answered before it.
-void Server::has_shut_down(std::optional<Token> token, const host::Answer& answer) {
-    const bool has_ended = !std::holds_alternative<Problem>(answer);
-    std::vector<Token> ends;
+// On the thread that takes requests, so that none can come in between.
+void Server::finish() {
+    std::optional<host::Ended> ended;
     {
         const host::MutexLock lock(mutex_);
-        if (!has_ended) {
-            // One too many: the others wait on, and so does all that is under way.
-            --ends_under_way_;
-        }
-        ends = ends_;
+        ended = ended_;
     }
-    if (!has_ended) {
-        if (token) {
-            pass_on(unanswered_, *token, answer);
-        }
-        return changed_();
+    unanswered_.fail_all_but(ends_, error({Code::cancelled, "The session has ended.", {}, {}}));
+    for (const Token token : ends_) {
+        unanswered_.answer(token, json(ended.value_or(host::Ended{})));
     }
-    unanswered_.fail_all_but(ends, error({Code::cancelled, "The session has ended.", {}, {}}));
-    if (token) {
-        pass_on(unanswered_, *token, answer);
-    }
-    {
-        const host::MutexLock lock(mutex_);
-        --ends_under_way_;
-        ended_ = true;
-    }
-    changed_();
 }
 
 }  // namespace serve

@@ -1,5 +1,6 @@
 #include "tether/serve/recorder.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -15,11 +16,7 @@ constexpr std::size_t most_bytes = std::size_t{8} << 20;
 // What a line takes beside its text.
 constexpr std::size_t overhead = 64;
 
-char mark(WireLine::Direction direction) {
-    return direction == WireLine::Direction::to_worker     ? '>'
-           : direction == WireLine::Direction::from_worker ? '<'
-                                                           : '!';
-}
+constexpr const char* too_slow = "the disk was too slow for the lines";
 
 // The record counts from the moment in which the camera was made, as its lines do.
 TimePoint moment(host::Time at) {
@@ -28,7 +25,8 @@ TimePoint moment(host::Time at) {
 
 }  // namespace
 
-Recorder::Recorder(tether::Record& record) : record_(record), thread_([this] { work(); }) {}
+Recorder::Recorder(tether::Record& record, EndsEarly ends_early)
+    : ends_early_(std::move(ends_early)), record_(record), thread_([this] { work(); }) {}
 
 Recorder::~Recorder() {
     {
@@ -40,16 +38,33 @@ Recorder::~Recorder() {
 }
 
 void Recorder::add(const WireLine& line) {
+    add(Entry{Entry::Kind::line, line});
+}
+
+void Recorder::add_client(const std::string& name, const std::string& version) {
+    const auto now = std::chrono::duration_cast<host::Time>(host::Clock::now() - start_);
+    add(Entry{Entry::Kind::client, {{}, name + " " + version, now}});
+}
+
+void Recorder::add(Entry entry) {
+    bool given_up = false;
     {
         const MutexLock lock(mutex_);
-        if (given_up_ || bytes_ + line.text.size() > most_bytes) {
-            given_up_ = true;
+        if (given_up_) {
             return;
         }
-        bytes_ += line.text.size() + overhead;
-        lines_.push_back(line);
+        const std::size_t bytes = entry.line.text.size() + overhead;
+        given_up = given_up_ = bytes_ + bytes > most_bytes;
+        if (!given_up) {
+            bytes_ += bytes;
+            entries_.push_back(std::move(entry));
+        }
     }
     changed_.notify_one();
+    // Here, and not on the thread: that one waits for the disk.
+    if (given_up) {
+        say(too_slow);
+    }
 }
 
 bool Recorder::flush(TimePoint deadline) {
@@ -62,17 +77,17 @@ bool Recorder::flush(TimePoint deadline) {
     return true;
 }
 
-std::optional<WireLine> Recorder::next() {
+std::optional<Recorder::Entry> Recorder::next() {
     const MutexLock lock(mutex_);
-    while (lines_.empty() && !given_up_ && !ending_) {
+    while (entries_.empty() && !given_up_ && !ending_) {
         mutex_.wait(changed_);
     }
-    if (lines_.empty()) {
+    if (entries_.empty()) {
         return std::nullopt;
     }
-    WireLine line = std::move(lines_.front());
-    lines_.pop_front();
-    return line;
+    Entry entry = std::move(entries_.front());
+    entries_.pop_front();
+    return entry;
 }
 
 bool Recorder::has_given_up() {
@@ -80,19 +95,43 @@ bool Recorder::has_given_up() {
     return given_up_;
 }
 
+void Recorder::say(const std::string& why) {
+    if (!said_.exchange(true)) {
+        ends_early_(why);
+    }
+}
+
+void Recorder::write(const Entry& entry, TimePoint at) {
+    const WireLine& line = entry.line;
+    if (entry.kind == Entry::Kind::client) {
+        return record_.add_client(line.text, at);
+    }
+    switch (line.direction) {
+        case WireLine::Direction::to_worker:
+            return record_.add('>', line.text, at);
+        case WireLine::Direction::from_worker:
+            return record_.add('<', line.text, at);
+        case WireLine::Direction::error:
+            return record_.add_error(line.text, at);
+    }
+}
+
 void Recorder::work() {
     TimePoint last{};
-    while (const auto line = next()) {
-        last = moment(line->at);
-        record_.add(mark(line->direction), line->text, last);
+    while (const auto entry = next()) {
+        last = std::max(last, moment(entry->line.at));
+        write(*entry, last);
+        if (!record_.trouble().empty()) {
+            say(record_.trouble());
+        }
         {
             const MutexLock lock(mutex_);
-            bytes_ -= line->text.size() + overhead;
+            bytes_ -= entry->line.text.size() + overhead;
         }
         written_.notify_all();
     }
     if (has_given_up()) {
-        record_.note("the record ends here: the disk was too slow for the lines", last);
+        record_.note("the record ends here: " + std::string(too_slow), last);
     }
 }
 

@@ -9,10 +9,11 @@
 #include <memory>
 #include <poll.h>
 #include <signal.h>
-#include <thread>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
+#include "tether/live/signals.h"
 #include "tether/serve/recorder.h"
 #include "tether/serve/server.h"
 #include "tether/serve/temporary_folder.h"
@@ -24,27 +25,18 @@ namespace {
 // For a client that has stopped reading, and for a record on a slow disk.
 constexpr std::chrono::seconds to_write_the_rest{5};
 
-// Whether the user wants to stop. Signals are blocked in the calling thread, and so in all that it
-// starts later. One that this process was told to ignore stays ignored: nohup works.
+// Reads of what a client has asked behind its last shutdown: 4 MiB.
+constexpr std::size_t most_at_the_end = 64;
+
+// Whether the user wants to stop.
 class Interrupts {
   public:
+    // Called while the process has one thread.
     explicit Interrupts(WakeUp& wake_up) {
-        sigset_t signals;
-        sigemptyset(&signals);
-        for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-            struct sigaction found {};
-            sigaction(number, nullptr, &found);
-            if (found.sa_handler != SIG_IGN) {
-                sigaddset(&signals, number);
-            }
-        }
-        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-        std::thread([this, signals, &wake_up] {
-            for (int number = 0; sigwait(&signals, &number) == 0;) {
-                came_ = true;
-                wake_up.wake();
-            }
-        }).detach();
+        tether::act_on_signals({SIGINT, SIGTERM, SIGHUP}, [this, &wake_up](int) {
+            came_ = true;
+            wake_up.wake();
+        });
     }
 
     bool came() const {
@@ -55,6 +47,13 @@ class Interrupts {
     std::atomic<bool> came_{false};
 };
 
+// Whether there is somebody at the other end who can go away. A file has nobody, and macOS would
+// call it ready all the time.
+bool has_reader(int output) {
+    struct stat found {};
+    return fstat(output, &found) == 0 && (S_ISFIFO(found.st_mode) || S_ISSOCK(found.st_mode));
+}
+
 // The thread that reads: everything that is asked is asked here.
 class Reading {
   public:
@@ -64,15 +63,32 @@ class Reading {
     void until_the_end() {
         while (!server_.has_ended()) {
             take_messages();
-            if (interrupts_.came() || server_.client_is_gone() || (input_over_ && !more_)) {
+            if (interrupts_.came() || server_.client_is_gone()) {
                 server_.end();
+            } else if (input_over_ && !more_) {
+                server_.end_unless_asked();
             }
             wait();
             server_.strike();
         }
+        take_what_has_come();
+        server_.finish();
     }
 
   private:
+    // What was asked before the client could know of the end is answered too. One that goes on
+    // asking, or does not read, is not waited for.
+    void take_what_has_come() {
+        pollfd readable{STDIN_FILENO, POLLIN, 0};
+        std::size_t most = most_at_the_end;
+        do {
+            while (const auto message = messages_.next()) {
+                server_.take(*message);
+            }
+        } while (!input_over_ && most-- > 0 && !server_.is_full() && ::poll(&readable, 1, 0) > 0 &&
+                 read());
+    }
+
     void take_messages() {
         more_ = true;
         while (!server_.is_full()) {
@@ -90,7 +106,8 @@ class Reading {
         enum { input, wake, output };
         std::array<pollfd, 3> watched{pollfd{reads ? STDIN_FILENO : -1, POLLIN, 0},
                                       pollfd{wake_up_.descriptor(), POLLIN, 0},
-                                      pollfd{reader_gone_ ? -1 : STDOUT_FILENO, 0, 0}};
+                                      // macOS tells only what it is asked for.
+                                      pollfd{watches_output_ ? STDOUT_FILENO : -1, POLLHUP, 0}};
         if (::poll(watched.data(), watched.size(), host::poll_timeout(server_.next_deadline())) <=
             0) {
             return;
@@ -100,7 +117,7 @@ class Reading {
         }
         // A client that reads no more has gone, even while it has nothing to read.
         if ((watched[output].revents & (POLLERR | POLLHUP)) != 0) {
-            reader_gone_ = true;
+            watches_output_ = false;
             server_.end();
         }
         if (watched[input].revents != 0) {
@@ -108,7 +125,8 @@ class Reading {
         }
     }
 
-    void read() {
+    // False when nothing came.
+    bool read() {
         const ssize_t count = ::read(STDIN_FILENO, buffer_.data(), buffer_.size());
         if (count > 0) {
             messages_.add({buffer_.data(), static_cast<std::size_t>(count)});
@@ -116,6 +134,7 @@ class Reading {
             messages_.finish();
             input_over_ = true;
         }
+        return count > 0 || input_over_;
     }
 
     Server& server_;
@@ -125,11 +144,19 @@ class Reading {
     std::array<char, 65536> buffer_{};
     bool more_ = false;  // whole messages wait to be taken
     bool input_over_ = false;
-    bool reader_gone_ = false;
+    bool watches_output_ = has_reader(STDOUT_FILENO);
 };
 
 void complain(const std::string& sentence) {
     std::fprintf(stderr, "tether: %s\n", sentence.c_str());
+}
+
+// On a thread that must not wait for a reader of standard error.
+void say_that_the_record_ends(const std::string& why) {
+    pollfd room{STDERR_FILENO, POLLOUT, 0};
+    if (::poll(&room, 1, 0) == 1 && (room.revents & POLLOUT) != 0) {
+        complain("the record ends here: " + why);
+    }
 }
 
 // Where the virtual camera listens. The user's own scripts may talk to it too; a folder is made
@@ -162,7 +189,9 @@ int carry_out(Options options) {
     WakeUp& wake_up = *new WakeUp;  // of threads that wait while the process ends
     const Interrupts& interrupts = *new Interrupts(wake_up);
     std::unique_ptr<TemporaryFolder> temporary;
-    auto recorder = options.record.empty() ? nullptr : std::make_unique<Recorder>(record);
+    auto recorder = options.record.empty()
+                        ? nullptr
+                        : std::make_unique<Recorder>(record, say_that_the_record_ends);
     Setup setup;
     setup.camera = std::move(options.camera);
     setup.control = control_of(setup.camera, temporary);
@@ -188,11 +217,8 @@ int carry_out(Options options) {
     }
     if (recorder && !recorder->flush(host::after(to_write_the_rest))) {
         static_cast<void>(recorder.release());
-    } else if (recorder) {
+    } else {
         recorder.reset();
-        if (!record.trouble().empty()) {
-            complain("the record ends early: " + record.trouble());
-        }
     }
     return 0;
 }

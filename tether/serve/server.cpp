@@ -126,7 +126,7 @@ void Server::carry_out(const rpc::Request& request) {
                                    "There is no such method; docs/serve.md has those there are",
                                    {}});
     }
-    if (const char* why = out_of_turn(request.method == "initialize")) {
+    if (const char* why = out_of_turn(request.method)) {
         return refuse(request.id, {rpc::code::invalid_request, why, {}});
     }
     if (const auto wrong = rpc::wrong_with(*method, request.parameters)) {
@@ -136,12 +136,19 @@ void Server::carry_out(const rpc::Request& request) {
 }
 
 // The standard has no code of its own for a request out of turn: it is an invalid one.
-const char* Server::out_of_turn(bool is_initialize) const {
+const char* Server::out_of_turn(const std::string& method) {
+    const bool is_initialize = method == "initialize";
+    const bool is_shutdown = method == "shutdown";
+    if (has_ended() && !is_shutdown) {
+        return "The session has ended";
+    }
     switch (initialization_) {
         case Initialization::none:
             return is_initialize ? nullptr : "initialize comes first";
         case Initialization::failed:
-            return nullptr;
+            // It may have left a worker that is still being tried.
+            return is_initialize || is_shutdown ? nullptr
+                                                : "initialize comes first, and has failed";
         case Initialization::under_way:
         case Initialization::done:
             break;
@@ -150,8 +157,14 @@ const char* Server::out_of_turn(bool is_initialize) const {
 }
 
 void Server::end() {
+    if (!std::exchange(told_to_end_, true)) {
+        ask_for_the_end({});
+    }
+}
+
+void Server::end_unless_asked() {
     if (!ending_) {
-        ask_for_the_end({}, {});
+        end();
     }
 }
 
@@ -165,7 +178,7 @@ bool Server::client_is_gone() {
 
 bool Server::has_ended() {
     const MutexLock lock(mutex_);
-    return ended_ && ends_under_way_ == 0;
+    return ended_.has_value();
 }
 
 bool Server::flush(host::TimePoint deadline) {

@@ -38,15 +38,23 @@ class Server {
 
     void take(const rpc::Message& message);
 
-    // No more messages come, or the user wants to stop: in order.
+    // The user wants to stop, or nobody reads any more: in order, and sooner than a shutdown with
+    // more patience.
     void end();
+
+    // No more messages come. A client that has asked for the end may wait for it so.
+    void end_unless_asked();
 
     // So much waits to be written or answered that no more may be asked.
     bool is_full();
     bool client_is_gone();
 
-    // The camera has been shut down, and every request is answered.
+    // The camera has been shut down. From now on requests are refused; finish() comes next.
     bool has_ended();
+
+    // Answers all that has not been answered, shutdown last. Nothing is taken any more.
+    void finish();
+
     bool flush(host::TimePoint deadline);
 
     // Answers what the virtual camera has not answered in time.
@@ -60,7 +68,7 @@ class Server {
     static Operation operation_of(const std::string& method);
     void carry_out(const rpc::Request& request);
     // Why it is not the time to initialize, or to ask for anything else; nothing when it is.
-    const char* out_of_turn(bool is_initialize) const;
+    const char* out_of_turn(const std::string& method);
     void refuse(const std::optional<rpc::Json>& id, const rpc::Error& error);
 
     // methods
@@ -78,10 +86,9 @@ class Server {
 
     bool takes_name(Token token, const rpc::Read& parameters);
     void ask(Token token, host::Request request);
-    void ask_for_the_end(std::optional<Token> token, std::optional<host::Time> patience);
+    void ask_for_the_end(std::optional<host::Time> patience);
     void initialized(Token token, const host::Answer& answer);
     void list_pictures(Token token, const host::PicturesAnswer& answer);
-    void has_shut_down(std::optional<Token> token, const host::Answer& answer);
 
     // The camera's thread.
     host::Listener listener();
@@ -97,12 +104,12 @@ class Server {
     std::atomic<bool> lines_wanted_{false};
     std::atomic<unsigned int> lists_under_way_{0};  // asked of the disk, which may be stuck
     bool ending_ = false;
+    bool told_to_end_ = false;  // by other than a request
+    std::vector<Token> ends_;   // requests to shut down
 
     host::Mutex mutex_;
     host::SessionState state_ HOST_GUARDED_BY(mutex_);  // as it was told last
-    std::vector<Token> ends_ HOST_GUARDED_BY(mutex_);   // requests to shut down
-    unsigned int ends_under_way_ HOST_GUARDED_BY(mutex_) = 0;
-    bool ended_ HOST_GUARDED_BY(mutex_) = false;
+    std::optional<host::Ended> ended_ HOST_GUARDED_BY(mutex_);
 
     rpc::Writer writer_;
     rpc::Unanswered unanswered_;

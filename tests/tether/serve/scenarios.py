@@ -238,7 +238,7 @@ def a_hundred_requests_to_end_are_each_answered_and_the_shot_is_waited_for(stage
         require(host.answer(shot)["status"] == "complete", f"the shot is lost: {host.answer(shot)}")
         answers = [host.answers[end] for end in ends]
         refused = [answer["error"]["data"]["code"] for answer in answers if "error" in answer]
-        require(refused == ["busy"] * 36, f"refused: {refused}")
+        require(refused == ["busy"] * 37, f"refused: {refused}")
         require(all(answer["result"]["worker"] == "quit" for answer in answers if "result" in answer), f"{answers}")
 
 
@@ -255,6 +255,71 @@ def a_camera_that_is_not_given_back_is_answered_in_time(stage):
         host.call("shutdown")
         require(host.end() == 0, "another status")
     stage.nothing_is_left(worker)
+
+
+@scenario
+def a_signal_cuts_the_patience_of_a_shutdown_short(stage):
+    scene = ("timing instant", "picture 600x400", "next file late 600s")
+    with stage.host("--patience", "3600", scene=scene) as host:
+        host.connect()
+        shot = host.ask("capture")
+        host.next("shot", lambda params: params["status"] == "fired")
+        # All that a client may ask for; the signal still has its place.
+        ends = [host.ask("shutdown", patience=3600) for _ in range(70)]
+        host.next("state", lambda state: state["state"] == "ending")
+        host.wait_until(lambda: host.answers.get(ends[-1]), "the last one is refused")
+        begun = time.monotonic()
+        host.process.send_signal(signal.SIGTERM)
+        require(host.answer(ends[0])["worker"] == "quit", "the worker was not asked")
+        took = time.monotonic() - begun
+        require(9 < took < 25, f"after {took} s")
+        require(host.answer(shot)["status"] == "none", f"the shot: {host.answer(shot)}")
+        require(host.end() == 0, "another status")
+
+
+@scenario
+def the_end_of_input_leaves_a_shutdown_its_patience(stage):
+    with stage.host(scene=("timing instant", "picture 600x400", "next file late 12s")) as host:
+        host.connect()
+        shot = host.ask("capture")
+        host.next("shot", lambda params: params["status"] == "fired")
+        host.ask("shutdown", patience=60)
+        host.end_input()
+        require(host.end() == 0, "another status")
+        require(host.answer(shot)["status"] == "complete", f"the shot is lost: {host.answer(shot)}")
+
+
+@scenario
+def what_is_asked_behind_a_shutdown_is_answered_before_it(stage):
+    with stage.host() as host:
+        host.initialize()
+        # As much as a pipe takes in one go.
+        asked = [json.dumps({"jsonrpc": "2.0", "id": "end", "method": "shutdown"})]
+        while len("\n".join(asked)) < 65000:
+            method = ("state", "pictures", "nothing", "cancel")[len(asked) % 4]
+            params = {"tag": "x"} if method == "cancel" else {}
+            asked.append(json.dumps({"jsonrpc": "2.0", "id": f"r{len(asked)}", "method": method, "params": params}))
+        host.write("\n".join([*asked, ""]).encode())
+        require(host.end() == 0, "another status")
+        missing = [number for number in range(1, len(asked)) if f"r{number}" not in host.answers]
+        require(not missing, f"{len(missing)} of {len(asked)} have no answer: {missing[:10]}")
+        require(host.order[-1].get("id") == "end", "the answer to shutdown is not the last message")
+    stage.nothing_is_left()
+
+
+@scenario
+def its_output_may_be_a_file(stage):
+    output = stage.folder / "output"
+    requests = [{"jsonrpc": "2.0", "id": 1, "method": "initialize", "params": {"client": {"name": "a", "version": "1"}}},
+                {"jsonrpc": "2.0", "id": 2, "method": "state"}]
+    with open(output, "wb") as file:
+        done = subprocess.run([stage.tether, "serve", "--folder", str(stage.shots), *stage.worker_option()],
+                              input="".join(json.dumps(request) + "\n" for request in requests).encode(), stdout=file,
+                              stderr=subprocess.PIPE, timeout=PATIENCE, check=False,
+                              env={**os.environ, "TMPDIR": str(stage.folder)})
+    require(done.returncode == 0, f"{done}")
+    answered = {message.get("id") for message in map(json.loads, output.read_bytes().splitlines())}
+    require({1, 2} <= answered, f"answered {answered}")
 
 
 @scenario
@@ -650,6 +715,14 @@ def a_worker_that_is_missing_is_a_problem(stage):
     with stage.host("--worker", str(stage.folder / "nothing")) as host:
         error = host.error("initialize", client={"name": "tests", "version": "1"})
         require(error.problem["code"] == "worker-missing", f"it fails with {error.problem}")
+        # As if it had never been tried; only what was begun can be ended.
+        for method, parameters in (("state", {}), ("connect", {}), ("capture", {}), ("pictures", {}), ("disconnect", {}),
+                                   ("configure", {}), ("cancel", {"tag": ""}), ("subscribe", {"lines": True}),
+                                   ("simulate", {"line": "card out"})):
+            refused = host.error(method, **parameters)
+            require(refused.code == -32600 and refused.problem is None, f"{method} fails with {refused}")
+        error = host.error("initialize", client={"name": "tests", "version": "1"})
+        require(error.problem["code"] == "worker-missing", f"the second time it fails with {error.problem}")
         require(host.call("shutdown")["worker"] == "gone", "there was a worker")
         require(host.end() == 0, "another status")
 
@@ -809,7 +882,7 @@ def a_record_has_both_directions_and_standard_error(stage):
         host.call("shutdown")
         require(host.end() == 0, "another status")
     lines = record.read_text(encoding="utf-8").splitlines()
-    for wanted in (r" # \d{4}-\d\d-\d\d", r" ! camera-sim: simulated SDK", r" < READY\|OK$", r" > CONNECT$", r" > CAPTURE$",
+    for wanted in (r" # \d{4}-\d\d-\d\d", r" # client: tests 1$", r" # standard error: camera-sim: simulated SDK", r" < READY\|OK$", r" > CONNECT$", r" > CAPTURE$",
                    r" < DOWNLOADED\|/", r" > QUIT$"):
         require(any(re.search(wanted, line) for line in lines), f"no line like {wanted}: {lines}")
     times = [float(line.split()[0]) for line in lines]
@@ -825,8 +898,26 @@ def a_redacted_record_names_no_folder_and_no_camera(stage):
         host.call("shutdown")
         require(host.end() == 0, "another status")
     text = record.read_text(encoding="utf-8")
-    for secret in (str(stage.folder), "SIM-1", "DSC0"):
+    # Of standard error nobody knows what stands in it.
+    for secret in (str(stage.folder), "SIM-1", "DSC0", "camera-sim", "tests"):
         require(secret not in text, f"{secret} stands in it: {text}")
+
+
+@scenario
+def a_record_that_ends_early_is_said_at_once_and_costs_no_picture(stage):
+    record = stage.folder / "record"
+    os.mkfifo(record)
+    # A pipe whose reader goes away stands for a disk that is full.
+    reader = os.open(record, os.O_RDONLY | os.O_NONBLOCK)
+    with stage.host("--record", str(record)) as host:
+        host.initialize()
+        os.close(reader)
+        host.call("connect")
+        wait_for(lambda: b"\n" in host.complaints, "a complaint")
+        require(host.call("capture")["status"] == "complete", "no picture")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+        require(host.complaints == b"tether: the record ends here: Broken pipe\n", f"{host.complaints}")
 
 
 @scenario
