@@ -43,7 +43,8 @@ inline constexpr std::array<CodeTexts, 29> code_texts{{
      "camera and plug it in again."},
     {"The camera went away while it was connected, or was not there when the shutter was to be "
      "fired.",
-     "Check the cable and the camera's battery. The camera is connected again by itself."},
+     "Check the cable and the camera's battery. The camera is connected again by itself; a "
+     "picture that did not come has to be taken again."},
     {"The camera reported an error of its own.",
      "Look at the camera's screen. If it shows nothing, switch the camera off and on."},
     {"There is no connected camera, and none is being looked for.", "Connect the camera first."},
@@ -73,9 +74,9 @@ inline constexpr std::array<CodeTexts, 29> code_texts{{
      "Look for the picture on the camera's card, or take it again."},
     {"A file was reported that lies outside the folder for pictures. It was left alone.",
      "Choose the folder for pictures again. If it happens again, switch the camera off and on."},
-    {"A file could not be moved to its place. It stays where the problem says.",
-     "Make room on the disk and check that the folder can be written to. The file is brought in "
-     "at the next start."},
+    {"A file was not brought to its place, or is no picture. It stays where the text says.",
+     "Check that the disk has room and that the folder can be written to. A picture is brought in "
+     "at the next start; anything else is yours to take from where it is."},
     {"The disk of the folder has room for few more pictures.",
      "Delete files that you no longer need, or choose a folder on another disk."},
     {"Too many requests are waiting already.", "Wait until the shots before this one are done."},

@@ -91,7 +91,7 @@ void Brain::replace_worker() {
         return begin();
     }
     Problem why = last_loss_;
-    why.text += " Workers are lost so often that one a minute is tried.";
+    why.text += " It happened too often: from now on it is tried once a minute.";
     go_down(why, when);
 }
 

@@ -126,7 +126,7 @@ const std::vector<Fact> facts{
      "1 shot not fired",
      {"The worker ended before it was ready (signal 6). It said: \"camera-sim: PLACE/scene:4: a "
       "buffer holds at least 1 shot (the session is idle, \"MODEL-A\" over USB, card in)\". "
-      "Workers are lost so often that one a minute is tried."}},
+      "It happened too often: from now on it is tried once a minute."}},
     {"SmallPictures",
      "picture WIDTHxHEIGHT",
      "picture 160x120",
@@ -602,8 +602,8 @@ const std::vector<Fact> facts{
      1,
      "0 of 1 shot, 0 files",
      "1 shot not fired",
-     {"The camera SDK could not be started. Workers are lost so often that one a minute is "
-      "tried."}},
+     {"The camera SDK could not be started. It happened too often: from now on it is tried once a "
+      "minute."}},
     {"InitSucceeds",
      "answers true",
      "every Init answers true",

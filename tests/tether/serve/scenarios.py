@@ -423,6 +423,28 @@ def bad_options_say_so_on_standard_error_only(stage):
         require(done.stdout == b"" and done.stderr.startswith(b"tether: "), f"{options}: {done}")
 
 
+@scenario
+def refuses_what_is_wrong_in_the_words_of_the_catalogue(stage):
+    catalogue = json.loads((pathlib.Path(__file__).parents[3] / "catalogue/openrpc.json").read_text(encoding="utf-8"))
+    refused = 0
+    with stage.host() as host:
+        for method in catalogue["methods"]:
+            for example in method.get("x-error-examples", []):
+                if example["error"]["code"] != -32602:
+                    continue
+                request = host.ask(method["name"], **{one["name"]: one["value"] for one in example["params"]})
+                error = host.wait_until(lambda one=request: host.answers.get(one), "an answer")["error"]
+                require(error == example["error"], f"{method['name']}: {error} and not {example['error']}")
+                refused += 1
+            if method["name"] == "initialize":
+                host.initialize()
+        require(refused >= 3, f"only {refused} examples")
+        error = host.error("capture")
+        require(error.problem["text"] == "No camera has been connected yet.", f"{error.problem}")
+        lines = host.call("simulate", line="fly")["lines"]
+        require(lines == ['error: "fly" is no command of the scene language'], f"{lines}")
+
+
 # Clients that do not read.
 
 def _fill(host, most=8 << 20):
@@ -786,6 +808,22 @@ def a_worker_that_outlived_its_server_is_ended_by_the_next(stage):
 
 
 @scenario
+def a_relative_worker_counts_from_the_folder_of_the_start(stage):
+    (stage.folder / "bin").mkdir()
+    worker = stage.folder / "bin" / "worker"
+    worker.write_text(REAL_WORKER.format(python=sys.executable), encoding="utf-8")
+    worker.chmod(0o755)
+    there = ("sh", "-c", 'cd "$0" && exec "$@"', str(stage.folder))
+    # Not in PATH, where there is one of that name.
+    os.symlink("/bin/false", stage.folder / "worker")
+    with stage.host("--worker", "bin/worker", scene=None, before=there,
+                    environment={"PATH": f"{stage.folder}:{os.environ['PATH']}"}) as host:
+        require(host.initialize()["worker"]["path"] == str(stage.folder / "bin/worker"), "another worker")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+@scenario
 def simulate_is_not_found_with_a_real_camera(stage):
     worker = stage.folder / "worker"
     worker.write_text(REAL_WORKER.format(python=sys.executable), encoding="utf-8")
@@ -882,8 +920,8 @@ def a_record_has_both_directions_and_standard_error(stage):
         host.call("shutdown")
         require(host.end() == 0, "another status")
     lines = record.read_text(encoding="utf-8").splitlines()
-    for wanted in (r" # \d{4}-\d\d-\d\d", r" # client: tests 1$", r" # standard error: camera-sim: simulated SDK", r" < READY\|OK$", r" > CONNECT$", r" > CAPTURE$",
-                   r" < DOWNLOADED\|/", r" > QUIT$"):
+    for wanted in (r" # \d{4}-\d\d-\d\d", r" # client: tests 1$", r" # standard error: camera-sim: simulated SDK",
+                   r" < READY\|OK$", r" > CONNECT$", r" > CAPTURE$", r" < DOWNLOADED\|/", r" > QUIT$"):
         require(any(re.search(wanted, line) for line in lines), f"no line like {wanted}: {lines}")
     times = [float(line.split()[0]) for line in lines]
     require(times == sorted(times) and times[-1] < PATIENCE * 10, f"times: {times}")
