@@ -442,7 +442,7 @@ def refuses_what_is_wrong_in_the_words_of_the_catalogue(stage):
         error = host.error("capture")
         require(error.problem["text"] == "No camera has been connected yet.", f"{error.problem}")
         lines = host.call("simulate", line="fly")["lines"]
-        require(lines == ['error: "fly" is no command of the scene language'], f"{lines}")
+        require(lines == ['error: "fly" is no word of the scene language'], f"{lines}")
 
 
 # Clients that do not read.
