@@ -191,7 +191,10 @@ int watch(WatchOptions options) {
 int serve_camera(const tether::SessionOptions& session) {
     serve::Options options;
     options.camera = tether::camera_options(session);
-    options.camera.worker = fs::absolute(session.worker);
+    // One that is empty, or counts from a folder that is gone, is missing like any other.
+    std::error_code nowhere;
+    const fs::path worker = fs::absolute(session.worker, nowhere);
+    options.camera.worker = nowhere ? session.worker : worker.string();
     options.record = session.record;
     options.redact = session.redact;
     return serve::carry_out(std::move(options));

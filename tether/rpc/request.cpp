@@ -1,5 +1,6 @@
 #include "tether/rpc/request.h"
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -8,6 +9,8 @@ namespace {
 
 // The deepest thing that any method takes has 3 levels.
 constexpr std::size_t deepest = 32;
+
+constexpr double beyond_integers = 9223372036854775808.0;  // 2 to the 63rd
 
 bool is_too_deep(std::string_view text) {
     std::size_t depth = 0;
@@ -44,6 +47,10 @@ std::optional<Json> id_of(const Read& value) {
         case Read::value_t::number_unsigned:
             return Json(value.get<std::uint64_t>());
         case Read::value_t::number_float:
+            // A whole number of more digits would come back as another one.
+            if (std::abs(value.get<double>()) >= beyond_integers) {
+                return std::nullopt;
+            }
             return Json(value.get<double>());
         default:
             return std::nullopt;
@@ -78,7 +85,7 @@ std::variant<Request, Refusal> read_request(std::string_view text) {
     if (const auto id = message.find("id"); id != message.end()) {
         request.id = id_of(*id);
         if (!request.id) {
-            return invalid(Json(), "id must be a string, a number or null");
+            return invalid(Json(), "id must be a string, a number of at most 64 bits or null");
         }
     }
     // Nobody can be meant not to be answered who did not even write a request.

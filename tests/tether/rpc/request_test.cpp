@@ -44,6 +44,19 @@ TEST(Request, KeepsEveryKindOfId) {
     }
 }
 
+// Read as a number of the machine, it would come back as another one.
+TEST(Request, AnIdOfMoreThan64BitsIsRefused) {
+    for (const char* id : {"18446744073709551616", "-9223372036854775809", "1e19",
+                           "123456789012345678901234567890"}) {
+        const auto read =
+            read_request(std::string(R"({"jsonrpc":"2.0","method":"state","id":)") + id + "}");
+        const auto* refusal = std::get_if<Refusal>(&read);
+        ASSERT_NE(refusal, nullptr) << id;
+        EXPECT_EQ(refusal->id, Json()) << id;
+        EXPECT_EQ(refusal->error.code, code::invalid_request) << id;
+    }
+}
+
 TEST(Request, WithoutIdIsOneThatIsNotAnswered) {
     EXPECT_FALSE(taken(R"({"jsonrpc":"2.0","method":"state"})").id);
     // Nor is what is wrong with it said.

@@ -750,6 +750,15 @@ def a_worker_that_is_missing_is_a_problem(stage):
 
 
 @scenario
+def an_empty_worker_is_missing_like_any_other(stage):
+    with stage.host("--worker", "") as host:
+        error = host.error("initialize", client={"name": "tests", "version": "1"})
+        require(error.problem["code"] == "worker-missing", f"it fails with {error.problem}")
+        host.call("shutdown")
+        require(host.end() == 0, "another status")
+
+
+@scenario
 def a_worker_that_says_nothing_is_a_problem_in_time(stage):
     silent = stage.folder / "silent"
     silent.write_text("#!/bin/sh\nexec cat >/dev/null\n", encoding="utf-8")
