@@ -2,6 +2,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,6 +13,9 @@
 
 class CommandTest : public VirtualCameraTest {
   protected:
+    CommandTest() {
+        signal(SIGHUP, SIG_DFL);  // these tests may run under nohup; what they start must not
+    }
     ~CommandTest() override {
         tether_.reset();
     }
@@ -30,9 +34,9 @@ class CommandTest : public VirtualCameraTest {
         }
         arguments.insert(arguments.begin(), usual.begin(), usual.end());
         std::string program = TETHER_COMMAND;
-        if (ignores_hang_up_) {
+        if (!ignored_.empty()) {
             arguments.insert(arguments.begin(),
-                             {"-c", "trap '' HUP && exec \"$0\" \"$@\"", program});
+                             {"-c", "trap '' " + ignored_ + " && exec \"$0\" \"$@\"", program});
             program = "/bin/sh";
         }
         tether_ = start({program,
@@ -75,7 +79,7 @@ class CommandTest : public VirtualCameraTest {
         return output_.find(text) != std::string::npos;
     }
 
-    bool ignores_hang_up_ = false;  // as under nohup
+    std::string ignored_;  // signals that it is told to ignore, such as "HUP" under nohup
     Child tether_;
     std::string output_;
 };

@@ -182,11 +182,18 @@ TEST_F(WatchTest, PicturesWhoseProgramsTheUserKilledGetThemAtTheNextStart) {
 }
 
 TEST_F(WatchTest, AHangUpThatItWasToldToIgnoreIsIgnored) {
-    ignores_hang_up_ = true;
+    ignored_ = "HUP";
     watch();
     tether_->signal(SIGHUP);
     tell_camera("shutter");
     read_to(" + DSC00001.JPG");
+    EXPECT_EQ(interrupted(), "status 0");
+}
+
+// So a shell starts what it does not wait for.
+TEST_F(WatchTest, AnInterruptThatItWasToldToIgnoreEndsIt) {
+    ignored_ = "INT QUIT";
+    watch();
     EXPECT_EQ(interrupted(), "status 0");
 }
 

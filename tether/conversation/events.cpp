@@ -1,7 +1,6 @@
 #include "tether/conversation/events.h"
 
 #include <array>
-#include <signal.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -75,7 +74,7 @@ Events& events() {
 }
 
 void post_interrupts() {
-    act_on_signals({SIGINT, SIGTERM, SIGHUP}, [](int) {
+    act_on_signals(ending_signals(), [](int) {
         events().post({Event::Kind::interrupted, {}, Clock::now()});
     });
 }

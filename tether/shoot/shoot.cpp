@@ -1,7 +1,6 @@
 #include "tether/shoot/shoot.h"
 
 #include <algorithm>
-#include <signal.h>
 #include <utility>
 
 #include "tether/live/session_words.h"
@@ -36,8 +35,7 @@ host::CameraOptions of_a_shoot(host::CameraOptions options, const host::brain::T
 }  // namespace
 
 int shoot(const Plan& plan, host::CameraOptions options, Terminal& terminal, Record& record) {
-    act_on_signals({SIGINT, SIGTERM, SIGHUP},
-                   [](int) { happenings().post(Happening(Interrupted{})); });
+    act_on_signals(ending_signals(), [](int) { happenings().post(Happening(Interrupted{})); });
     return Shoot(plan, std::move(options), terminal, record).carry_out();
 }
 

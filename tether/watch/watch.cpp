@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <signal.h>
 #include <utility>
+#include <vector>
 
 #include "tether/live/session_words.h"
 #include "tether/live/signals.h"
@@ -68,7 +69,9 @@ void act_on_stop(int number) {
 
 int watch(host::CameraOptions options, std::vector<std::string> command, Terminal& terminal,
           Record& record) {
-    act_on_signals({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP}, act_on_stop);
+    std::vector<int> signals = ending_signals();
+    signals.insert(signals.end(), {SIGQUIT, SIGTSTP});
+    act_on_signals(signals, act_on_stop);
     const KeysRestored restored(shutter_keys());
     return Watch(std::move(options), std::move(command), shutter_keys(), terminal, record)
         .carry_out();

@@ -191,13 +191,13 @@ def ends_at_a_signal_before_it_was_asked_anything(stage):
 
 
 @scenario
-def ignores_a_hang_up_that_it_was_told_to_ignore(stage):
-    with stage.host(before=("nohup",)) as host:
-        host.initialize()
-        host.process.send_signal(signal.SIGHUP)
-        require(host.call("state")["state"] == "idle", "it ends")
-        require(host.call("shutdown")["worker"] == "quit", "the worker was not asked")
-        require(host.end() == 0, "another status")
+def ends_at_a_signal_that_it_was_told_to_ignore(stage):
+    for name in ("INT", "HUP", "TERM"):
+        with stage.host(before=("sh", "-c", f"trap '' {name}; exec \"$0\" \"$@\"")) as host:
+            host.initialize()
+            host.process.send_signal(signal.Signals[f"SIG{name}"])
+            require(host.end() == 0, f"another status behind SIG{name}")
+        stage.nothing_is_left()
 
 
 @scenario
