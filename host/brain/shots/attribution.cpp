@@ -55,7 +55,9 @@ void Brain::accept(Ticket ticket, Report& report) {
     stem.tag = shot_->shot.tag;
     stem.name = shot_->name;
     stem.fired = shot_->fired;
-    stem.may_be_pair = !shot_->type || shot_->type == FileType::both;
+    // A RAW when JPEGs were asked for says that somebody has turned the dial before the shot.
+    const Kind asked = shot_->type == FileType::jpeg ? Kind::developed : Kind::raw;
+    stem.may_be_pair = !shot_->type || shot_->type == FileType::both || report.file.kind != asked;
     name_pair(ticket, report, std::move(stem));
 }
 

@@ -309,5 +309,21 @@ TEST(BrainAttribution, AFileThatCouldNotBePlacedAndIsReportedAgainIsOfTheShotTha
     EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::none);
 }
 
+TEST(BrainAttribution, ADialTurnedRightAtTheShotMakesAPairOfItsHalves) {
+    for (const std::string dial : {"jpeg", "raw"}) {
+        Stage stage;
+        stage.dial = dial;
+        stage.get_ready();
+        const RequestId capture = stage.shoot();
+        stage.file(dial == "jpeg" ? "DSC00001.ARW" : "DSC00001.HIF");
+        EXPECT_FALSE(stage.is_answered(capture)) << dial;
+        stage.file(dial == "jpeg" ? "DSC00001.HIF" : "DSC00001.ARW");
+        const Shot shot = stage.answer_to<Shot>(capture);
+        EXPECT_EQ(shot.status, ShotStatus::complete) << dial;
+        ASSERT_EQ(shot.pictures.size(), 2U) << dial;
+        EXPECT_EQ(shot.pictures[0].pair, shot.pictures[1].pair) << dial;
+    }
+}
+
 }  // namespace
 }  // namespace host::brain
