@@ -22,10 +22,6 @@ Subject::Environment with_stamps(Subject::Environment environment, const fs::pat
     return environment;
 }
 
-bool begins_with(std::string_view text, std::string_view beginning) {
-    return text.substr(0, beginning.size()) == beginning;
-}
-
 }  // namespace
 
 Server::Server(const Bench& bench, const std::vector<std::string>& options,
@@ -42,7 +38,7 @@ std::string_view Server::hear_answer(int id) {
     std::string_view line;
     do {
         line = hear();
-    } while (!begins_with(line, beginning));
+    } while (!line.starts_with(beginning));
     if (line.find(R"("error":)") != std::string_view::npos) {
         give_up("tether serve answers " + std::string(line));
     }
@@ -54,7 +50,7 @@ std::string_view Server::hear_of(std::string_view method) {
     std::string_view line;
     do {
         line = hear();
-    } while (!begins_with(line, beginning));
+    } while (!line.starts_with(beginning));
     return line;
 }
 

@@ -51,7 +51,7 @@ void Brain::obey(const HeldLine& line) {
         return hear_fence();
     }
     for (const Row& row : rows) {
-        if (begins_with(line.text, row.key)) {
+        if (line.text.starts_with(row.key)) {
             return (this->*row.hear)(std::string_view(line.text).substr(row.key.size()));
         }
     }
@@ -69,7 +69,7 @@ void Brain::hear_log(std::string_view text) {
     if (!code) {
         return;
     }
-    if (begins_with(text, "could not set the save destination (")) {
+    if (text.starts_with("could not set the save destination (")) {
         answered_ = true;
         if (state_ != State::settling || !settling_.type_is_next) {
             refusal_ = code;
@@ -80,13 +80,13 @@ void Brain::hear_log(std::string_view text) {
                    code,
                    {}});
         }
-    } else if (begins_with(text, "the camera would not change its file type (")) {
+    } else if (text.starts_with("the camera would not change its file type (")) {
         refusal_ = code;
-    } else if (begins_with(text, "could not ask for both halves of a RAW pair (")) {
+    } else if (text.starts_with("could not ask for both halves of a RAW pair (")) {
         hear_pair_refused(*code);
     } else if (shot_ && shot_->step >= ShotInHand::Step::firing &&
-               (begins_with(text, "warning ") || begins_with(text, "error ") ||
-                begins_with(text, "the camera is showing a caution"))) {
+               (text.starts_with("warning ") || text.starts_with("error ") ||
+                text.starts_with("the camera is showing a caution"))) {
         shot_->caution = code;
     }
 }
@@ -105,14 +105,14 @@ void Brain::hear_error(std::string_view text) {
     const std::optional<std::uint32_t> code = code_in(text);
     if (text == "Camera not connected") {
         not_connected_ = true;
-    } else if (begins_with(text, "Could not set the download folder (")) {
+    } else if (text.starts_with("Could not set the download folder (")) {
         folder_refused(code);
     } else if (worker_ == Worker::silent && text == "Sony Camera Remote SDK failed to initialise") {
         why_not_starting_ =
             Problem{Code::sdk_not_initialised, "The camera SDK could not be started.", {}, {}};
     } else if (state_ == State::opening) {
         hear_error_while_opening(text, code);
-    } else if (begins_with(text, "Camera reported ")) {
+    } else if (text.starts_with("Camera reported ")) {
         Problem problem{Code::camera_error, "The camera reported an error.", code, {}};
         if (shot_ && shot_->step >= ShotInHand::Step::firing) {
             shot_->caution = code;
@@ -125,14 +125,14 @@ void Brain::hear_error(std::string_view text) {
 void Brain::hear_error_while_opening(std::string_view text, std::optional<std::uint32_t> code) {
     if (text == "Camera not detected") {
         opening_.failure = Problem{Code::camera_not_found, "No camera was found.", {}, {}};
-    } else if (begins_with(text, "Could not open the camera (timeout)")) {
+    } else if (text.starts_with("Could not open the camera (timeout)")) {
         opening_.failure = Problem{Code::camera_no_answer, "The camera does not answer.", {}, {}};
-    } else if (begins_with(text, "Could not open the camera (")) {
+    } else if (text.starts_with("Could not open the camera (")) {
         opening_.failure = Problem{Code::camera_refused,
                                    "The camera could not be opened; another program may use it.",
                                    code,
                                    {}};
-    } else if (begins_with(text, "Camera reported ")) {
+    } else if (text.starts_with("Camera reported ")) {
         opening_.failure = Problem{
             Code::camera_error, "The camera reported an error while it was opened.", code, {}};
     }

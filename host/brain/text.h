@@ -1,14 +1,10 @@
-// How lines are told apart, and how much of a name is shown.
+// How much of a name is shown.
 #pragma once
 
 #include <cstddef>
 #include <string_view>
 
 namespace host::brain {
-
-constexpr bool begins_with(std::string_view text, std::string_view beginning) {
-    return text.substr(0, beginning.size()) == beginning;
-}
 
 // The beginning of a name that somebody else chose, not cut in the middle of a character.
 constexpr std::string_view beginning(std::string_view name, std::size_t most) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/brain/text.h"
 #include "host/brain/times.h"
 #include "host/process/fields.h"
 
@@ -18,7 +17,7 @@ constexpr std::string_view downloaded = "DOWNLOADED|";
 // The path of a line that reports a file with a line break in it; empty for any other.
 std::string path_with_break(std::string_view line) {
     const bool has_break =
-        begins_with(line, downloaded) &&
+        line.starts_with(downloaded) &&
         (line.find("%0A") != std::string_view::npos || line.find("%0a") != std::string_view::npos);
     std::string path = has_break ? unescape_field(line.substr(downloaded.size())) : "";
     return path.size() <= limit::path ? path : "";
@@ -43,8 +42,8 @@ void HeldLines::hear(std::string_view text, Time at) {
 std::optional<HeldLine> HeldLines::next(Time now) {
     while (!lines_.empty()) {
         const HeldLine& first = lines_.front().line;
-        const bool of_file = begins_with(first.text, landed);
-        if (!of_file && !begins_with(first.text, camera)) {
+        const bool of_file = first.text.starts_with(landed);
+        if (!of_file && !first.text.starts_with(camera)) {
             return take_first();
         }
         if (of_file && its_report_is_next()) {
@@ -75,13 +74,13 @@ HeldLine HeldLines::take_first() {
 // the report a part of the name, which has no slash in it, while a report has.
 bool HeldLines::its_report_is_next() const {
     if (lines_.size() < 2 || reports_with_breaks_ > 0 ||
-        !begins_with(lines_[1].line.text, downloaded)) {
+        !lines_[1].line.text.starts_with(downloaded)) {
         return false;
     }
     const std::string path =
         unescape_field(std::string_view(lines_[1].line.text).substr(downloaded.size()));
     const std::string_view name = std::string_view(lines_.front().line.text).substr(landed.size());
-    return !name.empty() && begins_with(path, "/") && ends_with_name(path, name);
+    return !name.empty() && path.starts_with("/") && ends_with_name(path, name);
 }
 
 // The most that any report explains: a report can be forged by a name too, but then that name's own
@@ -104,7 +103,7 @@ std::size_t HeldLines::lines_of_file_name() const {
 std::size_t HeldLines::lines_explained(std::size_t report) const {
     const std::string_view path = lines_[report].reported;
     const std::string_view name = std::string_view(lines_.front().line.text).substr(landed.size());
-    if (begins_with(name, "/")) {
+    if (name.starts_with("/")) {
         return lines_in(path, report);
     }
     const std::size_t first = path.size() - std::min(path.size(), limit::file_name);
@@ -125,7 +124,7 @@ std::size_t HeldLines::lines_explained(std::size_t report) const {
 std::size_t HeldLines::lines_in(std::string_view name, std::size_t report) const {
     std::string_view part = std::string_view(lines_.front().line.text).substr(landed.size());
     for (std::size_t line = 0;; part = lines_[line].line.text) {
-        if (!begins_with(name, part)) {
+        if (!name.starts_with(part)) {
             return 0;
         }
         name.remove_prefix(part.size());

@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/brain/text.h"
 #include "host/process/fields.h"
 
 namespace afternoons {
 
 using host::Code;
-using host::brain::begins_with;
 
 namespace {
 
@@ -215,7 +213,7 @@ void Witness::heard(const std::string& line, bool forged) {
     } else if (line == "DISCONNECTED|" && told_ && told_->state == host::State::ready) {
         probe_due_ = true;
     }
-    if (begins_with(line, "DOWNLOADED|")) {
+    if (line.starts_with("DOWNLOADED|")) {
         File* file = disk_.file_at(host::unescape_field(line.substr(11)));
         if (file != nullptr && !file->reported) {
             file->reported = agenda_.now();
@@ -236,7 +234,7 @@ void Witness::says(const std::string& line, bool) {
     }
     if (line == "PRIME") {
         ++fences_said_;
-    } else if (begins_with(line, "SET_SAVE_DEST|")) {
+    } else if (line.starts_with("SET_SAVE_DEST|")) {
         probe_due_ = false;
     } else if (line == "CAPTURE") {
         if (unbound_) {
@@ -254,7 +252,7 @@ void Witness::says(const std::string& line, bool) {
         unbound_ = fired.number;
         last_capture = fired.number;
         capture_fence_ = fences_said_ + 1;
-    } else if (begins_with(line, "SET_DOWNLOAD_DIR|")) {
+    } else if (line.starts_with("SET_DOWNLOAD_DIR|")) {
         if (!std::exchange(moved_before_, true)) {
             return;
         }

@@ -12,7 +12,6 @@
 #include <string>
 #include <vector>
 
-#include "host/brain/text.h"
 #include "tests/host/afternoons/model/worker.h"
 #include "tests/worker/runner/reading/read_transcript.h"
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "host/brain/text.h"
 #include "host/process/fields.h"
 
 namespace host::brain {
@@ -172,9 +171,9 @@ void Stage::obey(const std::string& command) {
     };
     if (command == "PRIME") {
         worker_says("PRIME_DONE|OK");
-    } else if (begins_with(command, "SET_DOWNLOAD_DIR|")) {
+    } else if (command.starts_with("SET_DOWNLOAD_DIR|")) {
         worker_says("DOWNLOAD_DIR|" + rest());
-    } else if (begins_with(command, "SET_SAVE_DEST|")) {
+    } else if (command.starts_with("SET_SAVE_DEST|")) {
         destination_ = rest();
         if (session && !takes_destination) {
             worker_says(
@@ -183,7 +182,7 @@ void Stage::obey(const std::string& command) {
         } else if (session) {
             worker_says("SAVE_DEST|" + (card ? destination_ : "disk"));
         }
-    } else if (begins_with(command, "SET_FILE_TYPE|")) {
+    } else if (command.starts_with("SET_FILE_TYPE|")) {
         if (!session) {
             return worker_says("ERROR|Camera not connected");
         }
@@ -227,7 +226,7 @@ void Stage::answer_disk(const FileWork& work) {
     if (const auto* open = std::get_if<OpenFolder>(&work)) {
         FolderOpened opened;
         opened.ticket = open->ticket;
-        opened.folder = begins_with(open->folder, "/") ? open->folder : "/" + open->folder;
+        opened.folder = open->folder.starts_with("/") ? open->folder : "/" + open->folder;
         opened.room = room;
         brain.tell(opened, now);
     } else if (const auto* run_work = std::get_if<OpenRun>(&work)) {

@@ -3,14 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/brain/text.h"
-
 namespace afternoons {
 
 using host::Code;
 using host::Problem;
 using host::Verdict;
-using host::brain::begins_with;
 
 namespace {
 
@@ -38,7 +35,7 @@ host::Format format_of(const std::string& name) {
 }
 
 std::string absolute(const std::string& folder) {
-    return begins_with(folder, "/") ? folder : "/" + folder;
+    return folder.starts_with("/") ? folder : "/" + folder;
 }
 
 }  // namespace
@@ -122,13 +119,13 @@ void Disk::open_folder(const host::OpenFolder& work, Time waited) {
         processes_.answer(host::FolderNotOpened{work.ticket, {code, text, {}, {}}});
         finished();
     };
-    if (gone || begins_with(path, "/none")) {
+    if (gone || path.starts_with("/none")) {
         return refuse(Code::folder_gone, path + " is not there.");
     }
-    if (read_only || begins_with(path, "/forbidden")) {
+    if (read_only || path.starts_with("/forbidden")) {
         return refuse(Code::folder_not_permitted, path + " cannot be written to.");
     }
-    if (begins_with(path, "/used")) {
+    if (path.starts_with("/used")) {
         return refuse(Code::folder_in_use, path + " is used by another program.");
     }
     bool held = false;
@@ -335,7 +332,7 @@ void Disk::examine(const host::Examine& work) {
                                                                    : Verdict::not_there;
         return processes_.answer(answer);
     }
-    if (begins_with(name, ".")) {
+    if (name.starts_with(".")) {
         answer.verdict = Verdict::not_a_file;
         return processes_.answer(answer);
     }
