@@ -110,7 +110,9 @@ void Brain::adopt_folder() {
     }
     configuring_->step = Configuring::Step::settings;
     settle_wishes();
-    if ((state_ == State::down && (wanted_ || !starts_.empty())) ||
+    // Where workers are lost so often that one a minute is tried, another folder hastens none.
+    const bool wanted = (wanted_ || !starts_.empty()) && !restarts_.too_many();
+    if ((state_ == State::down && wanted) ||
         (state_ == State::starting && worker_ == Worker::none && folder_ticket_ == 0)) {
         begin();
     }

@@ -287,5 +287,25 @@ TEST(BrainRestarting, AWorkerThatHasNoNumberYetIsNamedWithoutOne) {
     }
 }
 
+TEST(BrainRestarting, AnotherFolderAfterTooManyLossesDoesNotHastenTheNextWorker) {
+    Stage stage;
+    stage.get_ready();
+    for (int loss = 0; loss < 6; ++loss) {
+        stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
+        stage.after(seconds(2));
+    }
+    ASSERT_EQ(stage.state().state, State::down);
+    stage.forget();
+    Configure configure;
+    configure.folder = "/new";
+    const RequestId request = stage.ask(configure);
+    stage.after(seconds(50));
+    EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new");
+    EXPECT_TRUE(stage.workers().empty());
+    stage.after(seconds(15));
+    EXPECT_EQ(stage.workers().size(), 1U);
+    EXPECT_EQ(stage.state().state, State::ready);
+}
+
 }  // namespace
 }  // namespace host::brain
