@@ -2,28 +2,11 @@
 
 #include <array>
 
+#include "tests/host/afternoons/dice.h"
+#include "tests/host/afternoons/situations.h"
+
 namespace afternoons {
 namespace {
-
-// SplitMix64: a few lines, and the same everywhere, unlike the library's distributions.
-class Dice {
-  public:
-    explicit Dice(std::uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15U + 1) {}
-
-    std::uint64_t next() {
-        std::uint64_t value = state_ += 0x9E3779B97F4A7C15U;
-        value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9U;
-        value = (value ^ (value >> 27)) * 0x94D049BB133111EBU;
-        return value ^ (value >> 31);
-    }
-
-    int below(int end) {
-        return static_cast<int>(next() % static_cast<std::uint64_t>(end));
-    }
-
-  private:
-    std::uint64_t state_;
-};
 
 // Things that follow each other closely find other mistakes than things that leave time to settle.
 std::chrono::milliseconds pause(Dice& dice, int pace) {
@@ -77,6 +60,10 @@ Story draw(std::uint64_t seed) {
     if (dice.below(4) != 0) {
         story.events.push_back(
             {std::chrono::milliseconds(2500 + dice.below(400)), What::capture, dice.below(7)});
+    }
+    if (dice.below(6) == 0) {
+        const std::vector<Event> situation = draw_situation(dice);
+        story.events.insert(story.events.end(), situation.begin(), situation.end());
     }
     const int events = 2 + dice.below(dice.below(4) == 0 ? 36 : 14);
     for (int count = 0; count < events; ++count) {

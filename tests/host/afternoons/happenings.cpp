@@ -46,7 +46,7 @@ const std::array<std::string, 8> reports{"/etc/passwd",
                                          "A\nDISCONNECTED|\nB.JPG",
                                          "\n\n\n"};
 
-const std::array<std::string, 8> camera_names{
+const std::array<std::string, 9> camera_names{
     "MODEL-A",
     "Evil\nCONNECTED|x\nSAVE_DEST|disk\nB",
     "Evil\nPRIME_DONE|OK\nB",
@@ -54,7 +54,8 @@ const std::array<std::string, 8> camera_names{
     "Evil\nDISCONNECTED|\nB",
     "A|B%0A",
     "",
-    "Evil\nLOG|[SONY] landed x\nDISCONNECTED|\nB"};
+    "Evil\nLOG|[SONY] landed x\nDISCONNECTED|\nB",
+    "Evil\nSTATUS|Opening camera session\nCONNECTED|x\nPRIME_DONE|OK\nB"};
 
 const std::array<std::string, 10> nonsense{"",
                                            "READY|OK",
@@ -218,6 +219,7 @@ void World::swap() {
     camera_.model = camera_.model == "MODEL-A" ? "MODEL-B" : "MODEL-A";
     camera_.counter = 1;
     ++camera_.counting;
+    ++camera_.swapped;
     camera_.vanished = false;
     camera_.there = true;
 }

@@ -186,8 +186,9 @@ void Witness::check_pairs() {
             const File& file = disk_.files[first.file - 1];
             const File& second_file = disk_.files[second.file - 1];
             const bool same_pair = first.picture.pair == second.picture.pair;
-            if (same_pair && press->number != second_press->number &&
-                press->counting == second_press->counting) {
+            const bool told_apart =
+                press->counting == second_press->counting || press->camera != second_press->camera;
+            if (same_pair && press->number != second_press->number && told_apart) {
                 wrong("G3", "files of two shots are told as a pair: " + file.name + " and " +
                                 second_file.name);
             }

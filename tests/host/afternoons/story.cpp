@@ -47,7 +47,7 @@ constexpr auto all_words = std::to_array<Word>({
     {What::opening, "opening", 5, 6, "how long an opening takes"},
     {What::exposure, "exposure", 4, 6, "how long an exposure takes"},
     {What::transfer, "transfer", 5, 8, "how long a file takes"},
-    {What::named, "named", 8, 8, "the camera's model name"},
+    {What::named, "named", 9, 8, "the camera's model name"},
     {What::error, "error", 0, 4, "the camera reports an error"},
     {What::caution, "caution", 0, 3, "it shows a caution"},
     {What::warning, "warning", 0, 3, "the SDK warns"},

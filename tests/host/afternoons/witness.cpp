@@ -212,6 +212,8 @@ void Witness::heard(const std::string& line, bool forged) {
         ++fences_heard_;
     } else if (line == "DISCONNECTED|" && told_ && told_->state == host::State::ready) {
         probe_due_ = true;
+    } else if (line.starts_with("CONNECTED|")) {
+        cameras_.insert(host::unescape_field(line.substr(10)));
     }
     if (line.starts_with("DOWNLOADED|")) {
         File* file = disk_.file_at(host::unescape_field(line.substr(11)));
@@ -334,9 +336,19 @@ void Witness::tells(const host::SessionState& state) {
         check_lost();
     }
     check_in_force(state);
+    check_camera(state);
     if (state.state == host::State::down && before != host::State::down && !ending_ &&
         state.problems.empty()) {
         wrong("G6", "the session is down and no problem says why");
+    }
+}
+
+// A camera's name can look like lines that connect another one.
+void Witness::check_camera(const host::SessionState& state) {
+    const bool made_up =
+        state.camera && state.camera != "Camera" && cameras_.count(*state.camera) == 0;
+    if (made_up && !forging_may_slip_through) {
+        wrong("G8", "a camera is shown that the worker never said: " + *state.camera);
     }
 }
 

@@ -106,6 +106,7 @@ class Witness {
     Time allowed(Time deadline) const;
     Time time_out(const Asked& asked) const;
     const Fired* fired_as(std::uint64_t shot, const std::string& tag) const;
+    void check_camera(const host::SessionState& state);
     void check_settings(const host::SessionState& state);
     void check_lost();
     void check_whose(const Shown& shown);
@@ -145,7 +146,8 @@ class Witness {
     std::size_t capture_fence_ = 0;
     bool moved_before_ = false;
     Time ready_since_{};
-    bool probe_due_ = false;  // a loss was heard, and not asked about since
+    std::set<std::string> cameras_;  // by the names that the worker said
+    bool probe_due_ = false;         // a loss was heard, and not asked about since
     Time next_look_{};
     std::vector<Time> losses_;
     Time urged_{};  // the latest request that makes a try come at once

@@ -25,6 +25,7 @@ struct Press {
     int dial = 1;
     bool plain = true;           // under a name of the camera's own
     std::uint64_t counting = 0;  // how often the counter was set, or the camera changed, before
+    std::uint64_t camera = 0;    // which one
     Time at{};
 };
 
@@ -72,6 +73,7 @@ struct Camera {
     int pair_transfer = 1;
     int counter = 1;
     std::uint64_t counting = 0;  // how often the counter was set, or the camera changed
+    std::uint64_t swapped = 0;   // how often another one took its place
     bool focuses = true;
     Time busy_until{};
     bool refuses_destination = false;

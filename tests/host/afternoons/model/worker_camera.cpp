@@ -248,6 +248,7 @@ void Worker::shutter(std::optional<Number> of) {
     press->at = agenda_.now();
     press->dial = camera_.dial;
     press->counting = camera_.counting;
+    press->camera = camera_.swapped;
     for (int tries = 0; tries < 9999; ++tries) {
         std::string number = std::to_string(camera_.counter);
         number.insert(0, 5 - number.size(), '0');
