@@ -115,7 +115,10 @@ TEST(BrainAttribution, AHalfBehindALossSharesTheDoubtOfTheOtherOne) {
     stage.file("DSC00002.ARW");
     stage.session = false;
     stage.hear("DISCONNECTED|");
+    stage.after(milliseconds(1));
+    ASSERT_EQ(stage.state().state, State::lost);
     stage.file("DSC00002.JPG");
+    EXPECT_TRUE(stage.pictures().empty()) << "neither is known to be the shot's yet";
     stage.after(seconds(3));
     const Shot over = stage.answer_to<Shot>(second);
     ASSERT_EQ(over.pictures.size(), 2U);

@@ -261,6 +261,8 @@ TEST(BrainRestarting, WhatAWorkerBroughtThatEndsAfterItWasGivenUpIsBroughtIn) {
     stage.worker_ends = false;
     stage.after(seconds(26));
     ASSERT_TRUE(stage.told(Code::worker_hangs));
+    ASSERT_EQ(stage.workers().size(), 1U) << "another one has its place";
+    EXPECT_TRUE(stage.asked_of_disk<SweepRun>().empty()) << "it may still write there";
     stage.forget();
     stage.tell(WorkerEnded{"run-1", WorkerEnd::sigkill, 128 + 9});
     const std::vector<SweepRun> swept = stage.asked_of_disk<SweepRun>();
