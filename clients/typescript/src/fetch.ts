@@ -1,0 +1,114 @@
+// A session that somebody else holds, over HTTP: `POST /rpc` for requests, `GET /events` for what comes by itself, as
+// server-sent events. For pages; it needs nothing but fetch.
+
+import { ownProblem } from "./problem.js";
+import { pause } from "./signals.js";
+import type { Connection, Listener, Transport } from "./transport.js";
+
+export interface FetchOptions {
+  /** Where `rpc` and `events` lie, such as "http://127.0.0.1:8080/". */
+  url: string | URL;
+  /** Sent with every request. */
+  headers?: Readonly<Record<string, string>>;
+  /** Milliseconds between two tries to get the events again. */
+  retry?: number;
+}
+
+export function overFetch(options: FetchOptions): Transport {
+  return { owns: false, open: (listener) => open(options, listener) };
+}
+
+function open({ url, headers = {}, retry = 1000 }: FetchOptions, listener: Listener): Connection {
+  const ending = new AbortController();
+  const { signal } = ending;
+  let lastEvent = "";
+  let connected: () => void;
+  // Nobody is asked before the events are on their way: an answer could overtake what comes first.
+  const ready = new Promise<void>((resolve) => (connected = resolve));
+
+  async function hear(): Promise<void> {
+    const response = await fetch(new URL("events", url), {
+      headers: { ...headers, accept: "text/event-stream", ...(lastEvent && { "last-event-id": lastEvent }) },
+      credentials: "same-origin",
+      signal,
+    });
+    if (!response.ok || !response.body) {
+      throw new Error(`GET events: ${response.status}`);
+    }
+    connected();
+    for await (const { id, data } of events(response.body)) {
+      lastEvent = id ?? lastEvent;
+      if (data !== "") {
+        listener.message(data);
+      }
+    }
+  }
+
+  async function hearUntilTheEnd(): Promise<void> {
+    while (!signal.aborted) {
+      await hear().catch(() => {});
+      await pause(retry, signal);
+      // Whoever sends the events may have forgotten those that were missed.
+      listener.gap();
+    }
+    listener.closed(ownProblem("closed", "The camera was closed."));
+  }
+  const over = hearUntilTheEnd();
+
+  return {
+    async send(text) {
+      await Promise.race([ready, over]);
+      const response = await fetch(new URL("rpc", url), {
+        method: "POST",
+        headers: { ...headers, "content-type": "application/json" },
+        credentials: "same-origin",
+        body: text,
+        signal,
+      }).catch((error: unknown) => {
+        throw ownProblem("tether-gone", `The program that holds the camera cannot be reached: ${error}`);
+      });
+      const answer = await response.text();
+      if (!response.ok) {
+        throw ownProblem("tether-gone", `The program that holds the camera answered ${response.status}.`);
+      }
+      listener.message(answer);
+    },
+    async close() {
+      ending.abort();
+      await over;
+    },
+  };
+}
+
+/** The events of a stream, as the standard has them: `id:` and `data:` lines up to an empty one. */
+async function* events(stream: ReadableStream<Uint8Array>): AsyncGenerator<{ id: string | undefined; data: string }> {
+  let id: string | undefined;
+  let data: string[] = [];
+  for await (const line of lines(stream)) {
+    const [, field, value] = /^([^:]*)(?:: ?)?(.*)$/s.exec(line)!;
+    if (line === "") {
+      yield { id, data: data.join("\n") };
+      data = [];
+    } else if (field === "data") {
+      data.push(value!);
+    } else if (field === "id") {
+      id = value;
+    }
+  }
+}
+
+async function* lines(stream: ReadableStream<Uint8Array>): AsyncGenerator<string> {
+  const reader = stream.getReader();
+  const decoder = new TextDecoder();
+  let begun = "";
+  for (;;) {
+    const { done, value } = await reader.read();
+    if (done) {
+      return;
+    }
+    // A line may end with both; the two may come apart.
+    const found = (begun + decoder.decode(value, { stream: true })).split(/\r\n|\n|\r(?!$)/);
+    begun = found.pop()!;
+    yield* found;
+  }
+}
