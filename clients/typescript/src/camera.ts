@@ -15,7 +15,7 @@ import type {
   State,
 } from "./generated.js";
 import { PictureLog } from "./pictures.js";
-import { CameraProblem, ownProblem } from "./problem.js";
+import { CameraProblem, isOwn, ownProblem } from "./problem.js";
 import { openRpc, type Method, type Rpc, type RpcOptions } from "./rpc.js";
 import { pause, unless } from "./signals.js";
 import type { Transport, Wishes } from "./transport.js";
@@ -35,8 +35,12 @@ export interface CameraEvents {
   line: Line;
 }
 
+/** Who hears what from the very first on. */
+export type CameraListeners = { readonly [kind in keyof CameraEvents]?: (news: CameraEvents[kind]) => void };
+
 export interface CameraSetup extends RpcOptions {
   client: Client;
+  on: CameraListeners;
   wishes: Wishes;
   /** Milliseconds before a process that ended is started again: the first time, the second time in a row, and so on. */
   restarts: readonly number[];
@@ -95,6 +99,9 @@ export class Camera implements AsyncDisposable {
       restarts: 0,
       problems: [],
     };
+    for (const [kind, listener] of Object.entries(setup.on)) {
+      (this.#listeners[kind as keyof CameraEvents] as Set<typeof listener>).add(listener);
+    }
     this.#ready = this.#start();
   }
 
@@ -120,13 +127,11 @@ export class Camera implements AsyncDisposable {
    * not ready within 60 s; it goes on trying all the same, also when the signal gives up waiting.
    */
   async connect({ signal }: { signal?: AbortSignal } = {}): Promise<State> {
-    this.#wantsCamera = true;
     return this.request("connect", {}, { signal });
   }
 
   /** Gives the camera back and leaves it alone until the next connect(). */
   async disconnect(): Promise<State> {
-    this.#wantsCamera = false;
     return this.request("disconnect", {});
   }
 
@@ -161,7 +166,7 @@ export class Camera implements AsyncDisposable {
       this.#wishes = { ...this.#wishes, ...wishes, folder: state.folder };
       return state;
     } catch (error) {
-      if (error instanceof CameraProblem) {
+      if (error instanceof CameraProblem && !isOwn(error)) {
         // Wishes stand, also when they are not in force; only the folder stays as it was.
         const { folder: _, ...others } = wishes;
         this.#wishes = { ...this.#wishes, ...others };
@@ -215,6 +220,7 @@ export class Camera implements AsyncDisposable {
     // Everybody waits for the same, so requests go out in the order in which they were asked.
     const answer = this.#ready.then((rpc) => {
       signal?.throwIfAborted();
+      this.#wantsCamera = method === "connect" || (this.#wantsCamera && method !== "disconnect");
       return rpc.request(method, parameters);
     });
     return unless(signal, answer);
@@ -274,12 +280,8 @@ export class Camera implements AsyncDisposable {
   }
 
   async #initialize(rpc: Rpc): Promise<void> {
-    const isFirst = this.#initialized === undefined;
     this.#initialized = await rpc.request("initialize", { client: this.#setup.client, protocols: [1] });
-    if (isFirst) {
-      return;
-    }
-    // As it was. What stands in the way is told.
+    // As it was before, if it was. What stands in the way is told.
     if (this.#listeners.line.size > 0) {
       rpc.request("subscribe", { lines: true }).catch(() => {});
     }

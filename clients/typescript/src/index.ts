@@ -15,14 +15,14 @@
 // Every request fails with a CameraProblem (code, text, advice) when camera, worker or disk stand in its way.
 
 import { resolve } from "node:path";
-import { Camera } from "./camera.js";
+import { Camera, type CameraListeners } from "./camera.js";
 import { childProcess } from "./child_process.js";
 import type { Client, FileType, SaveDestination } from "./generated.js";
 import { programs } from "./programs.js";
 import type { Wishes } from "./transport.js";
 import type { VirtualCamera } from "./virtual_camera.js";
 
-export type { Camera, CameraEvents } from "./camera.js";
+export type { Camera, CameraEvents, CameraListeners } from "./camera.js";
 export { childProcess, type ChildProcessOptions } from "./child_process.js";
 export { overFetch, type FetchOptions } from "./fetch.js";
 export * from "./generated.js";
@@ -55,9 +55,11 @@ export interface OpenOptions {
   tether?: string;
   /** Variables for tether and the worker, beside those of this process. */
   environment?: Readonly<Record<string, string>>;
+  /** Listeners that are to hear what is told before the camera is open, too. */
+  on?: CameraListeners;
   /** Who is speaking, for the record. */
   client?: Client;
-  /** Seconds that an answer may be late before its request fails with "no-answer"; 5. */
+  /** Seconds beyond a request's time-out after which it fails with "no-answer"; 5. */
   grace?: number;
   /** Milliseconds before tether is started again, after its first end in a row, its second, and so on. */
   restarts?: readonly number[];
@@ -88,5 +90,5 @@ export async function openCamera(options: OpenOptions): Promise<Camera> {
     environment: { ...own?.environment, ...options.environment },
   });
   const client = options.client ?? { name: "camera-worker for Node", version: "1.0.0" };
-  return Camera.open(transport, { client, wishes, patience, grace, restarts });
+  return Camera.open(transport, { client, on: options.on ?? {}, wishes, patience, grace, restarts });
 }

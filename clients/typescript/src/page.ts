@@ -3,7 +3,7 @@
 import { Camera } from "./camera.js";
 import { overFetch, type FetchOptions } from "./fetch.js";
 
-export type { Camera, CameraEvents } from "./camera.js";
+export type { Camera, CameraEvents, CameraListeners } from "./camera.js";
 export { overFetch, type FetchOptions } from "./fetch.js";
 export * from "./generated.js";
 export { CameraProblem, RequestError, type ClientCode } from "./problem.js";
@@ -12,5 +12,5 @@ export type { Connection, Listener, Transport, Wishes } from "./transport.js";
 /** Joins the session whose `rpc` and `events` lie at the address. */
 export function openPage(options: FetchOptions): Promise<Camera> {
   const client = { name: "camera-worker for pages", version: "1.0.0" };
-  return Camera.open(overFetch(options), { client, wishes: {}, patience: 20, grace: 5, restarts: [] });
+  return Camera.open(overFetch(options), { client, on: {}, wishes: {}, patience: 20, grace: 5, restarts: [] });
 }

@@ -57,3 +57,7 @@ const advices: Record<ClientCode, string> = {
 export function ownProblem(code: ClientCode, text: string, advice = advices[code]): CameraProblem {
   return new CameraProblem({ code, severity: "error", text, advice, sdk: null, shot: null });
 }
+
+export function isOwn(problem: CameraProblem): boolean {
+  return problem.code in advices;
+}

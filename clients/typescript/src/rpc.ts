@@ -9,7 +9,7 @@ export type Method = keyof Methods;
 export interface RpcOptions {
   /** Seconds that a shot's files are waited for when the request does not say. */
   patience: number;
-  /** Seconds that an answer may be late before it is given up. */
+  /** Seconds beyond its time-out after which an answer is given up. Whoever answers has 1 s. */
   grace: number;
 }
 
@@ -113,7 +113,7 @@ export function openRpc(transport: Transport, wishes: Wishes, options: RpcOption
       const { turn = false } = timeOuts[method] ?? {};
       const now = performance.now();
       const turnBegins = turn ? Math.max(now, ...[...waiting.values()].map((request) => request.turnEnds)) : now;
-      const mostTaken = turnBegins - now + (seconds(method, parameters, options.patience) + 1) * 1000;
+      const mostTaken = turnBegins - now + seconds(method, parameters, options.patience) * 1000;
       return new Promise((resolve, reject) => {
         const giveUp = (): void => {
           settle(id)?.reject(ownProblem("no-answer", `"${method}" was not answered in time.`));
