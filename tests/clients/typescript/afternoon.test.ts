@@ -1,0 +1,127 @@
+// A long afternoon with the virtual camera: 50 shots, while everything goes wrong that can.
+
+import assert from "node:assert/strict";
+import { mkdir, readdir, stat } from "node:fs/promises";
+import { join } from "node:path";
+import { test } from "node:test";
+import { openCamera, startVirtualCamera, type Picture, type Shot } from "camera-worker";
+import { visible } from "./conversation.js";
+import { delivered, inNewFolder, next, quick, take, tetherProcess, untilState, workerProcess } from "./session.js";
+import { tether } from "./tree.js";
+
+const shots = 50;
+
+test("50 pairs, pulled cables, cards, killed processes and new folders: nothing is lost, nothing comes twice", { timeout: 300_000 }, () =>
+  inNewFolder(async (top) => {
+    const folders = ["morning", "noon", "evening"].map((name) => join(top, name));
+    const journal = join(top, "journal");
+    await Promise.all(folders.map((folder) => mkdir(folder)));
+    await using virtual = await startVirtualCamera(quick);
+    await using camera = await openCamera({
+      folder: folders[0]!,
+      virtual,
+      tether,
+      fileType: "both",
+      // For the shots whose files never come.
+      patience: 2,
+      environment: { CAMERA_SIM_JOURNAL: journal },
+    });
+    const pictures = take(camera.pictures());
+    const sameAgain = take(camera.pictures({ after: "" }));
+    await camera.connect();
+
+    const fired = (): Promise<Shot> => next(camera, "shot", (shot) => shot.status === "fired");
+    const gone = (): Promise<unknown> => next(camera, "problem", (problem) => problem.code === "tether-gone");
+    let interrupted = 0;
+
+    // What is done before a shot, and while it is under way. A shot that nothing is done to must be complete.
+    const before: Record<number, () => Promise<unknown>> = {
+      8: () => virtual.do("card out"),
+      11: () => virtual.do("card in"),
+      18: () => camera.configure({ folder: folders[1]! }),
+      23: async () => {
+        const lost = next(camera, "state", ({ state }) => state !== "ready");
+        await virtual.do("unplug");
+        await lost;
+        await virtual.do("plug");
+      },
+      30: () => camera.configure({ saveDestination: "both" }),
+      32: () => virtual.do("card out"),
+      34: () => virtual.do("card in"),
+      37: () => camera.configure({ folder: folders[2]!, saveDestination: "disk" }),
+      42: () => virtual.do("flap 3"),
+    };
+    const meanwhile: Record<number, () => Promise<unknown>> = {
+      5: () => virtual.do("unplug").then(() => virtual.do("plug")),
+      14: async () => process.kill(await workerProcess(), "SIGKILL"),
+      20: async () => Promise.all([gone(), process.kill(await tetherProcess(), "SIGKILL")]),
+      27: () => virtual.do("unplug reconnecting").then(() => virtual.do("plug")),
+      33: async () => process.kill(await workerProcess(), "SIGKILL"),
+      40: async () => Promise.all([gone(), process.kill(await tetherProcess(), "SIGKILL")]),
+      46: () => virtual.do("card out").then(() => virtual.do("card in")),
+    };
+
+    const complete: Shot[] = [];
+    for (let number = 1; number <= shots; number += 1) {
+      await before[number]?.();
+      await untilState(camera, "ready");
+      const release = fired();
+      const shot = camera.capture({ tag: `shot ${number}`, expires: 60 });
+      shot.catch(() => {});
+      await release;
+      await meanwhile[number]?.();
+      const result = await shot.catch((problem: { code: string }) => {
+        assert.equal(problem.code, "tether-gone");
+        interrupted += 1;
+      });
+      if (result?.status === "complete") {
+        complete.push(result);
+      }
+      assert.ok(meanwhile[number] || result?.status === "complete", `shot ${number}: ${JSON.stringify(result)}`);
+    }
+    await untilState(camera, "ready");
+    assert.equal((await camera.close()).worker, "quit");
+
+    // Each picture came once, the same to every reader, and lies where it says.
+    const all = await pictures;
+    const paths = all.map(({ path }) => path);
+    assert.equal(new Set(all.map(({ id }) => id)).size, all.length);
+    assert.equal(new Set(paths).size, all.length);
+    const inOrder = (list: Picture[]): string[] => list.map(({ id }) => id).sort();
+    assert.deepEqual(inOrder(await sameAgain), inOrder(all));
+    for (const { path, bytes, whole } of all) {
+      assert.ok(whole, path);
+      assert.equal((await stat(path)).size, bytes, path);
+    }
+
+    // All that lies there came, all that the camera handed over lies there, and nothing is left on its way.
+    const lying = (await Promise.all(folders.map(visible))).flat();
+    assert.deepEqual(lying.sort(), [...paths].sort());
+    assert.deepEqual(all.map(({ cameraName }) => cameraName).sort(), (await delivered(journal)).sort());
+    for (const folder of folders) {
+      const runs = (await readdir(join(folder, ".incoming"), { withFileTypes: true })).filter((entry) => entry.isDirectory());
+      for (const { name } of runs) {
+        assert.deepEqual(await visible(join(folder, ".incoming", name)), []);
+      }
+      assert.ok(paths.some((path) => path.startsWith(folder)), `pictures in ${folder}`);
+    }
+
+    // Each complete shot has both halves, told once, and the two kills of tether each failed one shot at most.
+    for (const shot of complete) {
+      const halves = all.filter(({ tag }) => tag === shot.tag);
+      assert.deepEqual(halves.map(({ kind }) => kind).sort(), ["developed", "raw"], shot.tag);
+      assert.equal(new Set(halves.map(({ pair }) => pair)).size, 1);
+    }
+    assert.ok(complete.length >= shots - Object.keys(meanwhile).length);
+    assert.ok(interrupted <= 2);
+
+    // A host that starts again has what it missed, and no more.
+    const half = all.filter(({ path }) => path.startsWith(folders[2]!));
+    const known = half[Math.floor(half.length / 2)]!;
+    await using again = await openCamera({ folder: folders[2]!, virtual, tether });
+    const behind = half.slice(half.indexOf(known) + 1);
+    assert.deepEqual(await take(again.pictures({ after: known.id }), behind.length), behind);
+    await again.connect();
+    const [later] = await Promise.all([take(again.pictures({ after: behind.at(-1)!.id }), 1), again.capture()]);
+    assert.ok(!all.some(({ id }) => id === later[0]!.id));
+  }));
