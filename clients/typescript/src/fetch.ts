@@ -1,5 +1,5 @@
 // A session that somebody else holds, over HTTP: `POST /rpc` for requests, `GET /events` for what comes by itself, as
-// server-sent events. For pages; it needs nothing but fetch.
+// server-sent events: an event called `missed` says that some are forgotten. For pages; it needs nothing but fetch.
 
 import { ownProblem } from "./problem.js";
 import { pause } from "./signals.js";
@@ -36,9 +36,11 @@ function open({ url, headers = {}, retry = 1000 }: FetchOptions, listener: Liste
       throw new Error(`GET events: ${response.status}`);
     }
     connected();
-    for await (const { id, data } of events(response.body)) {
+    for await (const { id, name, data } of events(response.body)) {
       lastEvent = id ?? lastEvent;
-      if (data !== "") {
+      if (name === "missed") {
+        listener.gap();
+      } else if (data !== "") {
         listener.message(data);
       }
     }
@@ -80,17 +82,27 @@ function open({ url, headers = {}, retry = 1000 }: FetchOptions, listener: Liste
   };
 }
 
-/** The events of a stream, as the standard has them: `id:` and `data:` lines up to an empty one. */
-async function* events(stream: ReadableStream<Uint8Array>): AsyncGenerator<{ id: string | undefined; data: string }> {
+interface Event {
+  id: string | undefined;
+  name: string;
+  data: string;
+}
+
+/** The events of a stream, as the standard has them: lines `id:`, `event:` and `data:` up to an empty one. */
+async function* events(stream: ReadableStream<Uint8Array>): AsyncGenerator<Event> {
   let id: string | undefined;
+  let name = "";
   let data: string[] = [];
   for await (const line of lines(stream)) {
     const [, field, value] = /^([^:]*)(?:: ?)?(.*)$/s.exec(line)!;
     if (line === "") {
-      yield { id, data: data.join("\n") };
+      yield { id, name, data: data.join("\n") };
+      name = "";
       data = [];
     } else if (field === "data") {
       data.push(value!);
+    } else if (field === "event") {
+      name = value!;
     } else if (field === "id") {
       id = value;
     }

@@ -148,6 +148,16 @@ test("a page whose events break off comes back where it was, and asks for what i
     assert.ok(asked.some((one) => JSON.stringify(one) === '["pictures","a"]'));
   }));
 
+test("a page that is told that events are forgotten asks for what it missed", () =>
+  Console.with(async (console, url) => {
+    await using camera = await openPage({ url });
+    const told = next(camera, "state");
+    console.answer = (method) => (method === "pictures" ? { pictures: [] } : { ...state, state: "lost" });
+    console.write('event: missed\ndata: {"jsonrpc":"2.0","method":"missed","params":{}}\n\n');
+    assert.equal((await told).state, "lost");
+    assert.deepEqual(console.came, [undefined]);
+  }));
+
 test("a session that is not there is a problem", async () => {
   let address = "";
   await Console.with(async (console, url) => {
