@@ -181,7 +181,7 @@ export interface Methods {
  */
 export interface InitializeParameters {
   /**
-   * Who is speaking, for the record.
+   * Who is speaking. It stands in the record that --record keeps.
    */
   client: Client;
   /**
@@ -233,7 +233,7 @@ export interface Server {
  */
 export interface Worker {
   /**
-   * Of the program.
+   * Of the program, absolute.
    */
   path: string;
   /**
