@@ -1,6 +1,8 @@
 // A folder with all that a virtual camera needs, for tests of whoever drives it.
 #pragma once
 
+#include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -9,6 +11,7 @@
 #include <string>
 #include <system_error>
 
+#include "host/process/clock.h"
 #include "simulator/control/client.h"
 
 namespace fs = std::filesystem;
@@ -56,6 +59,21 @@ class VirtualCameraTest : public testing::Test {
         ASSERT_TRUE(control);
         const auto reply = control->ask(line);
         ASSERT_TRUE(reply && reply->ok) << line << ": " << (reply ? reply->error : "no answer");
+    }
+
+    // Waits until the camera's state has this line.
+    void await_camera(const std::string& line) {
+        auto control = camera_sim::ControlClient::connect(folder_ / "control");
+        ASSERT_TRUE(control);
+        const host::TimePoint deadline = host::after(std::chrono::seconds(60));
+        for (;;) {
+            const auto reply = control->ask("state");
+            ASSERT_TRUE(reply && reply->ok) << (reply ? reply->error : "no answer");
+            if (std::count(reply->lines.begin(), reply->lines.end(), line) > 0) {
+                return;
+            }
+            ASSERT_LT(host::Clock::now(), deadline) << line << " did not come";
+        }
     }
 
     fs::path folder_;

@@ -74,18 +74,21 @@ TEST_F(CameraSessionTest, ALostCameraIsConnectedAgainByItself) {
 TEST_F(CameraSessionTest, TheShotThatIsLostWithTheCameraIsAnswered) {
     write("scene", "timing instant\nnext file late 600s\ncamera \"MODEL-A\" over USB, card in\n");
     connect();
-    std::optional<host::Answer> answer;
-    camera_->ask(host::Capture{}, [&](const host::Answer& given) { answer = given; });
+    ask(host::Capture{});
     await("CAPTURE's answer", [](const Told& told) {
         return !told.lines.empty() && told.lines.back().text == "PRIME_DONE|OK" &&
                told.shots.size() == 1;
     });
     tell_camera("unplug");
-    await("the end of the shot", [](const Told& told) { return told.shots.size() == 2; });
-    const host::Shot shot = told().shots[1];
-    EXPECT_EQ(shot.status, ShotStatus::none);
-    ASSERT_EQ(shot.problems.size(), 1u);
-    EXPECT_EQ(shot.problems[0].code, Code::camera_lost);
+    await("the answer", [](const Told& told) { return !told.answers.empty(); });
+    const Told told = this->told();
+    ASSERT_EQ(told.answers.size(), 1u);
+    const auto* shot = std::get_if<host::Shot>(&told.answers[0]);
+    ASSERT_NE(shot, nullptr);
+    EXPECT_EQ(shot->status, ShotStatus::none);
+    ASSERT_EQ(shot->problems.size(), 1u);
+    EXPECT_EQ(shot->problems[0].code, Code::camera_lost);
+    EXPECT_EQ(told.shots.back(), *shot);
 }
 
 TEST_F(CameraSessionTest, NoCameraIsAProblemAndTriedOn) {

@@ -5,10 +5,12 @@
 #include <string>
 #include <vector>
 
-// The camera is told these lines once one with that text has been printed.
+// The camera is told these lines once one with that text has been printed, and its `state` has that
+// line: what the worker says before it calls the SDK is no sign that the call has come.
 struct Moment {
     const char* after;
     const char* told;
+    const char* state = nullptr;
 };
 
 struct Fact {

@@ -43,6 +43,9 @@ class ShootFaultTest : public CommandTest, public testing::WithParamInterface<Fa
         start_tether(options);
         for (const Moment& moment : fact.moments) {
             read_to(moment.after);
+            if (moment.state != nullptr) {
+                await_camera(moment.state);
+            }
             for (const std::string& line : lines_of(std::string(moment.told) + "\n")) {
                 tell_camera(line);
             }
