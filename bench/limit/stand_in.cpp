@@ -30,7 +30,7 @@ std::string environment(const char* name) {
 }
 
 void write_line(const std::string& line) {
-    std::cout << line << std::endl;
+    std::cout << line << '\n' << std::flush;
 }
 
 long long now() {

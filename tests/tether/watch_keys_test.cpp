@@ -67,9 +67,9 @@ class WatchKeysTest : public CommandTest {
         while (seen_.find(text) == std::string::npos) {
             pollfd source{terminal_.number(), POLLIN, 0};
             char bytes[4096];
-            ssize_t count = 0;
-            if (poll(&source, 1, host::poll_timeout(deadline)) != 1 ||
-                (count = ::read(terminal_.number(), bytes, sizeof bytes)) <= 0) {
+            const bool came = poll(&source, 1, host::poll_timeout(deadline)) == 1;
+            const ssize_t count = came ? ::read(terminal_.number(), bytes, sizeof bytes) : 0;
+            if (count <= 0) {
                 FAIL() << "\"" << text << "\" did not come:\n" << seen_;
             }
             seen_.append(bytes, static_cast<std::size_t>(count));

@@ -213,10 +213,10 @@ int carry_out(Options options) {
         server.reset();
     } else {
         // Its writer is stuck in a pipe that nobody reads.
-        static_cast<void>(server.release());
+        [[maybe_unused]] const Server* const left = server.release();
     }
     if (recorder && !recorder->flush(host::after(to_write_the_rest))) {
-        static_cast<void>(recorder.release());
+        [[maybe_unused]] const Recorder* const left = recorder.release();
     } else {
         recorder.reset();
     }

@@ -142,7 +142,7 @@ const char* Server::out_of_turn(const std::string& method) {
     if (has_ended() && !is_shutdown) {
         return "The session has ended";
     }
-    switch (initialization_) {
+    switch (const Initialization so_far = initialization_; so_far) {
         case Initialization::none:
             return is_initialize ? nullptr : "initialize comes first";
         case Initialization::failed:

@@ -50,6 +50,7 @@ class Search {
 
     bool run() {
         std::vector<std::thread> threads;
+        threads.reserve(options_.jobs);
         for (unsigned int job = 0; job < options_.jobs; ++job) {
             threads.emplace_back([this] { work(); });
         }

@@ -139,6 +139,7 @@ TEST_P(ShootFaultTest, IsSaidAsItIs) {
     EXPECT_EQ(words.brought, fact.brought);
     EXPECT_EQ(words.lost, fact.lost);
     std::vector<std::string> said;
+    said.reserve(words.said.size());
     for (const std::string& line : words.said) {
         said.push_back(with(with(line, folder_ / "shots", "FOLDER"), folder_, "PLACE"));
     }

@@ -31,8 +31,12 @@ std::optional<Worker::Result> Worker::refusal_of(int property) {
         if (refusal->property != property) {
             continue;
         }
-        const Result result = refusal->result;
-        if (refusal->times > 0 && --refusal->times == 0) {
+        const bool is_the_last = refusal->times == 1;
+        if (refusal->times > 0) {
+            --refusal->times;
+        }
+        std::optional<Result> result = refusal->result;
+        if (is_the_last) {
             camera_.refusals.erase(refusal);
         }
         return result;
