@@ -17,6 +17,29 @@ def picture(folder, name, title):
     return [f"![{title}]({name}.svg)"] if (folder / f"{name}.svg").exists() else []
 
 
+def machine(results):
+    return ", ".join(f"{value} cores" if key == "Cores" else value for key, value in results.all["machine"])
+
+
+def says_the_same(results, folder):
+    """Whether the report that stands there differs by noise only."""
+    readme = folder / "README.md"
+    text = readme.read_text() if readme.is_file() else ""
+    rows = [[cell.strip() for cell in line.split("|")[1:-1]] for line in text.splitlines() if line.startswith("| ")]
+    # The figures with bounds have five cells, those without three.
+    told = {row[0]: row for row in rows if len(row) == 5 and row[0] != "Figure"}
+    bounded = [figure for figure in results.all["figures"] if "bound" in figure]
+    if f"Measured on {machine(results)}." not in text or told.keys() != {figure["name"] for figure in bounded}:
+        return False
+    for figure in bounded:
+        _, measured, bound, met, _ = told[figure["name"]]
+        before = float(measured.split()[0].replace(",", ""))
+        if (bound != f"{figure['sense']} {number(figure['bound'])}" or (met == "met") != figure["met"]
+                or abs(figure["value"] - before) > abs(figure["bound"]) / 10):  # fmt: skip
+            return False
+    return True
+
+
 def write_text(results, functions, folder):
     everything = results.all
     bounded = [figure for figure in everything["figures"] if "bound" in figure]
@@ -25,8 +48,7 @@ def write_text(results, functions, folder):
     parts = [
         "# How fast the worker is",
         "Written by `bench/run`; [what each figure means](../README.md). " +
-        "Measured on " + ", ".join(f"{value} cores" if key == "Cores" else value
-                                   for key, value in everything["machine"]) + ".",
+        f"Measured on {machine(results)}.",
         f"**{met} of {len(bounded)} figures met.**",
         "![What is allowed, and what is used of it](bounds.svg)",
         table([("Figure", "Measured", "Bound", "", "In numbers")] + [
