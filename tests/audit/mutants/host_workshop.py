@@ -2,6 +2,7 @@
 
 import json
 import os
+import shlex
 import shutil
 import subprocess
 
@@ -18,6 +19,12 @@ PROGRAMS = [
 ]  # fmt: skip
 # Without notes for a debugger the same meaning gives the same object.
 OPTIONS = ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1"]
+
+
+def output_of(entry):
+    """What a compile command makes. Not every CMake says so beside the command."""
+    words = shlex.split(entry["command"])
+    return words[words.index("-o") + 1]
 
 
 class HostWorkshop:
@@ -37,9 +44,9 @@ class HostWorkshop:
         for command in (["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", *OPTIONS],
                         ["ninja", "-C", self.build, *(name for name, _, _ in PROGRAMS)]):  # fmt: skip
             subprocess.run(command, check=True, stdout=log, stderr=log, env=self.environment)
-        self.objects = {os.path.relpath(entry["file"], self.tree): entry["output"]
+        self.objects = {os.path.relpath(entry["file"], self.tree): made
                         for entry in json.loads((self.build / "compile_commands.json").read_text())
-                        if (self.build / entry["output"]).exists()}  # fmt: skip
+                        if (self.build / (made := output_of(entry))).exists()}  # fmt: skip
         self.unchanged = {file: (self.build / made).read_bytes() for file, made in self.objects.items()
                           if file.startswith("host/")}  # fmt: skip
 
