@@ -91,9 +91,11 @@ TEST_F(Whole, OfALargeJpegOnlyTheHeadAndTheEndAreRead) {
         std::string name;
         std::uint64_t bytes = 0;
         facts >> name >> bytes;
-        EXPECT_EQ(name, "rchar:");
-        return bytes;
+        return name == "rchar:" ? bytes : 0;
     };
+    if (bytes_read() == 0) {
+        GTEST_SKIP() << "this system does not say how much was read";
+    }
     std::string large;
     large.resize(10'000'000, 'x');
     const std::string alone = sample_jpeg(large);
