@@ -1,4 +1,5 @@
 // Any call that fails, once or for ever: nothing is lost, and what is not in its place is named.
+// And a file that changes between two calls.
 
 #include <algorithm>
 #include <cerrno>
@@ -112,6 +113,22 @@ TEST_P(FailingDisk, NamesWhatAStartLeavesAtAnyStep) {
         }
     }
     EXPECT_GT(step, 20);
+}
+
+TEST(BusyDisk, AFileThatGrowsWhileItIsLookedAtIsNotWhole) {
+    const TemporaryFolder folder(quick_disk());
+    Desk desk(folder.path());
+    desk.open();
+    const OpenedRun run = desk.open_run();
+    write_file(run.staging / "DSC00001.JPG", sample_jpeg("1"));
+    disk_calls::before_reading = [&] {
+        std::ofstream(run.staging / "DSC00001.JPG", std::ios::app) << "more";
+        return 0;
+    };
+    const auto found = desk.examine(run, "DSC00001.JPG");
+    disk_calls::before_reading = {};
+    EXPECT_FALSE(found.whole);
+    EXPECT_EQ(found.why, "it is still being written");
 }
 
 INSTANTIATE_TEST_SUITE_P(Once, FailingDisk,
