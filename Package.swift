@@ -19,5 +19,11 @@ let package = Package(
             path: "clients/swift/Sources/CameraWorkerVirtual"
         ),
         .executableTarget(name: "first-host", dependencies: ["CameraWorker"], path: "clients/swift/Example"),
+        .testTarget(
+            name: "CameraWorkerTests",
+            dependencies: ["CameraWorker", "CameraWorkerVirtual"],
+            path: "tests/clients/swift",
+            exclude: ["check", "programs"]
+        ),
     ]
 )
