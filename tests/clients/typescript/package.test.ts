@@ -109,6 +109,35 @@ test("what README and example show compiles and does what they say, and what is 
   });
 });
 
+test("docs/hosts.md shows the hosts that are proven, and names every problem", async () => {
+  const page = await readFile(join(root, "docs/hosts.md"), "utf8");
+  const shown = (language: string): string[] =>
+    [...page.matchAll(new RegExp(`\`\`\`${language}\\n(.*?)\`\`\``, "gs"))].map(([, text]) => text!);
+  const [first, booth, ...more] = shown("ts");
+  assert.equal(more.length, 0);
+  for (const [text, file] of [
+    [shown("cpp")[0]!, "host/example.cpp"],
+    [shown("swift")[0]!, "clients/swift/Example/FirstHost.swift"],
+    [booth!, "clients/typescript/example/booth.ts"],
+  ] as const) {
+    assert.ok(text.length > 500, file);
+    assert.ok((await readFile(join(root, file), "utf8")).endsWith(`\n${text}`), file);
+  }
+
+  const codes = [...(await readFile(join(root, "catalogue/problems.json"), "utf8")).matchAll(/"code": "(.*?)"/g)];
+  assert.ok(codes.length > 20);
+  assert.deepEqual(codes.map(([, code]) => code!).filter((code) => !page.includes(`\`${code}\``)), []);
+
+  await using virtual = await startVirtualCamera(quick);
+  const env = { ...environment, CAMERA_SIM_SCENE: virtual.environment["CAMERA_SIM_SCENE"] };
+  await inHost({ first: first! }, async (folder) => {
+    const { stdout } = await run(process.execPath, ["first.js", "shots"], { cwd: folder, env });
+    assert.match(stdout, /\/shots\/DSC00001\.JPG\n$/);
+    const failing = run(process.execPath, ["first.js", "shots", "no-worker"], { cwd: folder, env });
+    await assert.rejects(failing, (error: { code: number; stderr: string }) => error.code === 1 && /worker/i.test(error.stderr));
+  });
+});
+
 test("npx camera-worker is tether", async () => {
   const bin = join(home, "dist/bin.js");
   const { stdout } = await run(process.execPath, [bin, "--help"], { env: environment });

@@ -681,7 +681,7 @@ def two_servers_on_one_folder_do_not_mix(stage):
 # The first host.
 
 def _host_of_the_documentation(stage, scene):
-    text = (pathlib.Path(__file__).parents[3] / "docs/serve.md").read_text(encoding="utf-8")
+    text = (pathlib.Path(__file__).parents[3] / "docs/hosts.md").read_text(encoding="utf-8")
     script = stage.folder / "host.py"
     script.write_text(re.search(r"^```python\n(.*?)^```$", text, re.DOTALL | re.MULTILINE)[1], encoding="utf-8")
     (stage.folder / "scene").write_text(scene, encoding="utf-8")
