@@ -41,6 +41,16 @@ class RecordTest : public testing::Test {
     const host::TimePoint start_ = Clock::now();
 };
 
+TEST_F(RecordTest, TwoAtOnceDoNotShareAFile) {
+    Record first(start_, false);
+    ASSERT_TRUE(first.open(folder_ / "record"));
+    // As the second finds it that opens it before the first has written anything.
+    fs::resize_file(folder_ / "record", 0);
+    Record second(start_, false);
+    EXPECT_FALSE(second.open(folder_ / "record"));
+    EXPECT_EQ(second.trouble(), "another program is writing to it");
+}
+
 TEST_F(RecordTest, LinesHaveTheirTimesAndDirections) {
     Record record(start_, false);
     ASSERT_TRUE(record.open(folder_ / "record"));

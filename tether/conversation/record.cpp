@@ -4,15 +4,17 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
 
-#include "tether/conversation/terminal.h"
+#include "tether/conversation/record_line.h"
 
 namespace tether {
 namespace {
 
-std::string date_and_system() {
+// What a record begins with. The number is the format's.
+std::string heading() {
     const std::time_t now = std::time(nullptr);
     std::tm parts{};
     gmtime_r(&now, &parts);
@@ -20,7 +22,8 @@ std::string date_and_system() {
     std::strftime(date, sizeof date, "%Y-%m-%d %H:%M:%S UTC, ", &parts);
     utsname system{};
     uname(&system);
-    return std::string(date) + system.sysname + " " + system.release + " " + system.machine;
+    return std::string(date) + system.sysname + " " + system.release + " " + system.machine +
+           ", tether " TETHER_VERSION ", record 1";
 }
 
 }  // namespace
@@ -31,6 +34,12 @@ bool Record::open(const std::filesystem::path& file) {
         trouble_ = std::strerror(errno);
         return false;
     }
+    // Two that begin at once would both find it empty. Where nothing can be locked, they may.
+    if (flock(file_.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        file_.close();
+        trouble_ = "another program is writing to it";
+        return false;
+    }
     struct stat found {};
     if (fstat(file_.number(), &found) != 0 || S_ISBLK(found.st_mode) ||
         (S_ISREG(found.st_mode) && found.st_size > 0)) {
@@ -38,16 +47,19 @@ bool Record::open(const std::filesystem::path& file) {
         trouble_ = "it is not empty, and a record replaces nothing";
         return false;
     }
-    note(date_and_system(), start_);
+    note(heading(), start_);
     return trouble_.empty();
 }
 
-void Record::add(char direction, std::string_view text, host::TimePoint at) {
-    write(direction, redacted_ ? redaction_.redact(direction, text) : std::string(text), at);
+void Record::add(char direction, std::string_view text, host::TimePoint at, bool whole) {
+    if (direction == '!') {
+        return add_error(text, at);
+    }
+    write(direction, redacted_ ? redaction_.redact(direction, text) : std::string(text), at, whole);
 }
 
 void Record::add_error(std::string_view text, host::TimePoint at) {
-    write('#', "standard error: " + (redacted_ ? "<text>" : std::string(text)), at);
+    write('!', redacted_ ? "<text>" : text, at);
 }
 
 void Record::add_client(std::string_view text, host::TimePoint at) {
@@ -74,11 +86,12 @@ void Record::note(std::string_view text, host::TimePoint at) {
     write('#', text, at);
 }
 
-void Record::write(char mark, std::string_view text, host::TimePoint at) {
+void Record::write(char mark, std::string_view text, host::TimePoint at, bool whole) {
     if (!file_.is_open()) {
         return;
     }
-    const std::string line = time_column(start_, at) + " " + mark + " " + std::string(text) + "\n";
+    const auto since_start = std::chrono::round<std::chrono::milliseconds>(at - start_);
+    const std::string line = written({since_start, mark, std::string(text), whole}) + "\n";
     // A hole in the middle would be worse than an end.
     if (!host::write_all(file_, line, host::TimePoint::max())) {
         trouble_ = std::strerror(errno);

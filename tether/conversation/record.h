@@ -1,4 +1,4 @@
-// A file with every line of both directions and its time, written line by line.
+// A file with every line of both directions and its time, written line by line: docs/record.md.
 #pragma once
 
 #include <filesystem>
@@ -16,12 +16,14 @@ class Record {
   public:
     Record(host::TimePoint start, bool redacted) : start_(start), redacted_(redacted) {}
 
-    // Begins the file with the date. False, and why in `trouble`, when it cannot be written or when
-    // something stands in it already: a record replaces nothing.
+    // Begins the file with the date, the system and this program's version. False, and why in
+    // `trouble`, when it cannot be written or when something stands in it already: a record
+    // replaces nothing.
     bool open(const std::filesystem::path& file);
 
-    // '>' to the worker, '<' from it. Nothing happens unless a file is open.
-    void add(char direction, std::string_view text, host::TimePoint at);
+    // '>' to the worker, '<' from it, '!' its standard error. Nothing happens unless a file is
+    // open. `whole`: a line feed followed.
+    void add(char direction, std::string_view text, host::TimePoint at, bool whole = true);
 
     // What the worker wrote on standard error: anything may stand in it.
     void add_error(std::string_view text, host::TimePoint at);
@@ -35,13 +37,18 @@ class Record {
     // A remark of tether's own.
     void note(std::string_view text, host::TimePoint at);
 
+    // Of the open file; -1: none is.
+    int descriptor() const {
+        return file_.number();
+    }
+
     // Why the record ends early; empty as long as it is complete.
     const std::string& trouble() const {
         return trouble_;
     }
 
   private:
-    void write(char mark, std::string_view text, host::TimePoint at);
+    void write(char mark, std::string_view text, host::TimePoint at, bool whole = true);
 
     const host::TimePoint start_;
     const bool redacted_;
