@@ -45,11 +45,14 @@ class Catalogue:
             raise CatalogueError("ProblemCode in openrpc.json has other codes than problems.json, or in another order")
         severities = self.schemas["Severity"]["enum"]
         for problem in self.problems:
-            if set(problem) != {"code", "severity", "meaning", "advice"} or problem["severity"] not in severities:
-                raise CatalogueError(f"problems.json: {problem['code']} needs code, severity, meaning and advice")
+            if set(problem) != {"code", "severity", "meaning", "cause", "advice"} or problem["severity"] not in severities:
+                raise CatalogueError(f"problems.json: {problem['code']} needs code, severity, meaning, cause and advice")
         for entry in self.sdk_codes:
-            if set(entry) != {"code", "from", "meaning", "advice"} or not re.fullmatch("0x[0-9A-F]{8}", entry["code"]):
-                raise CatalogueError(f"sdk_codes.json: {entry.get('code')} needs a code like 0x00008402, from, meaning and advice")
+            if set(entry) != {"code", "from", "meaning", "cause", "advice"} or not re.fullmatch("0x[0-9A-F]{8}", entry["code"]):
+                raise CatalogueError(f"sdk_codes.json: {entry.get('code')} needs a code like 0x00008402, from, meaning, cause and advice")
+        for text in (text for line in self.protocol["lines"] for text in line["texts"]):
+            if text.get("problem", codes[0]) not in codes:
+                raise CatalogueError(f"protocol.json: {text['text']} tells of {text['problem']}, which is no problem")
         for method in self.openrpc["methods"]:
             for parameter in method["params"]:
                 self.resolved(parameter["schema"])

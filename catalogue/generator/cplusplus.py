@@ -26,9 +26,9 @@ def name_of(word):
 
 
 def quoted(text):
-    """A literal. Of what is not ASCII, each byte would have to be escaped; nothing in the catalogue needs that here."""
-    if not text.isascii() or not text.isprintable():
-        raise CatalogueError(f"not plain ASCII, but meant for C++: {text}")
+    """A literal. The sources are UTF-8, and so is what they say."""
+    if not text.isprintable():
+        raise CatalogueError(f"not printable, but meant for C++: {text}")
     return '"' + text.replace("\\", "\\\\").replace('"', '\\"') + '"'
 
 
@@ -37,7 +37,7 @@ def wrapped(text, indent, behind):
     room = COLUMNS - indent - len(quoted("")) - len(behind)
     lines = [""]
     for word in text.split(" "):
-        if lines[-1] and len(lines[-1]) + len(word) > room:
+        if lines[-1] and len(quoted(lines[-1] + word)) - len(quoted("")) > room:
             lines.append("")
         lines[-1] += word + " "
     lines[-1] = lines[-1][:-1]
@@ -102,8 +102,8 @@ def row_of_texts(*texts):
 
 
 def problem_texts(catalogue):
-    rows = "".join(row_of_texts(problem["meaning"], problem["advice"]) for problem in catalogue.problems)
-    return f"""{head("catalogue/problems.json", "What each problem means, and what a photographer can do about it.")}#pragma once
+    rows = "".join(row_of_texts(problem["meaning"], problem["cause"], problem["advice"]) for problem in catalogue.problems)
+    return f"""{head("catalogue/problems.json", "What each problem means, what causes it, and what a photographer can do about it.")}#pragma once
 
 #include <array>
 #include <cstddef>
@@ -115,6 +115,7 @@ namespace host {{
 
 struct CodeTexts {{
     std::string_view meaning;
+    std::string_view cause;
     std::string_view advice;
 }};
 
@@ -126,6 +127,10 @@ constexpr std::string_view meaning(Code code) {{
     return code_texts[static_cast<std::size_t>(code)].meaning;
 }}
 
+constexpr std::string_view cause(Code code) {{
+    return code_texts[static_cast<std::size_t>(code)].cause;
+}}
+
 constexpr std::string_view advice(Code code) {{
     return code_texts[static_cast<std::size_t>(code)].advice;
 }}
@@ -135,7 +140,7 @@ constexpr std::string_view advice(Code code) {{
 
 
 def sdk_codes(catalogue):
-    rows = "".join(row_of_texts(entry["code"], entry["meaning"], entry["advice"]) for entry in catalogue.sdk_codes)
+    rows = "".join(row_of_texts(entry["code"], entry["from"], entry["meaning"], entry["cause"], entry["advice"]) for entry in catalogue.sdk_codes)
     return f"""{head("catalogue/sdk_codes.json", "What the codes of the SDK mean that a host can meet, as far as they are known.")}#pragma once
 
 #include <array>
@@ -145,7 +150,9 @@ namespace host {{
 
 struct SdkCode {{
     std::string_view code;  // as it stands on the wire, "0x00008402"
+    std::string_view from;  // "camera", "virtual camera"
     std::string_view meaning;
+    std::string_view cause;
     std::string_view advice;
 }};
 
@@ -153,6 +160,44 @@ inline constexpr std::array<SdkCode, {len(catalogue.sdk_codes)}> sdk_codes{{{{
 {rows}}}}};
 
 }}  // namespace host
+"""
+
+
+def wire_texts(catalogue):
+    """Every command, by all its names, and every line of the worker."""
+    protocol = catalogue.protocol
+    commands = [(name, command) for command in protocol["commands"] for name in [command["name"], *command.get("synonyms", [])]]
+    of_commands = "".join(row_of_texts(name, command["name"], command["does"], command["answered"]) for name, command in commands)
+    texts = [(line, text) for line in protocol["lines"] for text in line["texts"]]
+    of_lines = "".join(row_of_texts(text["text"], text["when"], line["means"], text.get("problem", "")) for line, text in texts)
+    return f"""{head("catalogue/protocol.json", "Everything that is said between a host and its worker, and what it means.")}#pragma once
+
+#include <array>
+#include <string_view>
+
+namespace explain {{
+
+struct CommandText {{
+    std::string_view name;
+    std::string_view meant;  // the name that it is a synonym of; its own
+    std::string_view does;
+    std::string_view answered;
+}};
+
+inline constexpr std::array<CommandText, {len(commands)}> command_texts{{{{
+{of_commands}}}}};
+
+struct LineText {{
+    std::string_view text;  // what is filled in stands in braces
+    std::string_view when;
+    std::string_view means;    // any line that begins so
+    std::string_view problem;  // that it tells of; empty: none
+}};
+
+inline constexpr std::array<LineText, {len(texts)}> line_texts{{{{
+{of_lines}}}}};
+
+}}  // namespace explain
 """
 
 
