@@ -1,0 +1,164 @@
+#include "tether/replay/story.h"
+
+#include <algorithm>
+#include <charconv>
+#include <signal.h>
+#include <utility>
+
+#include "tether/conversation/record_line.h"
+
+namespace replay {
+
+using tether::RecordLine;
+
+namespace {
+
+bool holds(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
+
+// The number behind the word; nothing when there is none.
+std::optional<int> number_behind(std::string_view text, std::string_view word) {
+    const std::size_t at = text.find(word);
+    if (at == std::string_view::npos) {
+        return std::nullopt;
+    }
+    text.remove_prefix(at + word.size());
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && number >= 0 && number < 256 ? std::optional(number)
+                                                               : std::nullopt;
+}
+
+// What a remark says of how the worker ended; unknown when it says nothing of that.
+Ending ending_in(const RecordLine& remark) {
+    const std::string_view text = remark.text;
+    Ending ending;
+    ending.at = remark.at;
+    if (text == "the worker had to be killed" ||
+        holds(text, "the worker was killed with the tap") ||
+        text.starts_with("problem worker-hangs")) {
+        ending.kind = Ending::Kind::hangs;
+    } else if (text == "the worker ended in order") {
+        ending.kind = Ending::Kind::status;
+    } else if (holds(text, "he worker ended")) {
+        const auto status = number_behind(text, "status ");
+        const auto killed_by = number_behind(text, "signal ");
+        if (status || killed_by) {
+            ending.kind = Ending::Kind::status;
+            ending.wait_status = killed_by ? *killed_by : *status << 8;
+        }
+    }
+    return ending;
+}
+
+class Reader {
+  public:
+    // False when the line is none of a record.
+    bool read(std::string_view text, std::size_t number) {
+        const auto line = tether::read_record_line(text);
+        if (!line) {
+            return false;
+        }
+        if (line->mark == '#') {
+            obey(*line);
+        } else {
+            add(*line, number);
+        }
+        return true;
+    }
+
+    std::vector<Run> finish() {
+        if (!run_.steps.empty() || runs_.empty()) {
+            close();
+        }
+        return std::move(runs_);
+    }
+
+  private:
+    void obey(const RecordLine& remark) {
+        const std::string_view text = remark.text;
+        const Ending ending = ending_in(remark);
+        if (ending.kind != Ending::Kind::unknown) {
+            run_.ending = ending;
+            close();
+        } else if (text == "the host closed the worker's input") {
+            run_.steps.push_back({Step::Kind::host_closes, remark.at, {}, true, {}, 0});
+        } else if (text == "the worker closed its output") {
+            run_.steps.push_back({Step::Kind::worker_closes, remark.at, {}, true, {}, 0});
+        } else if (text.starts_with("problem picture-not-there")) {
+            tell_fate(Fate::missing);
+        } else if (text.starts_with("problem picture-damaged")) {
+            tell_fate(Fate::damaged);
+        }
+    }
+
+    void add(const RecordLine& line, std::size_t number) {
+        // A worker that was replaced without a word of how it ended.
+        if (line.mark == '<' && line.text.starts_with("CPP_WORKER|START") && has_begun()) {
+            close();
+        }
+        const auto kind = line.mark == '>'   ? Step::Kind::host_says
+                          : line.mark == '<' ? Step::Kind::worker_says
+                                             : Step::Kind::error_says;
+        run_.steps.push_back({kind, line.at, line.text, line.whole, Fate::whole, number});
+    }
+
+    bool has_begun() const {
+        return std::any_of(run_.steps.begin(), run_.steps.end(),
+                           [](const Step& step) { return step.kind == Step::Kind::worker_says; });
+    }
+
+    // Of the last file that was reported.
+    void tell_fate(Fate fate) {
+        const auto step = std::find_if(run_.steps.rbegin(), run_.steps.rend(), [](const Step& one) {
+            return one.text.starts_with("DOWNLOADED|");
+        });
+        if (step != run_.steps.rend()) {
+            step->fate = fate;
+        }
+    }
+
+    void close() {
+        // A remark behind an ending tells it again.
+        if (!run_.steps.empty() || runs_.empty()) {
+            runs_.push_back(std::exchange(run_, {}));
+        }
+        run_ = {};
+    }
+
+    std::vector<Run> runs_;
+    Run run_;
+};
+
+}  // namespace
+
+std::optional<Story> read_story(std::string_view text, std::string& error) {
+    const std::string_view heading = text.substr(0, text.find('\n'));
+    if (!tether::read_record_line(heading)) {
+        error = "it does not begin as a record does";
+        return std::nullopt;
+    }
+    if (const auto format = number_behind(heading, ", record "); format && *format != 1) {
+        error = "its format is " + std::to_string(*format) + ", and only 1 is known here";
+        return std::nullopt;
+    }
+    Reader reader;
+    std::size_t number = 0;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        ++number;
+        if (!reader.read(text.substr(0, end), number)) {
+            // Whoever kept the record may have been killed in the middle of a line.
+            if (end == text.size()) {
+                break;
+            }
+            error = "line " + std::to_string(number) + " is none of a record";
+            return std::nullopt;
+        }
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return Story{reader.finish()};
+}
+
+}  // namespace replay
