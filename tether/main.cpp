@@ -13,10 +13,12 @@
 
 #include "host/process/beside_this_program.h"
 #include "host/process/standard_streams.h"
+#include "tether/author_commands.h"
 #include "tether/conversation/events.h"
 #include "tether/conversation/interactive.h"
 #include "tether/doctor/checks.h"
 #include "tether/doctor/examination.h"
+#include "tether/help.h"
 #include "tether/ranges.h"
 #include "tether/serve/serve.h"
 #include "tether/session_options.h"
@@ -76,6 +78,7 @@ CLI::App& declare_watch(CLI::App& app, WatchOptions& options) {
         ->type_name("PROGRAM")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    command.footer("tether watch --exec open --folder shots");
     return command;
 }
 
@@ -87,6 +90,7 @@ CLI::App& declare_doctor(CLI::App& app, Patient& patient) {
         ->capture_default_str();
     doctor_command.add_option("--folder", patient.folder,
                               "The folder for pictures; shots when it is there");
+    doctor_command.footer("tether doctor /Applications/Booth.app");
     return doctor_command;
 }
 
@@ -97,6 +101,7 @@ CLI::App& declare_serve(CLI::App& app, tether::SessionOptions& session) {
     // One that is not there is a problem that the client is told.
     serve_command.remove_option(serve_command.get_option("--worker"));
     serve_command.add_option("--worker", session.worker, "The camera worker");
+    serve_command.footer("tether serve --folder shots --record a.record");
     return serve_command;
 }
 
@@ -205,23 +210,28 @@ int carry_out(int argc, char** argv) {
     WatchOptions watching;
     Patient patient;
     CLI::App app("A tethered shoot with the camera worker.", "tether");
+    tether::show_help_in_80_columns(app);
+    app.set_version_flag("--version", "tether " TETHER_VERSION);
+    app.footer("./run --shots 5 --folder shots");
     declare(app, options);
     app.add_flag("--interactive", options.interactive,
                  "Connect the terminal to the worker instead of shooting");
     CLI::App& shoot_command =
         *app.add_subcommand("shoot", "Take so many pictures: what is done without a command too");
     declare(shoot_command, options);
+    shoot_command.footer("tether shoot --shots 5 --file-type both");
     const CLI::App& watch_command = declare_watch(app, watching);
     const CLI::App& doctor_command = declare_doctor(app, patient);
     tether::SessionOptions serving;
     const CLI::App& serve_command = declare_serve(app, serving);
+    tether::AuthorCommands author_commands(app);
     app.require_subcommand(0, 1);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) {
         return app.exit(asked);
     } catch (const CLI::ParseError& error) {
-        return wrong(error.what());
+        return wrong(tether::what_is_wrong(app, error));
     }
     if (doctor_command.parsed()) {
         std::error_code unreadable;
@@ -232,6 +242,9 @@ int carry_out(int argc, char** argv) {
     }
     if (serve_command.parsed()) {
         return serve_camera(serving);
+    }
+    if (const auto status = author_commands.carry_out()) {
+        return *status;
     }
     return watch_command.parsed() ? watch(watching) : shoot(options);
 }

@@ -83,7 +83,48 @@ TEST_F(OptionsTest, TheHelpSaysTheRanges) {
     EXPECT_TRUE(printed("--every SECONDS from 0 to 86400")) << output_;
     EXPECT_TRUE(printed("--wait SECONDS from 1 to 86400")) << output_;
     EXPECT_TRUE(printed("--patience SECONDS from 0.1 to 3600")) << output_;
-    EXPECT_TRUE(printed("one with something in it is refused")) << output_;
+    EXPECT_TRUE(printed("something in it is refused")) << output_;
+}
+
+TEST_F(OptionsTest, TheHelpOfEveryCommandFitsEightyColumnsAndShowsAnExample) {
+    for (const std::string name :
+         {"", "shoot", "watch", "serve", "tap", "replay", "explain", "doctor"}) {
+        std::vector<std::string> arguments{"--help"};
+        if (!name.empty()) {
+            arguments.insert(arguments.begin(), name);
+        }
+        tether_ = start({TETHER_COMMAND, arguments, {}, folder_ / "errors"});
+        output_.clear();
+        EXPECT_EQ(status(), "status 0");
+        EXPECT_TRUE(printed("Example:\n  ")) << output_;
+        for (std::size_t at = 0; at < output_.size();) {
+            const std::size_t end = output_.find('\n', at);
+            EXPECT_LE(end - at, 80u) << output_.substr(at, end - at);
+            at = end + 1;
+        }
+    }
+}
+
+TEST_F(OptionsTest, TheVersionIsTold) {
+    tether_ = start({TETHER_COMMAND, {"--version"}, {}, folder_ / "errors"});
+    EXPECT_EQ(status(), "status 0");
+    EXPECT_TRUE(output_.starts_with("tether 1.")) << output_;
+}
+
+TEST_F(OptionsTest, AWrongOptionNamesTheNearestRightOne) {
+    const std::vector<std::pair<std::vector<std::string>, std::string>> calls{
+        {{"--shts", "3"}, "there is no option --shts; the nearest is --shots"},
+        {{"--shts=3"}, "there is no option --shts; the nearest is --shots"},
+        {{"watch", "--foldr", "x"}, "there is no option --foldr; the nearest is --folder"},
+        {{"tap", "--recrod", "x", "y"}, "there is no option --recrod; the nearest is --record"},
+        {{"replay", "--quick", "x"}, "there is no option --quick; the nearest is --strict"},
+    };
+    for (const auto& [arguments, sentence] : calls) {
+        fs::remove(folder_ / "errors");
+        tether_ = start({TETHER_COMMAND, arguments, {}, folder_ / "errors"});
+        EXPECT_EQ(status(), "status 2");
+        EXPECT_EQ(read("errors"), "tether: " + sentence + "\n");
+    }
 }
 
 TEST_F(OptionsTest, WrongArgumentsGetOneSentence) {

@@ -137,6 +137,29 @@ TEST_F(WatchKeysTest, SpaceAndEnterShoot) {
     EXPECT_FALSE(fs::exists(folder_ / "shots/DSC00003.JPG"));
 }
 
+TEST_F(WatchKeysTest, LinesAreColouredOnATerminal) {
+    unsetenv("NO_COLOR");
+    watch();
+    press(' ');
+    see("\x1b[32mDOWNLOADED|");
+}
+
+TEST_F(WatchKeysTest, NothingIsColouredWithNoColor) {
+    setenv("NO_COLOR", "1", 1);
+    watch();
+    unsetenv("NO_COLOR");
+    press(' ');
+    see(" < DOWNLOADED|");
+}
+
+TEST_F(WatchKeysTest, NothingIsColouredWhereTheOutputIsNoTerminal) {
+    unsetenv("NO_COLOR");
+    start_tether({"--shots", "1"});
+    EXPECT_EQ(CommandTest::status(), "status 0");
+    EXPECT_TRUE(printed(" < DOWNLOADED|")) << output_;
+    EXPECT_EQ(output_.find('\x1b'), std::string::npos) << output_;
+}
+
 TEST_F(WatchKeysTest, TheTerminalIsAsItWasOnEveryWayOut) {
     const auto leave_by = [this](const std::function<void()>& leave, const char* how) {
         watch();

@@ -60,7 +60,7 @@ bool take_escapes(std::string_view text, RecordLine& line) {
             const auto [end, error] =
                 std::from_chars(number.data(), number.data() + number.size(), value, 16);
             if (text[1] != 'x' || number.size() != 2 || error != std::errc() ||
-                end != number.data() + 2 || value == '\n') {
+                end != number.data() + 2) {
                 return false;
             }
             line.text += static_cast<char>(value);

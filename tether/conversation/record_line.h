@@ -12,7 +12,7 @@ namespace tether {
 struct RecordLine {
     std::chrono::milliseconds at{};  // since the record began
     char mark = '#';
-    std::string text;   // any bytes but a line feed
+    std::string text;   // any bytes; a remark may quote a line feed
     bool whole = true;  // false: no line feed followed
 };
 

@@ -13,6 +13,9 @@ using tether::RecordLine;
 
 namespace {
 
+// Behind it a worker leaves with status 1.
+constexpr std::string_view no_sdk = "ERROR|Sony Camera Remote SDK failed to initialise";
+
 bool holds(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
@@ -72,6 +75,9 @@ class Reader {
         if (!run_.steps.empty() || runs_.empty()) {
             close();
         }
+        for (std::size_t index = 1; index + 1 < runs_.size(); ++index) {
+            end_as_the_one_before(runs_[index], runs_[index - 1].ending);
+        }
         return std::move(runs_);
     }
 
@@ -79,8 +85,13 @@ class Reader {
     void obey(const RecordLine& remark) {
         const std::string_view text = remark.text;
         const Ending ending = ending_in(remark);
-        if (ending.kind != Ending::Kind::unknown) {
+        if (ending.kind == Ending::Kind::hangs) {
+            // What it said while it was ended may still come.
             run_.ending = ending;
+        } else if (ending.kind == Ending::Kind::status) {
+            if (run_.ending.kind == Ending::Kind::unknown) {
+                run_.ending = ending;
+            }
             close();
         } else if (text == "the host closed the worker's input") {
             run_.steps.push_back({Step::Kind::host_closes, remark.at, {}, true, {}, 0});
@@ -102,6 +113,9 @@ class Reader {
                           : line.mark == '<' ? Step::Kind::worker_says
                                              : Step::Kind::error_says;
         run_.steps.push_back({kind, line.at, line.text, line.whole, Fate::whole, number});
+        if (line.mark == '<' && line.text == no_sdk) {
+            run_.ending = {Ending::Kind::status, 1 << 8, line.at};
+        }
     }
 
     bool has_begun() const {
@@ -119,9 +133,23 @@ class Reader {
         }
     }
 
+    // A problem that stands is not told again: of workers that end by themselves one after the
+    // other, the first one's end is.
+    static void end_as_the_one_before(Run& run, const Ending& before) {
+        const bool told_to_leave =
+            std::any_of(run.steps.begin(), run.steps.end(), [](const Step& step) {
+                return step.kind == Step::Kind::host_says && step.text == "QUIT";
+            });
+        if (run.ending.kind == Ending::Kind::unknown && !told_to_leave) {
+            run.ending = before;
+            run.ending.at = run.steps.empty() ? before.at : run.steps.back().at;
+        }
+    }
+
     void close() {
-        // A remark behind an ending tells it again.
-        if (!run_.steps.empty() || runs_.empty()) {
+        // A remark behind an ending tells it again, and so does what others like it wrote to
+        // standard error.
+        if (has_begun() || runs_.empty()) {
             runs_.push_back(std::exchange(run_, {}));
         }
         run_ = {};

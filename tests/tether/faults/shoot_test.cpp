@@ -1,12 +1,12 @@
 // What a shoot says of everything that can go wrong with the virtual camera, and that it is true.
 #include <algorithm>
-#include <iterator>
 #include <map>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "tests/tether/command_test.h"
+#include "tests/tether/faults/closing_words.h"
 #include "tests/tether/faults/facts.h"
 
 static void PrintTo(const Fact& fact, std::ostream* stream) {
@@ -14,15 +14,6 @@ static void PrintTo(const Fact& fact, std::ostream* stream) {
 }
 
 namespace {
-
-std::vector<std::string> lines_of(const std::string& text) {
-    std::vector<std::string> lines;
-    std::size_t at = 0;
-    for (std::size_t end; (end = text.find('\n', at)) != std::string::npos; at = end + 1) {
-        lines.push_back(text.substr(at, end - at));
-    }
-    return lines;
-}
 
 class ShootFaultTest : public CommandTest, public testing::WithParamInterface<Fact> {
   protected:
@@ -88,42 +79,6 @@ std::string joined(const std::vector<std::string>& lines) {
         text += line + "\n";
     }
     return text;
-}
-
-// The closing words of a shoot.
-struct Words {
-    std::vector<std::string> pictures;  // a line each
-    std::string brought;
-    std::string lost;
-    std::vector<std::string> said;
-};
-
-Words words_of(const std::string& output, const std::string& shots) {
-    Words words;
-    const std::string in_folder = " in " + shots + "; ";
-    const std::vector<std::string> lines = lines_of(output);
-    const auto sum = std::find_if(lines.begin(), lines.end(), [&](const std::string& line) {
-        return line.find(in_folder) != std::string::npos;
-    });
-    if (sum == lines.end()) {
-        return words;
-    }
-    // Between two empty lines before it; there is one only when there are none.
-    if (std::count(lines.begin(), sum, "") == 2) {
-        const auto first = std::find(lines.begin(), sum, "") + 1;
-        std::transform(first, sum - 1, std::back_inserter(words.pictures),
-                       [](const std::string& line) { return line.substr(2); });
-    }
-    const std::size_t folder = sum->find(in_folder);
-    words.brought = sum->substr(0, sum->rfind(", ", folder));
-    words.lost = sum->substr(folder + in_folder.size());
-    words.lost.pop_back();
-    for (auto line = sum; line != lines.end(); ++line) {
-        if (line->starts_with("! ")) {
-            words.said.push_back(line->substr(2));
-        }
-    }
-    return words;
 }
 
 TEST_P(ShootFaultTest, IsSaidAsItIs) {

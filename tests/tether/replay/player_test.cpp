@@ -218,6 +218,45 @@ TEST(Story, EachWorkerOfARecordIsARun) {
     EXPECT_EQ(story.runs[2].ending.kind, replay::Ending::Kind::status);
 }
 
+TEST(Story, AWorkerThatHungIsARunWithWhatItSaidWhileItWasEnded) {
+    const auto story = story_of(
+        "0.1 < CPP_WORKER|START sony-1.0\n0.2 > CONNECT\n"
+        "15.0 # problem worker-hangs: The worker has not answered for 15 s.\n15.0 > QUIT\n"
+        "17.0 < LOG|[SONY] signal 15 — closing the camera session before exit\n"
+        "18.0 < CPP_WORKER|START sony-1.0\n");
+    ASSERT_EQ(story.runs.size(), 2u);
+    EXPECT_EQ(story.runs[0].steps.size(), 4u);
+    EXPECT_EQ(story.runs[0].ending.kind, replay::Ending::Kind::hangs);
+}
+
+TEST(Story, AWorkerWithoutAnSdkLeftWithStatus1) {
+    const auto story = story_of(
+        "0.1 < CPP_WORKER|START sony-1.0\n"
+        "0.2 < ERROR|Sony Camera Remote SDK failed to initialise\n"
+        "0.3 # the worker ended in order\n");
+    EXPECT_EQ(story.runs[0].ending.wait_status, 1 << 8);
+}
+
+TEST(Story, OthersThatEndedLikeTheLastOneAreNotCounted) {
+    const auto story = story_of(
+        "0.1 ! a mistake\n0.2 # problem worker-gone: The worker ended by itself (signal 6).\n"
+        "0.3 ! a mistake\n0.4 ! a mistake\n");
+    EXPECT_EQ(story.runs.size(), 1u);
+}
+
+TEST(Story, AWorkerBetweenOthersThatDiedDiedLikeTheOneBefore) {
+    const auto story = story_of(
+        "0.1 < CPP_WORKER|START sony-1.0\n"
+        "0.2 # problem worker-gone: The worker ended by itself (signal 6).\n"
+        "0.3 < CPP_WORKER|START sony-1.0\n0.4 < CPP_WORKER|START sony-1.0\n0.5 > QUIT\n"
+        "0.6 < CPP_WORKER|START sony-1.0\n");
+    ASSERT_EQ(story.runs.size(), 4u);
+    EXPECT_EQ(story.runs[1].ending.wait_status, 6);
+    EXPECT_EQ(story.runs[1].ending.at, std::chrono::milliseconds(300));
+    EXPECT_EQ(story.runs[2].ending.kind, replay::Ending::Kind::unknown) << "it was told to leave";
+    EXPECT_EQ(story.runs[3].ending.kind, replay::Ending::Kind::unknown);
+}
+
 TEST(Story, AWorkerThatSaidNothingIsARunToo) {
     const auto story = story_of(
         "0.1 # problem worker-not-starting: The worker ended before it was ready (status 3).\n"

@@ -1,0 +1,102 @@
+#include "tether/help.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "tether/explain/pattern.h"
+
+namespace tether {
+namespace {
+
+constexpr std::size_t columns = 80;
+constexpr std::size_t option_margin = 24;
+constexpr std::size_t margin = 2;
+
+// The text behind `begun`, from the margin on, over as many lines as it takes.
+std::string wrapped(std::string begun, const std::string& text, std::size_t indent) {
+    std::string all;
+    // Two spaces at least are between the two.
+    if (begun.size() + 2 > indent && !begun.empty()) {
+        all = begun + "\n";
+        begun.clear();
+    }
+    begun.resize(indent, ' ');
+    bool has_word = false;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find_first_of(" \n", at), text.size());
+        const std::string word = text.substr(at, end - at);
+        if (has_word && begun.size() + 1 + word.size() > columns) {
+            all += begun + "\n";
+            begun = std::string(indent, ' ');
+            has_word = false;
+        }
+        begun += (has_word ? " " : "") + word;
+        has_word = true;
+        at = end + 1;
+    }
+    return all + begun + "\n";
+}
+
+class Formatter : public CLI::Formatter {
+  public:
+    std::string make_option(const CLI::Option* option, bool is_positional) const override {
+        return wrapped("  " + make_option_name(option, is_positional) + make_option_opts(option),
+                       make_option_desc(option), option_margin);
+    }
+
+    std::string make_subcommand(const CLI::App* command) const override {
+        return wrapped("  " + command->get_name(), command->get_description(), option_margin);
+    }
+
+    std::string make_description(const CLI::App* app) const override {
+        return wrapped("", app->get_description(), 0);
+    }
+
+    std::string make_footer(const CLI::App* app) const override {
+        const std::string footer = app->get_footer();
+        return footer.empty() ? "" : "Example:\n  " + footer + "\n";
+    }
+};
+
+}  // namespace
+
+void show_help_in_80_columns(CLI::App& app) {
+    app.formatter(std::make_shared<Formatter>());
+}
+
+std::string no_such_option(const CLI::App& command, const std::string& word) {
+    const std::string asked = word.substr(0, word.find('='));
+    std::string nearest;
+    std::size_t least = std::numeric_limits<std::size_t>::max();
+    for (const CLI::Option* option : command.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            const std::size_t far = explain::distance(asked, "--" + name);
+            if (far < least) {
+                least = far;
+                nearest = "--" + name;
+            }
+        }
+    }
+    return "there is no option " + asked + (nearest.empty() ? "" : "; the nearest is " + nearest);
+}
+
+std::string what_is_wrong(const CLI::App& app, const CLI::ParseError& error) {
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
+        const auto commands = app.get_subcommands();
+        const CLI::App& command = commands.empty() ? app : *commands.front();
+        std::vector<std::string> words = command.remaining();
+        if (words.empty()) {
+            words = app.remaining();
+        }
+        for (const std::string& word : words) {
+            if (word.starts_with("-")) {
+                return no_such_option(command, word);
+            }
+        }
+    }
+    return error.what();
+}
+
+}  // namespace tether
