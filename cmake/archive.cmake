@@ -16,6 +16,10 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     set(staged "${CPACK_TEMPORARY_DIRECTORY}/archive")
     file(REMOVE_RECURSE "${staged}")
     file(COPY "${tree}/" "${CPACK_RESOURCE_FILE_LICENSE}" DESTINATION "${staged}/${name}")
+    # Not installed with the worker: a bundle that is signed has no room beside its Contents.
+    if(CPACK_MANUAL_${component})
+        file(COPY "${CPACK_MANUAL_${component}}" DESTINATION "${staged}/${name}/share/man/man1")
+    endif()
     execute_process(COMMAND_ERROR_IS_FATAL ANY
         COMMAND tar --create --file "${CPACK_TEMPORARY_DIRECTORY}/${name}.tar.gz" "--use-compress-program=gzip -9n"
             --format=ustar --sort=name --owner=0 --group=0 --numeric-owner --mode=u=rwX,go=rX

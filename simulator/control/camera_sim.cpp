@@ -12,8 +12,11 @@ namespace {
 
 constexpr const char* usage =
     "usage: camera-sim [--socket PATH] [COMMAND...]\n"
-    "Sends COMMAND, or each line of standard input, to the virtual camera that listens at PATH\n"
-    "(default: $CAMERA_SIM_CONTROL). Try: camera-sim help\n";
+    "Sends COMMAND, or each line of standard input, to the virtual camera that\n"
+    "listens at PATH (default: $CAMERA_SIM_CONTROL). The command help names all\n"
+    "others; --version tells this program's version.\n"
+    "Example:\n"
+    "  camera-sim card out\n";
 
 // The command as one line: what the shell unquoted is quoted again.
 std::string to_line(int count, char** words) {
@@ -61,6 +64,10 @@ int main(int argc, char** argv) {
     const char* environment = std::getenv("CAMERA_SIM_CONTROL");
     std::string path = environment != nullptr ? environment : "";
     int first = 1;
+    if (argc == 2 && std::string(argv[1]) == "--version") {
+        std::cout << "camera-sim " CAMERA_SIM_VERSION "\n";
+        return 0;
+    }
     if (argc > 1 && (std::string(argv[1]) == "--help" || std::string(argv[1]) == "-h")) {
         std::cout << usage;
         return 0;
@@ -69,7 +76,13 @@ int main(int argc, char** argv) {
         path = argv[2];
         first = 3;
     }
-    if (path.empty()) {
+    // Commands do not begin so.
+    if (first < argc && argv[first][0] == '-' && std::string(argv[first]) != "--socket") {
+        std::cerr << "camera-sim: there is no option " << argv[first]
+                  << "; there are --socket, --help and --version\n";
+        return 2;
+    }
+    if (path.empty() || (first < argc && argv[first][0] == '-')) {
         std::cerr << usage;
         return 2;
     }

@@ -5,10 +5,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <memory>
+#include <sstream>
+#include <string>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -119,17 +122,21 @@ TEST(Control, TakesLinesThatComeInOneGo) {
                                         "OnWarning 0x00000002"}));
 }
 
+// The status of camera-sim, a space, and what it says.
+std::string run_command(const std::string& arguments, const std::filesystem::path& output) {
+    const std::string command =
+        std::string(CAMERA_SIM_COMMAND) + " " + arguments + " >" + output.string() + " 2>&1";
+    const int status = std::system(command.c_str());
+    std::ifstream file(output);
+    return std::to_string(WEXITSTATUS(status)) + " " +
+           std::string(std::istreambuf_iterator<char>(file), {});
+}
+
 TEST(Control, IsWhatTheCommandSpeaks) {
     Stage stage;
     stage.open();
-    const auto output = stage.folder() / "output";
     const auto run = [&](const std::string& arguments) {
-        const std::string command =
-            std::string(CAMERA_SIM_COMMAND) + " " + arguments + " >" + output.string() + " 2>&1";
-        const int status = std::system(command.c_str());
-        std::ifstream file(output);
-        return std::to_string(WEXITSTATUS(status)) + " " +
-               std::string(std::istreambuf_iterator<char>(file), {});
+        return run_command(arguments, stage.folder() / "output");
     };
     // The variable names the socket.
     EXPECT_EQ(run("deliver 'a \"b\".JPG' 0xFFFFFFFF"), "0 ");
@@ -144,6 +151,25 @@ TEST(Control, IsWhatTheCommandSpeaks) {
     EXPECT_EQ(run("--socket /nowhere state"),
               "2 camera-sim: no virtual camera listens at /nowhere\n");
     EXPECT_EQ(run("state").substr(0, 17), "2 usage: camera-s");
+}
+
+TEST(Control, TheCommandTellsItsOptionsAndItsVersion) {
+    Stage stage;
+    const auto run = [&](const std::string& arguments) {
+        return run_command(arguments, stage.folder() / "output");
+    };
+    EXPECT_EQ(run("--version").substr(0, 15), "0 camera-sim 1.");
+    EXPECT_EQ(run("--sokcet /a state"),
+              "2 camera-sim: there is no option --sokcet; there are --socket, --help and "
+              "--version\n");
+    EXPECT_EQ(run("--socket").substr(0, 17), "2 usage: camera-s");
+    std::istringstream help(run("--help"));
+    bool has_example = false;
+    for (std::string line; std::getline(help, line);) {
+        EXPECT_LE(line.size(), 80u) << line;
+        has_example = has_example || line == "Example:";
+    }
+    EXPECT_TRUE(has_example);
 }
 
 TEST(Control, IsGoneAfterRelease) {
