@@ -48,6 +48,7 @@ void measure_serve_capture(Bench& bench);
 void measure_serve_picture(Bench& bench);
 void measure_serve_memory(Bench& bench);
 void measure_serve_flood(Bench& bench);
+void measure_tap(Bench& bench);
 // How cost grows; nothing is promised of these.
 void measure_queue(Bench& bench);
 void measure_storm(Bench& bench);

@@ -33,6 +33,7 @@ void measure_serve(Bench& bench) {
     measure_serve_picture(bench);
     measure_serve_memory(bench);
     measure_serve_flood(bench);
+    measure_tap(bench);
     bench.results.hold_to_bounds(false);
 }
 
