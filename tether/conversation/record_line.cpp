@@ -84,9 +84,10 @@ std::optional<std::chrono::milliseconds> take_time(std::string_view& text) {
         return std::nullopt;
     }
     parts.resize(3, '0');
+    const std::string_view whole = text.substr(0, point);
     long long seconds = 0;
     long long rest = 0;
-    std::from_chars(text.data(), text.data() + point, seconds);
+    std::from_chars(whole.data(), whole.data() + whole.size(), seconds);
     std::from_chars(parts.data(), parts.data() + parts.size(), rest);
     text.remove_prefix(end);
     return std::chrono::milliseconds(seconds * 1000 + rest);

@@ -139,7 +139,7 @@ std::string carry_out(const Options& options) {
     tether::Record record(start, options.redact);
     std::string name = options.record.empty() ? name_by_time() : options.record;
     if (!record.open(name)) {
-        const std::string sentence = "cannot write " + name + ": " + record.trouble();
+        std::string sentence = "cannot write " + name + ": " + record.trouble();
         if (!options.record.empty()) {
             return sentence;
         }

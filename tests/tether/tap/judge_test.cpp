@@ -310,11 +310,7 @@ TEST(Judge, OfWhatIsNeverAnsweredTheLastIsRemembered) {
 }
 
 TEST(Judge, OfManyTheFirstAreShownAndTheOthersCounted) {
-    std::vector<std::string> lines;
-    for (int count = 0; count < 12; ++count) {
-        lines.emplace_back("1.0 > __CARD_CHECK");
-    }
-    const Conversation stubborn(lines);
+    const Conversation stubborn(std::vector<std::string>(12, "1.0 > __CARD_CHECK"));
     EXPECT_EQ(stubborn.faults().size(), 5u);
     EXPECT_NE(stubborn.report().find("\nand 7 times more: an internal command\n"),
               std::string::npos)
