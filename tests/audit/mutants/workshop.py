@@ -72,7 +72,6 @@ class Workshop:
             steps.append(("unit tests", lambda: self.unit_tests(self.plain, mutant, objects)))
         steps += [
             ("interleavings", lambda: self.interleavings(mutant)),
-            ("crossings", lambda: self.crossings(mutant, objects)),
             ("process tests", lambda: self.process_tests(self.plain)),
             ("the thread sanitizer", lambda: self.under_the_thread_sanitizer(mutant)),
         ]
@@ -121,12 +120,6 @@ class Workshop:
             run([*explore, "--bound", "1", "--runs", "45000"], seconds=120) == 0
             and run([*explore, "--faults"], seconds=120) == 0
         )
-
-    def crossings(self, mutant, objects):
-        if mutant.file == "worker/program/main.cpp":
-            return True
-        program = self.build_tests(self.plain, "crossings", mutant, objects, ["-lgtest", "-ldl"])
-        return run([program, "--gtest_fail_fast"], seconds=120) == 0
 
     def batches(self, mutant):
         """The transcripts that run through the changed lines, the quickest first."""
