@@ -1,5 +1,7 @@
 #include "simulator/sdk/delivery.h"
 
+#include <algorithm>
+#include <array>
 #include <deque>
 #include <utility>
 
@@ -27,7 +29,14 @@ struct Lane {
 };
 
 // Never destroyed: callbacks may pour in while the process ends.
-Lane* const g_lanes = new Lane[2]{{"sdk-1", {}, {}, {}}, {"sdk-2", {}, {}, {}}};
+auto& g_lanes = *new std::array<Lane, 8>{{{"sdk-1", {}, {}, {}},
+                                          {"sdk-2", {}, {}, {}},
+                                          {"sdk-3", {}, {}, {}},
+                                          {"sdk-4", {}, {}, {}},
+                                          {"sdk-5", {}, {}, {}},
+                                          {"sdk-6", {}, {}, {}},
+                                          {"sdk-7", {}, {}, {}},
+                                          {"sdk-8", {}, {}, {}}}};
 int g_lane SIM_ANNOTATION(guarded_by(g_lock)) = 0;
 bool g_closed SIM_ANNOTATION(guarded_by(g_lock)) = false;
 
@@ -55,7 +64,7 @@ void deliver(Lane& lane) {
 }
 
 void queue(std::string line, std::function<void(IDeviceCallback&)> call) SIM_REQUIRES(g_lock) {
-    Lane& lane = g_lanes[g_lane];
+    Lane& lane = g_lanes[static_cast<std::size_t>(g_lane)];
     if (state().application == nullptr || g_closed) {
         return;
     }
@@ -121,6 +130,20 @@ void error(CrInt32u code) {
           [code](IDeviceCallback& application) { application.OnError(code); });
 }
 
+void crowd(CrInt32u files) {
+    for (int thread = 0; thread < static_cast<int>(g_lanes.size()); ++thread) {
+        const DeliveringThread from(thread);
+        queue("OnCompleteDownload of " + std::to_string(files) + " files",
+              [thread, files](IDeviceCallback& application) {
+                  for (CrInt32u number = 0; number < files; ++number) {
+                      std::string name =
+                          std::to_string(thread) + "-" + std::to_string(number) + ".JPG";
+                      application.OnCompleteDownload(name.data(), 0xFFFFFFFF);
+                  }
+              });
+    }
+}
+
 }  // namespace callback
 
 int delivering_thread() {
@@ -134,7 +157,7 @@ DeliveringThread::~DeliveringThread() {
 }
 
 bool all_delivered() {
-    return idle(g_lanes[0]) && idle(g_lanes[1]);
+    return std::all_of(g_lanes.begin(), g_lanes.end(), idle);
 }
 
 void wait_for_delivery(Hold& hold) {
@@ -149,8 +172,7 @@ void open_delivery() {
 
 void end_delivery(Hold& hold) {
     g_closed = true;
-    for (int index : {0, 1}) {
-        Lane& lane = g_lanes[index];
+    for (Lane& lane : g_lanes) {
         lane.ending = true;
         lane.queued.notify_one();
         if (lane.thread.joinable()) {

@@ -1,7 +1,7 @@
 #pragma once
 
 // The callbacks: queued under the lock, called in order by threads of the SDK without it. There is
-// one such thread; the prefix `second` of the scene language asks for another.
+// one such thread; the prefix `second` of the scene language asks for another, `crowd` for eight.
 
 #include <functional>
 #include <optional>
@@ -22,9 +22,11 @@ void null_properties(CrInt32u count) SIM_REQUIRES(g_lock);
 void download(std::optional<std::string> name, CrInt32u type) SIM_REQUIRES(g_lock);
 void warning(CrInt32u code) SIM_REQUIRES(g_lock);
 void error(CrInt32u code) SIM_REQUIRES(g_lock);
+// Each of the eight threads reports as many files, THREAD-NUMBER.JPG, all threads at once.
+void crowd(CrInt32u files) SIM_REQUIRES(g_lock);
 }  // namespace callback
 
-// The thread, 0 or 1, that callbacks come from which are queued now, and a choice of it for the
+// The thread, 0 to 7, that callbacks come from which are queued now, and a choice of it for the
 // length of a block in which the lock is not given up.
 int delivering_thread() SIM_REQUIRES(g_lock);
 

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <set>
 
 #include "tests/simulator/stage.h"
 
@@ -14,7 +15,7 @@ TEST(Callbacks, NeedAnApplication) {
     Stage stage;
     ASSERT_TRUE(stage.init());
     for (const char* line : {"connected 3", "disconnected 1", "warning 1", "error 1", "caution",
-                             "properties none", "deliver null 0", "storm 2 0x0106"}) {
+                             "properties none", "deliver null 0", "storm 2 0x0106", "crowd 2"}) {
         EXPECT_EQ(stage.tell(line), "no application has called Connect") << line;
     }
 }
@@ -117,6 +118,21 @@ TEST(Callbacks, StormFromTwoThreads) {
     const auto threads = stage.recorder.threads();
     const auto first = std::count(threads.begin() + 1, threads.end(), threads[0]);
     EXPECT_EQ(first, 5000);
+}
+
+TEST(Callbacks, CrowdOfEightThreads) {
+    Stage stage;
+    stage.open();
+    EXPECT_EQ(stage.tell("crowd 500"), "");
+    stage.wait();
+    EXPECT_EQ(stage.recorder.calls().size(), 1U + 8 * 500);
+    EXPECT_TRUE(stage.recorder.got("OnCompleteDownload \"7-499.JPG\" 0xFFFFFFFF"));
+    const auto threads = stage.recorder.threads();
+    const std::set crowd(threads.begin() + 1, threads.end());
+    EXPECT_EQ(crowd.size(), 8U);
+    for (const auto& thread : crowd) {
+        EXPECT_EQ(std::count(threads.begin() + 1, threads.end(), thread), 500);
+    }
 }
 
 TEST(Callbacks, ComeWhileReleaseIsUnderWay) {

@@ -81,6 +81,13 @@ void storm(Words& words) SIM_REQUIRES(g_lock) {
     }
 }
 
+void crowd(Words& words) SIM_REQUIRES(g_lock) {
+    const CrInt32u files = words.count("N");
+    if (an_application(words)) {
+        callback::crowd(files);
+    }
+}
+
 // What stands behind a prefix. Prefixes have one order, so that no line is longer to follow than to
 // read: `during Release`, then `second`.
 std::string prefixed_line(Words& words, const char* prefix,
@@ -136,6 +143,7 @@ const Verb callback_verbs[] = {
     {"properties", "null N", call_properties},
     {"deliver", "NAME NUMBER", call_download},
     {"storm", "N CODE...", storm},
+    {"crowd", "N", crowd},
     {"second", "LINE", second},
     {"during", "Release LINE", during_release},
     {nullptr, nullptr, nullptr},

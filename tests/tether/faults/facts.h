@@ -23,6 +23,7 @@ struct Fact {
     const char* brought;              // "1 shot, 1 file"
     const char* lost;                 // "nothing lost"
     std::vector<const char*> said{};  // the lines behind "! ", all of them
+    bool in_any_order = false;        // several threads have caused them
 };
 
 // The time that a shoot has for the camera and for the files of a shot, where the fact names none;
