@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <unistd.h>
 
+#include "tether/live/session_words.h"
+
 namespace tether {
 namespace {
 
@@ -61,10 +63,7 @@ void Terminal::show_progress(const std::string& text, host::TimePoint now) {
     if (text.empty()) {
         erase_progress();
     } else if (in_place_) {
-        char seconds[32];
-        std::snprintf(seconds, sizeof seconds, " %.1f s",
-                      std::chrono::duration<double>(now - progress_since_).count());
-        write_out("\r         · " + text + seconds + "\x1b[K");
+        write_out("\r         · " + text + " " + in_seconds(now - progress_since_, 1) + "\x1b[K");
         progress_drawn_ = true;
     } else if (changed) {
         write_out("         · " + text + "\n");

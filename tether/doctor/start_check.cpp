@@ -1,7 +1,6 @@
 // The worker as a host starts it, until it says that it is ready.
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <signal.h>
@@ -10,10 +9,12 @@
 
 #include "tether/doctor/checks.h"
 #include "tether/doctor/regular_file.h"
+#include "tether/live/session_words.h"
 
 namespace doctor {
 
 using host::Clock;
+using tether::in_seconds;
 
 namespace {
 
@@ -163,12 +164,6 @@ Heard listen(Listener& worker, host::TimePoint deadline) {
         }
     }
     return heard;
-}
-
-std::string in_seconds(host::Duration duration) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.2f s", std::chrono::duration<double>(duration).count());
-    return text;
 }
 
 // What is wrong with a worker that does not get ready; nothing of it is left to be ended in order.

@@ -105,6 +105,12 @@ std::string in_bytes(std::uintmax_t bytes) {
     return text;
 }
 
+std::string in_seconds(std::chrono::duration<double> time, int digits) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.*f s", digits, time.count());
+    return text;
+}
+
 std::string name_in(const std::string& folder, const std::string& path) {
     return shown(path.starts_with(folder + "/") ? path.substr(folder.size() + 1) : path);
 }

@@ -1,6 +1,7 @@
 // A session in words that a person can read.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 
@@ -26,6 +27,9 @@ std::string sentence(const host::Problem& problem);
 
 // "25.0 MB"
 std::string in_bytes(std::uintmax_t bytes);
+
+// "1.25 s"; with one digit, "1.2 s"
+std::string in_seconds(std::chrono::duration<double> time, int digits = 2);
 
 // The path as it is below the folder, or as it is.
 std::string name_in(const std::string& folder, const std::string& path);

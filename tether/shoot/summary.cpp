@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <vector>
 
 #include "tether/live/session_words.h"
@@ -16,12 +15,6 @@ using host::ShotStatus;
 
 std::string count(std::size_t number, const std::string& one, const std::string& many) {
     return std::to_string(number) + " " + (number == 1 ? one : many);
-}
-
-std::string in_seconds(std::chrono::duration<double> duration) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.2f s", duration.count());
-    return text;
 }
 
 std::string padded(std::size_t size, std::size_t width) {

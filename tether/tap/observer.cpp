@@ -1,15 +1,17 @@
 #include "tether/tap/observer.h"
 
-#include <cstdio>
 #include <signal.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
 
+#include "tether/live/session_words.h"
+
 namespace tap {
 
 using host::Clock;
+using tether::in_seconds;
 using tether::RecordLine;
 
 namespace {
@@ -19,12 +21,6 @@ constexpr std::size_t longest_part = std::size_t{64} * 1024;
 // What a worker that sees the end of its input has to leave; it takes 3 s at most.
 constexpr std::chrono::seconds time_to_leave{4};
 constexpr std::chrono::milliseconds look_every{20};
-
-std::string seconds(std::int64_t milliseconds) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.1f s", static_cast<double>(milliseconds) / 1000);
-    return text;
-}
 
 std::string ending_of(std::int64_t status) {
     const int wait_status = static_cast<int>(status);
@@ -49,7 +45,7 @@ void Observer::observe(const host::Descriptor& notices) {
     }
     const auto now = Clock::now();
     for (const Complaint& complaint : judge_.complaints().kept()) {
-        remark("complaint about " + seconds(complaint.at.count()) + ": " +
+        remark("complaint about " + in_seconds(complaint.at, 1) + ": " +
                    std::string(text_of(complaint.fault).what),
                now);
     }
@@ -89,11 +85,14 @@ void Observer::obey(const Notice& notice) {
                 remark("the host sent signal " + std::to_string(notice.number), notice.at));
             break;
         case Kind::stalled:
-            judge_.stalled(
-                remark("the host has not read for " + seconds(notice.number), notice.at));
+            judge_.stalled(remark("the host has not read for " +
+                                      in_seconds(std::chrono::milliseconds(notice.number), 1),
+                                  notice.at));
             break;
         case Kind::drained:
-            remark("the host reads again, after " + seconds(notice.number), notice.at);
+            remark("the host reads again, after " +
+                       in_seconds(std::chrono::milliseconds(notice.number), 1),
+                   notice.at);
             break;
         case Kind::out_of_memory:
             all_told_ = false;

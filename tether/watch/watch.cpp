@@ -1,6 +1,5 @@
 #include "tether/watch/watch.h"
 
-#include <cstdio>
 #include <signal.h>
 #include <utility>
 #include <vector>
@@ -25,10 +24,7 @@ host::CameraOptions with_listener(host::CameraOptions options, bool runs_program
 std::string described(const host::Picture& picture, const std::string& folder) {
     std::string text = name_in(folder, picture.path) + "  " + in_bytes(picture.bytes);
     if (picture.shot && picture.after) {
-        char seconds[32];
-        std::snprintf(seconds, sizeof seconds, "  %.2f s after the shutter",
-                      std::chrono::duration<double>(*picture.after).count());
-        text += seconds;
+        text += "  " + in_seconds(*picture.after) + " after the shutter";
     }
     text += picture.recovered ? "  found later" : "";
     return picture.whole ? text : text + "  damaged";
