@@ -1,5 +1,5 @@
-// Starting a child process with its own standard streams, a clean signal state and nothing else of
-// this process's.
+// Starting a child process with its own standard streams and a clean signal state; on macOS with no
+// other descriptor of this process, elsewhere with those not close-on-exec. None here is left so.
 #pragma once
 
 #include <optional>

@@ -18,8 +18,8 @@
 
 namespace host {
 
-// How long each step of the ladder is given. The worker bounds its own shutdown to 3 s, but only
-// once it has taken the QUIT: one shot that is being fired goes first.
+// How long each step of the ladder is given; a host gives 5 s (host/brain/times.h). The worker ends
+// 3 s after it has taken the QUIT, but before that a shot that is being fired goes first.
 struct EndTimes {
     Duration after_quit = std::chrono::seconds(6);
     Duration after_closing_input = std::chrono::seconds(1);

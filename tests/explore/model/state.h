@@ -6,8 +6,8 @@
 #include "tests/explore/time.h"
 #include "tests/explore/trace.h"
 
-// What a worker that keeps the protocol may be doing at one moment. Written from the protocol
-// alone: nothing here looks at the worker's sources.
+// What a worker that keeps the protocol may be doing at one moment: its lines, the calls that it
+// makes of the SDK and the order of both, as far as they are fixed. Shares no code with the worker.
 namespace explore::model {
 
 // Where the main thread stands: before a line, a call, a pause or a look at what other threads
