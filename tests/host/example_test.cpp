@@ -1,33 +1,17 @@
 // The host to begin with does what it says.
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
-#include <stdlib.h>
+#include <string>
 
 #include "tests/host/child.h"
+#include "tests/host/virtual_camera_test.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-class Example : public testing::Test {
+class Example : public VirtualCameraTest {
   protected:
-    Example() {
-        char pattern[] = "/tmp/example-test-XXXXXX";
-        folder_ = fs::canonical(mkdtemp(pattern));
-        fs::create_directory(folder_ / "own");
-        std::ofstream(folder_ / "own/a.jpg")
-            << std::string("\xFF\xD8\xFF\xC0\x00\x02\xFF\xDA\x00\x02", 10) << "a picture"
-            << "\xFF\xD9";
-    }
-    ~Example() override {
-        fs::remove_all(folder_);
-    }
-
     // What it prints, on standard output first, and its exit status at the end.
     std::string take_a_picture(const std::string& scene) {
-        std::ofstream(folder_ / "scene") << "timing instant\n" << scene << "\n";
+        files_.write_scene(scene);
         const auto host = start(
             {HOST_EXAMPLE,
              {worker_, folder_},
@@ -38,12 +22,9 @@ class Example : public testing::Test {
             output += line->text + "\n";
         }
         const auto exit = host->await_exit(host::after(patience));
-        std::ifstream errors(folder_ / "errors");
-        output.append(std::istreambuf_iterator<char>(errors), {});
-        return output + (exit ? describe(*exit) : "still running");
+        return output + read("errors") + (exit ? describe(*exit) : "still running");
     }
 
-    fs::path folder_;
     std::string worker_ = WORKER;
 };
 
@@ -60,7 +41,7 @@ TEST_F(Example, SaysWhatIsWrongWithAShot) {
 }
 
 TEST_F(Example, SaysWhyThereIsNoPicture) {
-    std::ofstream(folder_ / "worker") << "no program";
+    write("worker", "no program");
     worker_ = folder_ / "worker";
     const std::string output = take_a_picture("no camera");
     EXPECT_NE(output.find((folder_ / "worker").string()), std::string::npos) << output;

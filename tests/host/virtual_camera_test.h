@@ -1,45 +1,32 @@
-// A folder with all that a virtual camera needs, for tests of whoever drives it.
+// A test of whoever drives a virtual camera, with pictures to shoot.
 #pragma once
 
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
-#include <stdlib.h>
 #include <string>
-#include <system_error>
 
 #include "host/process/clock.h"
-#include "simulator/control/client.h"
+#include "tests/camera_folder.h"
 
 namespace fs = std::filesystem;
 
 class VirtualCameraTest : public testing::Test {
   protected:
     VirtualCameraTest() {
-        char pattern[] = "/tmp/camera-test-XXXXXX";
-        folder_ = fs::canonical(mkdtemp(pattern));
         write("scene", "timing instant\ncamera \"MODEL-A\" over USB, card in\n");
         // Drawing what the virtual camera shoots would only take time.
         write("own/a.jpg", jpeg("first picture"));
         write("own/b.jpg", jpeg("the second one"));
     }
-    // What a test that failed has left running may be at work in it still.
-    ~VirtualCameraTest() override {
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
+
+    void write(const std::string& name, const std::string& text) const {
+        files_.write(name, text);
     }
 
-    void write(const std::string& name, const std::string& text) {
-        fs::create_directories((folder_ / name).parent_path());
-        std::ofstream(folder_ / name) << text;
-    }
-
-    std::string read(const std::string& name) {
-        std::ifstream stream(folder_ / name);
-        return {std::istreambuf_iterator<char>(stream), {}};
+    std::string read(const std::string& name) const {
+        return files_.read(name);
     }
 
     // A whole JPEG with these bytes in place of a picture's.
@@ -55,10 +42,7 @@ class VirtualCameraTest : public testing::Test {
     }
 
     void tell_camera(const std::string& line) {
-        auto control = camera_sim::ControlClient::connect(folder_ / "control");
-        ASSERT_TRUE(control);
-        const auto reply = control->ask(line);
-        ASSERT_TRUE(reply && reply->ok) << line << ": " << (reply ? reply->error : "no answer");
+        ASSERT_EQ(files_.tell(line), "") << line;
     }
 
     // Waits until the camera's state has this line.
@@ -76,5 +60,6 @@ class VirtualCameraTest : public testing::Test {
         }
     }
 
-    fs::path folder_;
+    CameraFolder files_;
+    const fs::path folder_ = files_.path();
 };

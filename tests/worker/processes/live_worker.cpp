@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <sys/stat.h>
@@ -15,19 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What a sanitizer says of a path that is too long for it.
-constexpr const char* sanitizers_own = "reading executable name failed";
-
-constexpr const char* announcement = "camera-sim: simulated SDK, no real camera is driven";
-
 // A test may write a million commands before it reads the first answer.
 constexpr host::OutputLimits limits{1 << 20, 256 << 20};
-
-fs::path make_folder() {
-    // A socket's path must be short, and some systems' folders for temporary files are not.
-    char pattern[] = "/tmp/processes-XXXXXX";
-    return mkdtemp(pattern);
-}
 
 // The journal is a named pipe, so that a call can be waited for. Opened for writing too, so that it
 // has no end.
@@ -38,14 +26,11 @@ std::unique_ptr<host::LineStream> listen_to(const fs::path& journal) {
 }
 
 std::vector<std::pair<std::string, std::string>> environment(const Plan& plan,
-                                                             const fs::path& folder) {
-    std::map<std::string, std::string> variables{
-        {"CAMERA_SIM_SCENE", folder / "scene"},
-        {"CAMERA_SIM_CONTROL", folder / "control"},
-        {"CAMERA_SIM_JOURNAL", folder / "journal"},
-        // ThreadSanitizer would let every exit take a second.
-        {"TSAN_OPTIONS", "atexit_sleep_ms=0"},
-    };
+                                                             const CameraFolder& folder) {
+    const auto usual = folder.environment();
+    std::map<std::string, std::string> variables(usual.begin(), usual.end());
+    // ThreadSanitizer would let every exit take a second.
+    variables["TSAN_OPTIONS"] = "atexit_sleep_ms=0";
     for (const auto& [name, value] : plan.environment) {
         variables[name] = value;
     }
@@ -63,12 +48,11 @@ std::string call_in(const std::string& line) {
 
 }  // namespace
 
-LiveWorker::LiveWorker(const Plan& plan)
-    : folder_(make_folder()), journal_(listen_to(folder_ / "journal")) {
-    std::ofstream(folder_ / "scene") << "timing instant\n" << plan.scene << "\n";
+LiveWorker::LiveWorker(const Plan& plan) : journal_(listen_to(folder_.path() / "journal")) {
+    folder_.write_scene(plan.scene);
     const fs::path worker = plan.worker.empty() ? host::worker_beside_this_program() : plan.worker;
     host::SpawnRequest request{worker, plan.arguments, environment(plan, folder_),
-                               folder_ / "stderr"};
+                               folder_.path() / "stderr"};
     if (!plan.shell.empty()) {
         request.arguments.insert(request.arguments.begin(), {"-c", plan.shell, "sh", worker});
         request.executable = "/bin/sh";
@@ -86,7 +70,6 @@ LiveWorker::~LiveWorker() {
     if (!complaints_taken_) {
         EXPECT_EQ(take_complaints(), "");
     }
-    fs::remove_all(folder_);
 }
 
 std::string LiveWorker::next() {
@@ -130,15 +113,7 @@ bool LiveWorker::await_call(const std::string& call) {
 }
 
 void LiveWorker::tell_camera(const std::string& line) {
-    if (!control_) {
-        control_ = camera_sim::ControlClient::connect(folder_ / "control");
-    }
-    const auto reply = control_ ? control_->ask(line) : std::nullopt;
-    if (!reply) {
-        ADD_FAILURE() << "no answer from the camera";
-    } else {
-        EXPECT_EQ(reply->error, "");
-    }
+    EXPECT_EQ(folder_.tell(line), "");
 }
 
 host::Exit LiveWorker::exit() {
@@ -169,12 +144,5 @@ void LiveWorker::expect_prompt_end(const std::function<void()>& action) {
 
 std::string LiveWorker::take_complaints() {
     complaints_taken_ = true;
-    std::string text;
-    std::ifstream lines(folder_ / "stderr");
-    for (std::string line; std::getline(lines, line);) {
-        if (line != announcement && line.find(sanitizers_own) == std::string::npos) {
-            text += line + "\n";
-        }
-    }
-    return text;
+    return folder_.complaints();
 }

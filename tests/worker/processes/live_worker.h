@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -13,7 +12,7 @@
 
 #include "host/process/line_stream.h"
 #include "host/process/worker_process.h"
-#include "simulator/control/client.h"
+#include "tests/camera_folder.h"
 
 struct Plan {
     std::string scene = {};  // behind "timing instant"
@@ -36,7 +35,7 @@ class LiveWorker {
         return *process_;
     }
     const std::filesystem::path& folder() const {
-        return folder_;
+        return folder_.path();
     }
 
     bool send(std::string_view line) {
@@ -85,10 +84,9 @@ class LiveWorker {
     std::string take_complaints();
 
   private:
-    std::filesystem::path folder_;
+    CameraFolder folder_;
     std::unique_ptr<host::LineStream> journal_;
     std::unique_ptr<host::WorkerProcess> process_;
-    std::optional<camera_sim::ControlClient> control_;
     bool complaints_taken_ = false;
 };
 

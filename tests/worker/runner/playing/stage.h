@@ -1,14 +1,12 @@
-// What one performance of a transcript needs: a temporary folder, a worker, and a line to its
-// camera.
+// What one performance of a transcript needs: a folder for its camera, and a worker.
 #pragma once
 
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "host/process/worker_process.h"
-#include "simulator/control/client.h"
+#include "tests/camera_folder.h"
 #include "tests/worker/runner/reading/transcript.h"
 
 namespace transcript {
@@ -19,7 +17,7 @@ class Stage {
     static std::unique_ptr<Stage> set_up(const Transcript& transcript,
                                          const std::filesystem::path& worker, std::string& error);
 
-    // Kills a worker that still runs and removes the folder.
+    // Kills a worker that still runs.
     ~Stage();
 
     host::WorkerProcess& worker() {
@@ -31,26 +29,28 @@ class Stage {
     std::string filled(const std::string& text) const;
 
     std::filesystem::path journal() const {
-        return folder_ / "journal";
+        return folder_.path() / "journal";
     }
 
     // An empty text when the camera answered ok, otherwise what went wrong.
-    std::string tell_camera(const std::string& line);
+    std::string tell_camera(const std::string& line) {
+        return folder_.tell(line);
+    }
 
     // What stands in the worker's standard error besides the virtual camera's announcement of
     // itself.
-    std::string complaints() const;
+    std::string complaints() const {
+        return folder_.complaints();
+    }
 
   private:
     Stage() = default;
-    bool make_folder(std::string& error);
     void write_scene(const Transcript& transcript) const;
     std::filesystem::path copy_without_adapter(const std::filesystem::path& worker) const;
 
-    std::filesystem::path folder_;
+    CameraFolder folder_;
     std::filesystem::path bundle_;
     std::unique_ptr<host::WorkerProcess> worker_;
-    std::optional<camera_sim::ControlClient> control_;
 };
 
 }  // namespace transcript
