@@ -22,34 +22,51 @@ namespace {
 
 using Draw = int (*)(const CameraSimPicture*);
 
+// The folder of this library, with a slash; empty when the system does not tell.
+std::string beside_this_library() {
+    Dl_info self{};
+    if (dladdr(reinterpret_cast<const void*>(&heif_still), &self) == 0) {
+        return "";
+    }
+    std::string path = self.dli_fname;
+    path.erase(path.rfind('/') + 1);
+    return path;
+}
+
+struct PictureModule {
+    void* loaded;     // null when it is not there or not whole
+    std::string why;  // it is null
+};
+
 // Beside this library; loaded with the first picture, so that the picture libraries cost a program
-// that takes none nothing. Null, and said once, when it is not there or not whole.
-void* picture_module() {
-    static void* const module = [] {
-        Dl_info self{};
-        if (dladdr(reinterpret_cast<const void*>(&heif_still), &self) == 0) {
-            return static_cast<void*>(nullptr);
-        }
-        std::string path = self.dli_fname;
-        path.erase(path.rfind('/') + 1);
-        path += "libcamera_sim_pictures.so";
+// that takes none nothing.
+const PictureModule& picture_module() {
+    static const PictureModule& module = *new PictureModule([] {
+        const std::string path = beside_this_library() + "libcamera_sim_pictures.so";
         void* loaded = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (loaded == nullptr) {
-            const char* why = dlerror();
-            tell(std::string("no pictures can be drawn: ") + (why != nullptr ? why : path) +
-                 "; name a folder of JPEGs in CAMERA_SIM_PICTURES to shoot those");
-        }
-        return loaded;
-    }();
+        const char* why = loaded == nullptr ? dlerror() : "";
+        return PictureModule{loaded, why != nullptr ? why : path};
+    }());
     return module;
 }
 
+// Said once.
+int no_pictures() {
+    static const bool said = [] {
+        tell("no pictures can be drawn: " + picture_module().why +
+             "; name a folder of JPEGs in CAMERA_SIM_PICTURES to shoot those");
+        return true;
+    }();
+    static_cast<void>(said);
+    return ENOTSUP;
+}
+
 int draw(const Picture& picture, const char* function, const std::string& path) {
-    void* const module = picture_module();
+    void* const module = picture_module().loaded;
     const auto drawing =
         module != nullptr ? reinterpret_cast<Draw>(dlsym(module, function)) : nullptr;
     if (drawing == nullptr) {
-        return ENOTSUP;
+        return no_pictures();
     }
     const CameraSimPicture drawn{path.c_str(),   picture.model.c_str(), picture.serial.c_str(),
                                  picture.number, picture.time_seconds,  picture.width,
@@ -130,26 +147,65 @@ int list_pictures(const std::string& folder, std::vector<std::string>& paths) {
     return 0;
 }
 
-// Listed once: shots may go into the same folder, and a shot of a shot is not the user's picture.
-struct OwnPictures {
-    std::string folder;
-    std::vector<std::string> paths;
-};
-
-int copy_own_picture(const Picture& picture, const std::string& path) {
-    static OwnPictures& own = *new OwnPictures;  // of the one thread that transfers
-    if (own.paths.empty() || own.folder != picture.own_pictures) {
-        own.folder = picture.own_pictures;
-        own.paths.clear();
-        if (const int error = list_pictures(own.folder, own.paths)) {
-            return said_of_own_pictures("the folder " + own.folder, error);
+// The RAW with the name of this JPEG; empty when there is none.
+std::string raw_beside(const std::string& jpeg) {
+    const std::string stem = jpeg.substr(0, jpeg.rfind('.'));
+    for (const char* ending : {".ARW", ".arw", ".DNG", ".dng"}) {
+        struct stat facts {};
+        if (stat((stem + ending).c_str(), &facts) == 0 && S_ISREG(facts.st_mode)) {
+            return stem + ending;
         }
     }
-    if (own.paths.empty()) {
-        tell("there is no JPEG in the folder of CAMERA_SIM_PICTURES, " + own.folder);
+    return "";
+}
+
+// Listed once: shots may go into the same folder, and a shot of a shot is not the user's picture.
+struct FolderOfPictures {
+    std::string folder;
+    std::vector<std::string> jpegs;
+    std::vector<std::string> raws;  // of each JPEG; empty where it has none
+    int error = 0;                  // an errno value when it cannot be listed
+};
+
+const FolderOfPictures& pictures_in(const std::string& folder) {
+    static FolderOfPictures& listed = *new FolderOfPictures;  // of the one thread that transfers
+    if (listed.jpegs.empty() || listed.folder != folder) {
+        listed = FolderOfPictures{};
+        listed.folder = folder;
+        listed.error = list_pictures(folder, listed.jpegs);
+        for (const std::string& jpeg : listed.jpegs) {
+            listed.raws.push_back(raw_beside(jpeg));
+        }
+    }
+    return listed;
+}
+
+// The RAW whose turn it is; empty when there is none.
+std::string own_raw(const Picture& picture, const std::string& folder) {
+    const std::vector<std::string>& raws = pictures_in(folder).raws;
+    return raws.empty() ? "" : raws[picture.taken % raws.size()];
+}
+
+int copy_own_jpeg(const Picture& picture, const std::string& folder, const std::string& path) {
+    const FolderOfPictures& own = pictures_in(folder);
+    if (own.error != 0) {
+        return said_of_own_pictures("the folder " + folder, own.error);
+    }
+    if (own.jpegs.empty()) {
+        tell("there is no JPEG in the folder of CAMERA_SIM_PICTURES, " + folder);
         return ENOTSUP;
     }
-    return copy_file(own.paths[picture.taken % own.paths.size()], path);
+    return copy_file(own.jpegs[picture.taken % own.jpegs.size()], path);
+}
+
+// Where pictures are copied from; empty: they are drawn. What is handed out without the libraries
+// that drawing takes has a few pictures beside this library.
+std::string folder_to_copy(const Picture& picture) {
+    if (!picture.own_pictures.empty() || picture_module().loaded != nullptr) {
+        return picture.own_pictures;
+    }
+    std::string kept = beside_this_library() + "pictures";
+    return pictures_in(kept).jpegs.empty() ? "" : kept;
 }
 
 }  // namespace
@@ -167,16 +223,16 @@ const char* ending(PictureKind kind) {
 }
 
 int make_picture(const Picture& picture, PictureKind kind, const std::string& path) {
-    switch (kind) {
-        case PictureKind::raw:
-            return draw(picture, "camera_sim_draw_raw", path);
-        case PictureKind::heif:
-            return write_heif(path);
-        case PictureKind::jpeg:
-            break;
+    if (kind == PictureKind::heif) {
+        return write_heif(path);
     }
-    return picture.own_pictures.empty() ? draw(picture, "camera_sim_draw_jpeg", path)
-                                        : copy_own_picture(picture, path);
+    const std::string folder = folder_to_copy(picture);
+    if (kind == PictureKind::raw) {
+        const std::string own = folder.empty() ? "" : own_raw(picture, folder);
+        return own.empty() ? draw(picture, "camera_sim_draw_raw", path) : copy_file(own, path);
+    }
+    return folder.empty() ? draw(picture, "camera_sim_draw_jpeg", path)
+                          : copy_own_jpeg(picture, folder, path);
 }
 
 }  // namespace camera_sim

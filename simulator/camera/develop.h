@@ -1,6 +1,7 @@
 #pragma once
 
-// Where the pictures come from: drawn by the picture module, or copies of the user's own.
+// Where the pictures come from: drawn by the picture module, or copies of the user's own, or of
+// those that lie in the folder "pictures" beside this library when the module does not.
 
 #include <string>
 
@@ -14,12 +15,12 @@ struct Picture {
     std::string model;
     std::string serial;
     unsigned number;
-    unsigned taken;  // counts from 0; the user's own pictures come in turn by it
+    unsigned taken;  // counts from 0; pictures of a folder come in turn by it
     long long time_seconds;
     int width;
     int height;
     unsigned seed;
-    std::string own_pictures;  // a folder; empty: the picture is drawn
+    std::string own_pictures;  // the user's folder; empty when there is none
 };
 
 const char* ending(PictureKind kind);  // of the file's name

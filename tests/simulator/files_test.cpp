@@ -146,6 +146,26 @@ TEST(OwnPictures, AreCopiedInTurnByName) {
     EXPECT_EQ(content(stage.shots() / "DSC00003.JPG"), "first");
 }
 
+TEST(OwnPictures, ARawOfTheSameNameIsTheShots) {
+    Stage stage("dial both\nset 0x0507 0");
+    const auto own = stage.folder() / "own";
+    std::filesystem::create_directory(own);
+    std::ofstream(own / "a.JPG") << "first";
+    std::ofstream(own / "a.dng") << "first raw";
+    std::ofstream(own / "b.JPG") << "second, of which there is no RAW";
+    setenv("CAMERA_SIM_PICTURES", own.c_str(), 1);
+    stage.open();
+    stage.save_to(stage.shots());
+    for (int shot = 0; shot < 2; ++shot) {
+        stage.shoot();
+    }
+    stage.wait();
+    EXPECT_EQ(content(stage.shots() / "DSC00001.ARW"), "first raw");
+    EXPECT_EQ(content(stage.shots() / "DSC00001.JPG"), "first");
+    const std::string drawn = content(stage.shots() / "DSC00002.ARW");
+    EXPECT_EQ(drawn.substr(0, 2), "II") << "the other one is drawn";
+}
+
 TEST(OwnPictures, APipeAmongThemIsNone) {
     Stage stage;
     const auto own = stage.folder() / "own";
