@@ -11,7 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include "host/process/beside_this_program.h"
 #include "host/process/standard_streams.h"
 #include "tether/author_commands.h"
 #include "tether/conversation/events.h"
@@ -44,7 +43,7 @@ struct WatchOptions {
 
 // What the doctor is to look at.
 struct Patient {
-    std::string bundle = host::bundle_beside_this_program();
+    std::string bundle = tether::usual_bundle();
     std::optional<std::string> folder;
 };
 

@@ -1,8 +1,10 @@
 #include "tether/session_options.h"
 
+#include <cstdlib>
 #include <filesystem>
 
 #include "host/pictures/store.h"
+#include "host/process/beside_this_program.h"
 #include "tether/ranges.h"
 
 namespace tether {
@@ -13,6 +15,15 @@ namespace fs = std::filesystem;
 constexpr Range patience_range{"SECONDS", "0123456789.", 0.1, 3'600, "0.1 to 3600"};
 
 }  // namespace
+
+std::string usual_worker() {
+    const char* named = std::getenv("TETHER_WORKER");
+    return named != nullptr && *named != '\0' ? named : host::worker_beside_this_program().string();
+}
+
+std::string usual_bundle() {
+    return fs::path(usual_worker()).parent_path().parent_path().parent_path();
+}
 
 void declare(CLI::App& command, SessionOptions& options) {
     command

@@ -7,12 +7,17 @@
 #include <vector>
 
 #include "host/camera.h"
-#include "host/process/beside_this_program.h"
 
 namespace tether {
 
+// The worker when none is named: the one that TETHER_WORKER names, else the one in the bundle's
+// place beside this program.
+std::string usual_worker();
+// The bundle, or the build tree, that has that worker.
+std::string usual_bundle();
+
 struct SessionOptions {
-    std::string worker = host::worker_beside_this_program();
+    std::string worker = usual_worker();
     std::string folder = "shots";
     std::string save_dest = "disk";
     std::string file_type;  // empty: the camera's own

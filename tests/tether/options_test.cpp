@@ -69,6 +69,29 @@ TEST_F(OptionsTest, NumbersAtTheEndsOfTheirRangeAreTaken) {
     }
 }
 
+TEST_F(OptionsTest, TheWorkerIsTheOneOfTheVariableWhenNoneIsNamed) {
+    const fs::path bundle = folder_ / "elsewhere";
+    fs::create_directories(bundle / "Contents/MacOS");
+    const fs::path worker = bundle / "Contents/MacOS/sony-worker";
+    const auto said = [&](const std::vector<std::string>& arguments) {
+        fs::remove(folder_ / "errors");
+        const auto command = start(
+            {TETHER_COMMAND, arguments, {{"TETHER_WORKER", worker.string()}}, folder_ / "errors"});
+        std::string output;
+        while (const auto line = command->next_line(host::after(patience))) {
+            output += line->text + "\n";
+        }
+        EXPECT_TRUE(command->await_exit(host::after(patience)));
+        return output + read("errors");
+    };
+    EXPECT_EQ(said({}), "tether: there is no worker at " + worker.string() + "\n");
+    EXPECT_EQ(said({"shoot"}), "tether: there is no worker at " + worker.string() + "\n");
+    EXPECT_EQ(said({"--worker", "/no/such/worker"}),
+              "tether: --worker: File does not exist: /no/such/worker\n");
+    const std::string examined = said({"doctor"});
+    EXPECT_NE(examined.find(bundle.string()), std::string::npos) << examined;
+}
+
 TEST_F(OptionsTest, ANumberWithALeadingZeroIsDecimal) {
     start_tether({"--shots", "010"});
     read_to("shot 1 of 10 on its way");
