@@ -10,22 +10,11 @@ set(CMAKE_OSX_DEPLOYMENT_TARGET "" CACHE STRING "")
 set(CMAKE_OSX_ARCHITECTURES "" CACHE STRING "")
 set(CMAKE_OSX_SYSROOT "" CACHE STRING "")
 
-set(CMAKE_CXX_COMPILER "${CMAKE_CURRENT_LIST_DIR}/../tools/macos-toolchain/c++"
-    -target ${CMAKE_SYSTEM_PROCESSOR}-macos.12.1)
-# Debian keeps some of these beside the compiler only.
-file(GLOB llvm_folders /usr/lib/llvm-*/bin)
-foreach(tool IN ITEMS AR RANLIB STRIP INSTALL_NAME_TOOL)
-    string(TOLOWER ${tool} name)
-    string(REPLACE "_" "-" name "llvm-${name}")
-    find_program(CMAKE_${tool} ${name} PATHS ${llvm_folders} REQUIRED)
-endforeach()
+set(target ${CMAKE_SYSTEM_PROCESSOR}-macos.12.1)
+include("${CMAKE_CURRENT_LIST_DIR}/zig.cmake")
 
 # Zig's library lies inside the program, so its headers do not say since which system a feature is there. They must: the
 # same sources are built with the library of the system.
-# -O2 is for what CMake tries: without it Zig would make its library, which takes a minute, in a second way.
-set(CMAKE_CXX_FLAGS_INIT "-O2 -U_LIBCPP_HAS_NO_VENDOR_AVAILABILITY_ANNOTATIONS -Werror=unguarded-availability")
+string(APPEND CMAKE_CXX_FLAGS_INIT " -U_LIBCPP_HAS_NO_VENDOR_AVAILABILITY_ANNOTATIONS -Werror=unguarded-availability")
 
 set(CMAKE_USER_MAKE_RULES_OVERRIDE "${CMAKE_CURRENT_LIST_DIR}/macos-cross-rules.cmake")
-
-# No package of the machine that builds may be found.
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE NEVER)

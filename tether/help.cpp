@@ -12,13 +12,12 @@ namespace {
 
 constexpr std::size_t columns = 80;
 constexpr std::size_t option_margin = 24;
-constexpr std::size_t margin = 2;
+constexpr std::size_t margin = 2;  // between an option and its text, at least
 
 // The text behind `begun`, from the margin on, over as many lines as it takes.
 std::string wrapped(std::string begun, const std::string& text, std::size_t indent) {
     std::string all;
-    // Two spaces at least are between the two.
-    if (begun.size() + 2 > indent && !begun.empty()) {
+    if (begun.size() + margin > indent && !begun.empty()) {
         all = begun + "\n";
         begun.clear();
     }
