@@ -72,7 +72,8 @@ export async function openCamera(options: OpenOptions): Promise<Camera> {
     throw new TypeError("openCamera takes either a worker or virtual: true");
   }
   const own = typeof virtual === "object" ? virtual : undefined;
-  const worker = options.worker ?? (own ? own.worker : await programs.virtualWorker());
+  const tether = options.tether ?? programs.tether();
+  const worker = options.worker ?? own?.worker ?? (await programs.virtualWorkerFor(tether));
   const wishes: Wishes = { folder: resolve(options.folder) };
   for (const wish of ["saveDestination", "fileType", "name"] as const) {
     if (options[wish] !== undefined) {
@@ -80,7 +81,7 @@ export async function openCamera(options: OpenOptions): Promise<Camera> {
     }
   }
   const transport = childProcess({
-    tether: options.tether ?? (await programs.tether()),
+    tether,
     arguments: [
       `--patience=${patience}`,
       ...(worker === undefined ? [] : [`--worker=${worker}`]),
