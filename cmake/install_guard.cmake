@@ -16,6 +16,10 @@ set(guards [[
 ]])
 install(CODE "${guards}
     only_over(Contents/MacOS/sony-worker \"CPP_WORKER.START\")" COMPONENT worker)
+install(CODE "${guards}
+    foreach(page sony-worker tether)
+        only_over(share/man/man1/\${page}.1 \"Written by tools/manual\")
+    endforeach()" COMPONENT manual)
 if(NOT SONY_SDK_ROOT)
     install(CODE "${guards}
     foreach(header CameraRemote_SDK camera_object device_callback device_property types)
@@ -25,5 +29,6 @@ if(NOT SONY_SDK_ROOT)
     only_over(lib/libcamera_sim_pictures${CMAKE_SHARED_LIBRARY_SUFFIX} camera_sim_draw_)
     only_over(lib/CrAdapter/libCr_PTP_USB.dylib \"simulated SDK\")
     only_over(bin/camera-sim CAMERA_SIM_)
+    only_over(share/man/man1/camera-sim.1 \"Written by tools/manual\")
     only_over(simulator.md CAMERA_SIM_)" COMPONENT simulator EXCLUDE_FROM_ALL)
 endif()

@@ -38,6 +38,11 @@ class WatchKeysTest : public CommandTest {
 
     // The process leads a session whose terminal is the screen, as a shell's command does.
     void watch() {
+        begin("watch", "space or enter shoots, Ctrl-C ends");
+    }
+
+    // Until this text is on the screen.
+    void begin(const char* way, const std::string& text) {
         const std::string shots = folder_ / "shots";
         const std::string scene = folder_ / "scene";
         const std::string own = folder_ / "own";
@@ -50,11 +55,11 @@ class WatchKeysTest : public CommandTest {
                 dup2(screen_.number(), stream);
             }
             setenv("CAMERA_SIM_CONTROL", control.c_str(), 1);
-            execl(TETHER_COMMAND, TETHER_COMMAND, "watch", "--folder", shots.c_str(), "--scene",
+            execl(TETHER_COMMAND, TETHER_COMMAND, way, "--folder", shots.c_str(), "--scene",
                   scene.c_str(), "--pictures", own.c_str(), nullptr);
             _exit(127);
         }
-        see("space or enter shoots, Ctrl-C ends");
+        see(text);
     }
 
     void press(char key) {
@@ -137,19 +142,22 @@ TEST_F(WatchKeysTest, SpaceAndEnterShoot) {
     EXPECT_FALSE(fs::exists(folder_ / "shots/DSC00003.JPG"));
 }
 
+// What a worker says is seen line by line where the terminal is the host.
 TEST_F(WatchKeysTest, LinesAreColouredOnATerminal) {
     unsetenv("NO_COLOR");
-    watch();
-    press(' ');
-    see("\x1b[32mDOWNLOADED|");
+    begin("--interactive", "\x1b[2mLOG|");
 }
 
 TEST_F(WatchKeysTest, NothingIsColouredWithNoColor) {
     setenv("NO_COLOR", "1", 1);
-    watch();
+    begin("--interactive", " < LOG|");
     unsetenv("NO_COLOR");
-    press(' ');
-    see(" < DOWNLOADED|");
+}
+
+TEST_F(WatchKeysTest, AnEmptyNoColorAsksForNothing) {
+    setenv("NO_COLOR", "", 1);
+    begin("--interactive", "\x1b[2mLOG|");
+    unsetenv("NO_COLOR");
 }
 
 TEST_F(WatchKeysTest, NothingIsColouredWhereTheOutputIsNoTerminal) {

@@ -28,6 +28,12 @@ const char* style_of(std::string_view line) {
     return "";
 }
 
+// As users of other programs set it: empty, it asks for nothing.
+bool color_is_refused() {
+    const char* refused = std::getenv("NO_COLOR");
+    return refused != nullptr && *refused != '\0';
+}
+
 void write_out(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
@@ -38,7 +44,7 @@ void write_out(std::string_view text) {
 Terminal::Terminal(host::TimePoint start)
     : start_(start),
       in_place_(isatty(STDOUT_FILENO) == 1),
-      colored_(in_place_ && std::getenv("NO_COLOR") == nullptr) {}
+      colored_(in_place_ && !color_is_refused()) {}
 
 Terminal::~Terminal() {
     erase_progress();

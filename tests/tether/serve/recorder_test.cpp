@@ -67,10 +67,9 @@ TEST_F(RecorderTest, KeepsEveryLineWithItsTimeAndDirection) {
         recorder.add({Direction::to_worker, "CONNECT", milliseconds(1500)});
         recorder.add({Direction::from_worker, "", milliseconds(1501)});
         EXPECT_TRUE(recorder.flush(host::after(seconds(20))));
-        EXPECT_EQ(
-            lines_of(folder_ / "record"),
-            (std::vector<std::string>{"   0.002 # standard error: camera-sim",
-                                      "   1.003 < READY|OK", "   1.500 > CONNECT", "   1.501 < "}));
+        EXPECT_EQ(lines_of(folder_ / "record"),
+                  (std::vector<std::string>{"   0.002 ! camera-sim", "   1.003 < READY|OK",
+                                            "   1.500 > CONNECT", "   1.501 < "}));
     }
     EXPECT_EQ(ended_early(), std::vector<std::string>{});
 }
@@ -85,8 +84,8 @@ TEST_F(RecorderTest, ARedactedOneHoldsNeitherWhatStandsOnStandardErrorNorWhoAsks
         recorder.add({Direction::from_worker, "READY|OK", seconds(2)});
     }
     EXPECT_EQ(lines_of(folder_ / "record"),
-              (std::vector<std::string>{"   1.000 # standard error: <text>",
-                                        "   1.000 # client: <text>", "   2.000 < READY|OK"}));
+              (std::vector<std::string>{"   1.000 ! <text>", "   1.000 # client: <text>",
+                                        "   2.000 < READY|OK"}));
 }
 
 TEST_F(RecorderTest, SaysWhoAsks) {

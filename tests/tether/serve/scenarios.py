@@ -929,7 +929,7 @@ def a_record_has_both_directions_and_standard_error(stage):
         host.call("shutdown")
         require(host.end() == 0, "another status")
     lines = record.read_text(encoding="utf-8").splitlines()
-    for wanted in (r" # \d{4}-\d\d-\d\d", r" # client: tests 1$", r" # standard error: camera-sim: simulated SDK",
+    for wanted in (r" # \d{4}-\d\d-\d\d", r" # client: tests 1$", r" ! camera-sim: simulated SDK",
                    r" < READY\|OK$", r" > CONNECT$", r" > CAPTURE$", r" < DOWNLOADED\|/", r" > QUIT$"):
         require(any(re.search(wanted, line) for line in lines), f"no line like {wanted}: {lines}")
     times = [float(line.split()[0]) for line in lines]
