@@ -13,6 +13,9 @@
 
 #include "host/process/standard_streams.h"
 #include "tether/author_commands.h"
+#if WITH_CONSOLE
+#include "tether/console/console.h"
+#endif
 #include "tether/conversation/events.h"
 #include "tether/conversation/interactive.h"
 #include "tether/doctor/checks.h"
@@ -41,6 +44,12 @@ struct WatchOptions {
     std::vector<std::string> program;  // and its fixed arguments
 };
 
+struct ConsoleOptions {
+    tether::SessionOptions session;
+    double port = 0;  // 0: a free one
+    bool open = false;
+};
+
 // What the doctor is to look at.
 struct Patient {
     std::string bundle = tether::usual_bundle();
@@ -49,6 +58,7 @@ struct Patient {
 
 constexpr tether::Range shots_range{"NUMBER", "0123456789", 1, 1'000'000, "1 to 1000000"};
 constexpr tether::Range every_range{"SECONDS", "0123456789.", 0, 86'400, "0 to 86400"};
+constexpr tether::Range port_range{"PORT", "0123456789", 1, 65'535, "1 to 65535"};
 constexpr tether::Range wait_range{"SECONDS", "0123456789.", 1, 86'400, "1 to 86400"};
 
 void declare(CLI::App& app, ShootOptions& options) {
@@ -102,6 +112,19 @@ CLI::App& declare_serve(CLI::App& app, tether::SessionOptions& session) {
     serve_command.add_option("--worker", session.worker, "The camera worker");
     serve_command.footer("tether serve --folder shots --record a.record");
     return serve_command;
+}
+
+CLI::App& declare_console(CLI::App& app, ConsoleOptions& options) {
+    CLI::App& command = *app.add_subcommand(
+        "console", "Show the shoot on a page in a browser of this machine, and lead it from there");
+    tether::declare(command, options.session);
+    command
+        .add_option("--port", options.port,
+                    "Where the page is served; a free one when none is given")
+        ->check(tether::in(port_range))
+        ->type_name(tether::type_of(port_range));
+    command.add_flag("--open", options.open, "Open the page in the browser");
+    return command;
 }
 
 int wrong(const std::string& sentence) {
@@ -192,7 +215,7 @@ int watch(WatchOptions options) {
                          record);
 }
 
-int serve_camera(const tether::SessionOptions& session) {
+serve::Options serve_options(const tether::SessionOptions& session) {
     serve::Options options;
     options.camera = tether::camera_options(session);
     // One that is empty, or counts from a folder that is gone, is missing like any other.
@@ -201,7 +224,21 @@ int serve_camera(const tether::SessionOptions& session) {
     options.camera.worker = nowhere ? session.worker : worker.string();
     options.record = session.record;
     options.redact = session.redact;
-    return serve::carry_out(std::move(options));
+    return options;
+}
+
+int show_page(const ConsoleOptions& options) {
+#if WITH_CONSOLE
+    const tether::SessionOptions& session = options.session;
+    if (const std::string why = why_no_folder(session.folder); !why.empty()) {
+        return wrong(why);
+    }
+    return console::carry_out(
+        {serve_options(session), static_cast<unsigned int>(options.port), options.open});
+#else
+    static_cast<void>(options);
+    return wrong("this tether has no page: install cpp-httplib and build again");
+#endif
 }
 
 int carry_out(int argc, char** argv) {
@@ -224,6 +261,8 @@ int carry_out(int argc, char** argv) {
     tether::SessionOptions serving;
     const CLI::App& serve_command = declare_serve(app, serving);
     tether::AuthorCommands author_commands(app);
+    ConsoleOptions showing;
+    const CLI::App& console_command = declare_console(app, showing);
     app.require_subcommand(0, 1);
     try {
         app.parse(argc, argv);
@@ -240,7 +279,10 @@ int carry_out(int argc, char** argv) {
         return doctor::examine_aloud(patient.bundle, patient.folder);
     }
     if (serve_command.parsed()) {
-        return serve_camera(serving);
+        return serve::carry_out(serve_options(serving));
+    }
+    if (console_command.parsed()) {
+        return show_page(showing);
     }
     if (const auto status = author_commands.carry_out()) {
         return *status;

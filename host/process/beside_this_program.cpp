@@ -29,8 +29,12 @@ std::filesystem::path worker_beside_this_program() {
     return bundle_beside_this_program() / "Contents/MacOS/sony-worker";
 }
 
+std::filesystem::path folder_of_this_program() {
+    return this_program().parent_path();
+}
+
 std::filesystem::path bundle_beside_this_program() {
-    return this_program().parent_path().parent_path();
+    return folder_of_this_program().parent_path();
 }
 
 }  // namespace host

@@ -9,6 +9,8 @@ namespace host {
 // ../Contents/MacOS/sony-worker.
 std::filesystem::path worker_beside_this_program();
 
+std::filesystem::path folder_of_this_program();
+
 // The folder that holds Contents and the folder of this program.
 std::filesystem::path bundle_beside_this_program();
 

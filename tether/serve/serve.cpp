@@ -57,8 +57,13 @@ bool has_reader(int output) {
 // The thread that reads: everything that is asked is asked here.
 class Reading {
   public:
-    Reading(Server& server, WakeUp& wake_up, const Interrupts& interrupts)
-        : server_(server), wake_up_(wake_up), interrupts_(interrupts) {}
+    Reading(const Options& options, Server& server, WakeUp& wake_up, const Interrupts& interrupts)
+        : input_(options.input),
+          output_(options.output),
+          server_(server),
+          wake_up_(wake_up),
+          interrupts_(interrupts),
+          watches_output_(has_reader(options.output)) {}
 
     void until_the_end() {
         while (!server_.has_ended()) {
@@ -79,7 +84,7 @@ class Reading {
     // What was asked before the client could know of the end is answered too. One that goes on
     // asking, or does not read, is not waited for.
     void take_what_has_come() {
-        pollfd readable{STDIN_FILENO, POLLIN, 0};
+        pollfd readable{input_, POLLIN, 0};
         std::size_t most = most_at_the_end;
         do {
             while (const auto message = messages_.next()) {
@@ -104,10 +109,10 @@ class Reading {
     void wait() {
         const bool reads = !input_over_ && !more_;
         enum { input, wake, output };
-        std::array<pollfd, 3> watched{pollfd{reads ? STDIN_FILENO : -1, POLLIN, 0},
+        std::array<pollfd, 3> watched{pollfd{reads ? input_ : -1, POLLIN, 0},
                                       pollfd{wake_up_.descriptor(), POLLIN, 0},
                                       // macOS tells only what it is asked for.
-                                      pollfd{watches_output_ ? STDOUT_FILENO : -1, POLLHUP, 0}};
+                                      pollfd{watches_output_ ? output_ : -1, POLLHUP, 0}};
         if (::poll(watched.data(), watched.size(), host::poll_timeout(server_.next_deadline())) <=
             0) {
             return;
@@ -127,7 +132,7 @@ class Reading {
 
     // False when nothing came.
     bool read() {
-        const ssize_t count = ::read(STDIN_FILENO, buffer_.data(), buffer_.size());
+        const ssize_t count = ::read(input_, buffer_.data(), buffer_.size());
         if (count > 0) {
             messages_.add({buffer_.data(), static_cast<std::size_t>(count)});
         } else if (count == 0 || (errno != EINTR && errno != EAGAIN)) {
@@ -137,6 +142,8 @@ class Reading {
         return count > 0 || input_over_;
     }
 
+    const int input_;
+    const int output_;
     Server& server_;
     WakeUp& wake_up_;
     const Interrupts& interrupts_;
@@ -144,7 +151,7 @@ class Reading {
     std::array<char, 65536> buffer_{};
     bool more_ = false;  // whole messages wait to be taken
     bool input_over_ = false;
-    bool watches_output_ = has_reader(STDOUT_FILENO);
+    bool watches_output_;
 };
 
 void complain(const std::string& sentence) {
@@ -200,13 +207,13 @@ int carry_out(Options options) {
     }
     setup.version = TETHER_VERSION;
     setup.recorder = recorder.get();
-    setup.output = STDOUT_FILENO;
+    setup.output = options.output;
     setup.changed = [&wake_up] {
         wake_up.wake();
     };
     auto server = std::make_unique<Server>(std::move(setup));
 
-    Reading(*server, wake_up, interrupts).until_the_end();
+    Reading(options, *server, wake_up, interrupts).until_the_end();
 
     const bool all_written = server->flush(host::after(to_write_the_rest));
     if (all_written || server->client_is_gone()) {

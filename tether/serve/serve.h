@@ -11,6 +11,8 @@ struct Options {
     host::CameraOptions camera;  // its listener is the server's own
     std::string record;          // a file, or empty
     bool redact = false;
+    int input = 0;  // standard input, or what takes its place
+    int output = 1;
 };
 
 // The exit status: 0 when everything was ended in order, 2 when the record cannot be written.

@@ -1,0 +1,30 @@
+# http_library(TARGET): cpp-httplib as a target. Debian and Homebrew build it as a library, with macros that decide what its
+# classes look like; other systems have it as one header that holds everything. TARGET is not made when it is not there.
+include(CheckCXXSourceCompiles)
+
+function(http_library target)
+    find_package(PkgConfig QUIET)
+    if(PKG_CONFIG_FOUND AND NOT CMAKE_CROSSCOMPILING)
+        pkg_check_modules(HTTPLIB QUIET cpp-httplib)
+    endif()
+    find_path(HTTPLIB_HEADERS httplib.h HINTS ${HTTPLIB_INCLUDEDIR} ${HTTPLIB_INCLUDE_DIRS})
+    mark_as_advanced(HTTPLIB_HEADERS)
+    if(NOT HTTPLIB_HEADERS)
+        return()
+    endif()
+    set(CMAKE_REQUIRED_INCLUDES ${HTTPLIB_HEADERS})
+    set(CMAKE_REQUIRED_FLAGS ${HTTPLIB_CFLAGS})
+    set(CMAKE_REQUIRED_LIBRARIES ${HTTPLIB_LINK_LIBRARIES} Threads::Threads)
+    string(REPLACE ";" " " CMAKE_REQUIRED_FLAGS "${CMAKE_REQUIRED_FLAGS}")
+    set(CMAKE_REQUIRED_QUIET ON)
+    check_cxx_source_compiles("
+        #include <httplib.h>
+        int main() { httplib::Server server; return server.is_valid() ? 0 : 1; }" HTTPLIB_WORKS)
+    if(NOT HTTPLIB_WORKS)
+        return()
+    endif()
+    add_library(${target} INTERFACE)
+    target_include_directories(${target} SYSTEM INTERFACE "${HTTPLIB_HEADERS}")
+    target_compile_options(${target} INTERFACE ${HTTPLIB_CFLAGS_OTHER})
+    target_link_libraries(${target} INTERFACE ${HTTPLIB_LINK_LIBRARIES} Threads::Threads)
+endfunction()
