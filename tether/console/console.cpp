@@ -2,11 +2,13 @@
 
 #include <arpa/inet.h>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <netinet/in.h>
 #include <optional>
 #include <signal.h>
@@ -32,6 +34,9 @@ constexpr const char* opener = "open";
 #else
 constexpr const char* opener = "xdg-open";
 #endif
+
+// For what is being answered.
+constexpr std::chrono::seconds to_end{5};
 
 int wrong(const std::string& text) {
     std::fprintf(stderr, "tether: %s\n", text.c_str());
@@ -109,28 +114,35 @@ int carry_out(Options options) {
     Session session(events, known);
     Previews previews(preview_program());
     KeptRecord record(options.serve.record);
-    Journal journal(begun, [&events](std::string call) { events.tell_call(std::move(call)); });
+    auto journal = std::make_unique<Journal>(
+        begun, [&events](std::string call) { events.tell_call(std::move(call)); });
     const Access access(listening->port);
     const Limits limits;
     Site site(limits);
     lay_out(site, {access, session, events, previews, record, begun});
-    const Connections connections(
+    Connections connections(
         std::move(listening->socket), limits,
         {[&access](const Head& head) { return access.refuses(head); },
          [&site](const Exchange& exchange) { return site.serve(exchange); }, Site::headers()});
 
     options.serve.record = record.path();
-    if (!journal.path().empty() && std::getenv(journal_variable) == nullptr) {
-        options.serve.camera.environment.emplace_back(journal_variable, journal.path());
+    if (!journal->path().empty() && std::getenv(journal_variable) == nullptr) {
+        options.serve.camera.environment.emplace_back(journal_variable, journal->path());
     }
     const bool open = options.open;
-    return session.run(std::move(options.serve), [&access, open] {
+    const int status = session.run(std::move(options.serve), [&access, open] {
         std::printf("%s\n", access.address().c_str());
         std::fflush(stdout);
         if (open) {
             open_in_browser(access.address_for_once());
         }
     });
+    journal.reset();
+    if (!connections.end(host::after(to_end))) {
+        // A disk that does not answer holds somebody who asked for a file of it.
+        std::_Exit(status);
+    }
+    return status;
 }
 
 }  // namespace console

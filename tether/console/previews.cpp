@@ -22,7 +22,8 @@ namespace {
 // The camera's own work needs a processor, too.
 constexpr std::size_t most_at_once = 2;
 
-constexpr std::chrono::seconds longest_wait{10};
+// On a machine that is busy with other things; its own limit is that of its processor.
+constexpr std::chrono::seconds longest_wait{60};
 constexpr std::size_t longest_preview = std::size_t{4} << 20;
 
 // Everything up to its end; nothing when that does not come.

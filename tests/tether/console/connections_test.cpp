@@ -254,6 +254,18 @@ TEST_F(ConnectionsTest, RefuseWhatIsTooMuchAtTheSameTime) {
     EXPECT_EQ(two.read(7), "[/wait]");
 }
 
+TEST_F(ConnectionsTest, EndAtAnyMoment) {
+    for (int count = 0; count < 300; ++count) {
+        start({});
+        const Client one = client();
+        one.write(get("/a"));
+        if (count % 2 == 0) {
+            EXPECT_EQ(one.read(4), "[/a]");
+        }
+        connections_.reset();
+    }
+}
+
 TEST_F(ConnectionsTest, EndBehindWhatIsBeingAnswered) {
     start({});
     const Client one = client();

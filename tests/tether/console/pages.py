@@ -8,6 +8,7 @@ import signal
 import socket
 import struct
 import subprocess
+import sys
 import threading
 import time
 
@@ -30,7 +31,9 @@ class Stage:
     """A folder of its own and the consoles that are started in it."""
 
     def __init__(self, build, folder):
+        self.build = build
         self.tether = str(build / "bin/tether")
+        self.is_sanitized = any(mark in (build / "bin/tether").read_bytes() for mark in (b"__asan_init", b"__tsan_init"))
         self.folder = folder
         self.shots = folder / "shots"
         self.shots.mkdir()
@@ -389,9 +392,9 @@ def a_new_worker_writes_on_in_the_same_journal(stage):
     worker = next(int(child) for child, parent in zip(listed[::2], listed[1::2])
                   if int(parent) == console.process.pid)
     os.kill(worker, signal.SIGKILL)
-    stream.next("state", lambda state: state["restarts"] == 1)
-    stream.next("call", lambda call: call["call"].startswith("Init"))
-    stream.next("state", lambda state: state["state"] == "ready")
+    stream.wait_until(lambda: any(message["method"] == "call" and message["params"]["call"].startswith("Init")
+                                  for _, _, message in stream.told), "Init")
+    stream.next("state", lambda state: state["restarts"] == 1 and state["state"] == "ready")
     console.shot()
 
 
@@ -591,6 +594,24 @@ def a_folder_that_is_in_use_is_said_and_tried_again(stage):
     stream.next("state", lambda state: state["state"] == "idle")
     require(second.call("connect")["state"] == "ready", "not ready")
     second.shot()
+
+
+@scenario
+def a_stuck_disk_holds_up_neither_other_pages_nor_the_end(stage):
+    if sys.platform != "linux":
+        raise Skipped("it needs Linux")
+    if stage.is_sanitized:
+        raise Skipped("a sanitizer wants to be the first library")
+    stuck = stage.folder / "stuck"
+    console = stage.connected(environment={"LD_PRELOAD": str(stage.build / "modules/stuck_disk.so"),
+                                           "STUCK_WHILE": str(stuck), "STUCK_BELOW": str(stage.shots)})
+    console.shot()
+    stuck.touch()
+    for _ in range(10):
+        console.connect().write(console.request_text("GET", "/space"))
+    require(console.get("/clock").status == 200, "the clock")
+    require(console.call("state")["camera"], "the state")
+    require(console.end() == 0, f"status {console.process.returncode}: {console.complaints!r}")
 
 
 @scenario

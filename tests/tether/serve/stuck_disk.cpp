@@ -55,6 +55,11 @@ int stat(const char* path, struct stat* facts) noexcept {
     return real<int(const char*, struct stat*)>("stat")(path, facts);
 }
 
+int statvfs(const char* path, struct statvfs* facts) noexcept {
+    wait_for(path);
+    return real<int(const char*, struct statvfs*)>("statvfs")(path, facts);
+}
+
 int fstatvfs(int file, struct statvfs* facts) noexcept {
     wait_for_file(file);
     return real<int(int, struct statvfs*)>("fstatvfs")(file, facts);

@@ -54,22 +54,27 @@ Connections::Connections(host::Descriptor listening, Limits limits, Answering an
       thread_([this] { work(); }) {}
 
 Connections::~Connections() {
-    {
-        const MutexLock lock(mutex_);
-        ending_ = true;
+    end(TimePoint::max());
+}
+
+bool Connections::end(TimePoint deadline) {
+    if (thread_.joinable()) {
+        {
+            const MutexLock lock(mutex_);
+            ending_ = true;
+        }
+        wake_up_.wake();
+        thread_.join();
+        waiting_.clear();
     }
-    wake_up_.wake();
-    thread_.join();
-    waiting_.clear();
-    const TimePoint deadline = host::after(to_end_in_order);
+    const TimePoint in_order = std::min(deadline, host::after(to_end_in_order));
     const MutexLock lock(mutex_);
-    while (!being_served_.empty() && mutex_.wait_until(served_, deadline)) {}
+    while (!being_served_.empty() && mutex_.wait_until(served_, in_order)) {}
     for (const int socket : being_served_) {
         ::shutdown(socket, SHUT_RDWR);
     }
-    while (!being_served_.empty()) {
-        mutex_.wait(served_);
-    }
+    while (!being_served_.empty() && mutex_.wait_until(served_, deadline)) {}
+    return being_served_.empty();
 }
 
 void Connections::work() {
@@ -80,6 +85,8 @@ void Connections::work() {
             watched.push_back({connection.socket.number(), POLLIN, 0});
         }
         ::poll(watched.data(), static_cast<nfds_t>(watched.size()), until_next_deadline());
+        // Before looking at what it may be about.
+        wake_up_.clear();
         {
             const MutexLock lock(mutex_);
             if (ending_) {
@@ -94,10 +101,7 @@ void Connections::work() {
                 watched[at].revents != 0 ? read(*connection) : connection->deadline > now;
             connection = stays ? std::next(connection) : waiting_.erase(connection);
         }
-        if (watched[0].revents != 0) {
-            wake_up_.clear();
-            take_back();
-        }
+        take_back();
         if (watched[1].revents != 0) {
             accept_all();
         }

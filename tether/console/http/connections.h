@@ -53,10 +53,14 @@ class Connections {
 
     // `listening` is bound, listens and does not block.
     Connections(host::Descriptor listening, Limits limits, Answering answering);
-    // Breaks off what is not answered soon, and waits until nobody answers any more.
+    // Waits for ever, if need be.
     ~Connections();
     Connections(const Connections&) = delete;
     Connections& operator=(const Connections&) = delete;
+
+    // Breaks off what is not answered soon, and waits until nobody answers any more. False when
+    // somebody still does at the deadline.
+    bool end(host::TimePoint deadline);
 
   private:
     struct Connection {
