@@ -23,6 +23,7 @@
 #include "tether/console/addresses.h"
 #include "tether/console/journal.h"
 #include "tether/console/page_files.h"
+#include "tether/live/signals.h"
 
 namespace console {
 namespace {
@@ -108,6 +109,8 @@ int carry_out(Options options) {
         return wrong("cannot listen at port " + std::to_string(options.port) + ": " +
                      std::strerror(errno));
     }
+    // Under nohup it goes on when the terminal is closed.
+    options.serve.signals = tether::ending_signals();
     const host::Time begun = host::uptime();
     Events events;
     KnownPictures known;

@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include "tether/live/signals.h"
 #include "tether/serve/recorder.h"
@@ -32,8 +33,8 @@ constexpr std::size_t most_at_the_end = 64;
 class Interrupts {
   public:
     // Called while the process has one thread.
-    explicit Interrupts(WakeUp& wake_up) {
-        tether::act_on_signals({SIGINT, SIGTERM, SIGHUP}, [this, &wake_up](int) {
+    Interrupts(const std::vector<int>& signals, WakeUp& wake_up) {
+        tether::act_on_signals(signals, [this, &wake_up](int) {
             came_ = true;
             wake_up.wake();
         });
@@ -194,7 +195,7 @@ int carry_out(Options options) {
     // A client that goes away must not cost the pictures.
     signal(SIGPIPE, SIG_IGN);
     WakeUp& wake_up = *new WakeUp;  // of threads that wait while the process ends
-    const Interrupts& interrupts = *new Interrupts(wake_up);
+    const Interrupts& interrupts = *new Interrupts(options.signals, wake_up);
     std::unique_ptr<TemporaryFolder> temporary;
     auto recorder = options.record.empty()
                         ? nullptr

@@ -1,7 +1,9 @@
 // `tether serve`: the camera for a host in any language, by JSON-RPC on standard input and output.
 #pragma once
 
+#include <signal.h>
 #include <string>
+#include <vector>
 
 #include "host/camera.h"
 
@@ -13,6 +15,7 @@ struct Options {
     bool redact = false;
     int input = 0;  // standard input, or what takes its place
     int output = 1;
+    std::vector<int> signals{SIGINT, SIGTERM, SIGHUP};  // that end it in order
 };
 
 // The exit status: 0 when everything was ended in order, 2 when the record cannot be written.

@@ -198,9 +198,9 @@ class Stream:
 class Console:
     """One `tether console`, and a browser that was given its address."""
 
-    def __init__(self, tether, folder, *options, environment=None):
+    def __init__(self, tether, folder, *options, environment=None, under=()):
         arguments = ["--folder", str(pathlib.Path(folder) / "shots"), *options]
-        self.process = subprocess.Popen([tether, "console", *arguments], stdin=subprocess.DEVNULL,
+        self.process = subprocess.Popen([*under, tether, "console", *arguments], stdin=subprocess.DEVNULL,
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                         env={**os.environ, "TMPDIR": str(folder), **(environment or {})})
         self.complaints = b""

@@ -253,6 +253,13 @@ def each_signal_to_end_ends_in_order(stage):
 
 
 @scenario
+def under_nohup_it_outlives_the_terminal(stage):
+    console = stage.connected(under=("nohup",))
+    console.process.send_signal(signal.SIGHUP)
+    console.shot()
+
+
+@scenario
 def pages_come_and_go_and_the_shoot_does_not_mind(stage):
     console = stage.connected()
     for _ in range(40):
