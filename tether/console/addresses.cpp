@@ -3,13 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <sys/statvfs.h>
 #include <unistd.h>
 #include <utility>
+#include <variant>
 
 #include "host/camera/uptime.h"
 #include "host/values/iso_time.h"
+#include "tether/console/disk.h"
 #include "tether/console/page_files.h"
 #include "tether/rpc/json.h"
 
@@ -103,13 +107,23 @@ Answer clock(host::Time begun) {
                  {"at", host::iso_time(host::time_of_day())}});
 }
 
+Answer stuck_disk() {
+    return sentence(503, "The disk does not answer.");
+}
+
 Answer space(const std::string& folder) {
-    struct statvfs found {};
-    if (folder.empty() || statvfs(folder.c_str(), &found) != 0) {
-        return sentence(503, "The folder is not there.");
+    const auto free = std::make_shared<std::optional<std::uint64_t>>();
+    const bool answers = done_in_time([free, folder] {
+        struct statvfs found {};
+        if (statvfs(folder.c_str(), &found) == 0) {
+            *free = std::uint64_t{found.f_bavail} * std::uint64_t{found.f_frsize};
+        }
+    });
+    if (!answers) {
+        return stuck_disk();
     }
-    return json({{"folder", folder},
-                 {"freeBytes", std::uint64_t{found.f_bavail} * std::uint64_t{found.f_frsize}}});
+    return *free ? json({{"folder", folder}, {"freeBytes", **free}})
+                 : sentence(503, "The folder is not there.");
 }
 
 Answer record(const KeptRecord& kept, bool redact) {
@@ -140,55 +154,76 @@ std::string name_for_download(const std::string& path) {
     return "attachment; filename=\"" + name + "\"";
 }
 
-Answer picture(Session& session, const Question& question) {
-    const auto known = session.picture(question.parts.at(0));
+// A file that is open, or why there is none.
+std::variant<std::shared_ptr<const OpenFile>, Answer> file_of(
+    const std::optional<KnownPicture>& known) {
     if (!known) {
         return sentence(404, "There is no such picture.");
     }
-    auto opened = open_picture(*known);
-    if (!opened) {
+    const auto file = std::make_shared<std::optional<OpenFile>>();
+    if (!done_in_time([file, picture = *known] { *file = open_picture(picture); })) {
+        return stuck_disk();
+    }
+    if (!*file) {
         return sentence(410, "The file is not in its place any more.");
     }
+    return std::make_shared<const OpenFile>(std::move(**file));
+}
+
+// The bytes from `at` on; nothing when they cannot be read.
+std::optional<std::string> piece(const std::shared_ptr<const OpenFile>& file, std::size_t at) {
+    const auto bytes =
+        std::make_shared<std::string>(std::min(longest_piece, file->bytes - at), '\0');
+    const bool read = done_in_time([file, at, bytes] {
+        const ssize_t count = ::pread(file->descriptor.number(), bytes->data(), bytes->size(),
+                                      static_cast<off_t>(at));
+        bytes->resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    });
+    return read && !bytes->empty() ? std::optional(std::move(*bytes)) : std::nullopt;
+}
+
+Answer picture(Session& session, const Question& question) {
+    const auto known = session.picture(question.parts.at(0));
+    auto found = file_of(known);
+    if (auto* none = std::get_if<Answer>(&found)) {
+        return std::move(*none);
+    }
+    const auto file = std::get<std::shared_ptr<const OpenFile>>(found);
     Answer answer;
     answer.type = type_of_picture(known->format);
     answer.headers["Cache-Control"] = for_a_day;
     if (question.head.parameter("download") == "1") {
         answer.headers["Content-Disposition"] = name_for_download(known->path);
     }
-    answer.bytes = opened->bytes;
-    if (opened->bytes > 0) {
-        const auto file = std::make_shared<OpenFile>(std::move(*opened));
-        answer.pieces = [file](std::size_t at) -> std::optional<std::string> {
-            std::string piece(std::min(longest_piece, file->bytes - at), '\0');
-            const ssize_t count = ::pread(file->descriptor.number(), piece.data(), piece.size(),
-                                          static_cast<off_t>(at));
-            piece.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-            return count > 0 ? std::optional(std::move(piece)) : std::nullopt;
+    answer.headers["Accept-Ranges"] = "none";
+    answer.bytes = file->bytes;
+    if (file->bytes > 0) {
+        answer.pieces = [file](std::size_t at) {
+            return piece(file, at);
         };
     }
     return answer;
 }
 
 Answer preview(Session& session, Previews& previews, const std::string& id) {
-    const auto known = session.picture(id);
-    if (!known) {
-        return sentence(404, "There is no such picture.");
-    }
-    const auto opened = open_picture(*known);
-    if (!opened) {
-        return sentence(410, "The file is not in its place any more.");
+    auto found = file_of(session.picture(id));
+    if (auto* none = std::get_if<Answer>(&found)) {
+        return std::move(*none);
     }
     if (!previews.can_be_made()) {
         return sentence(404, "This tether was built without libjpeg-turbo, so it has no previews.");
     }
-    const auto made = previews.of(id, *opened);
+    const auto made = previews.of(id, *std::get<std::shared_ptr<const OpenFile>>(found));
     if (!made) {
+        return sentence(503, "The preview took too long.");
+    }
+    if (!*made) {
         return sentence(404, "There is no preview of this picture.");
     }
     Answer answer;
     answer.type = "image/jpeg";
     answer.headers["Cache-Control"] = for_a_day;
-    answer.text = *made;
+    answer.text = **made;
     return answer;
 }
 

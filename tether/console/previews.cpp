@@ -47,27 +47,30 @@ std::optional<std::string> read_all(const host::Descriptor& pipe, host::TimePoin
     return std::nullopt;
 }
 
-std::shared_ptr<const std::string> made_by(const std::string& program, const OpenFile& file) {
+// Null when there is none; nothing when it was not made by the deadline, or cannot be just now.
+std::optional<Previews::Made> made_by(const std::string& program, const OpenFile& file,
+                                      host::TimePoint deadline) {
     auto output = host::make_pipe();
     if (!output) {
-        return nullptr;
+        return std::nullopt;
     }
     host::SpawnRequest request;
     request.executable = program;
     std::string error;
     const auto process = host::spawn(request, file.descriptor, output->write_end, error);
     if (!process) {
-        return nullptr;
+        return std::nullopt;
     }
     host::ExitWatch watch(*process);  // ends it, if need be
     output->write_end.close();
-    const host::TimePoint deadline = host::after(longest_wait);
     auto text = read_all(output->read_end, deadline);
     const auto exit = text ? watch.await(deadline) : std::nullopt;
+    if (!exit) {
+        return std::nullopt;
+    }
     // One that died in the middle has written half a picture.
-    return exit && exit->clean() && !text->empty()
-               ? std::make_shared<const std::string>(std::move(*text))
-               : nullptr;
+    return exit->clean() && !text->empty() ? std::make_shared<const std::string>(std::move(*text))
+                                           : nullptr;
 }
 
 }  // namespace
@@ -75,24 +78,27 @@ std::shared_ptr<const std::string> made_by(const std::string& program, const Ope
 Previews::Previews(std::string program, std::size_t most_bytes)
     : program_(std::move(program)), most_bytes_(most_bytes) {}
 
-Previews::Made Previews::of(const std::string& id, const OpenFile& file) {
+std::optional<Previews::Made> Previews::of(const std::string& id, const OpenFile& file) {
+    const host::TimePoint deadline = host::after(longest_wait);
     {
         const MutexLock lock(mutex_);
         // Two pages that want the same one wait for the same one.
         while (being_made_.count(id) != 0 || being_made_.size() >= most_at_once) {
-            mutex_.wait(made_);
+            if (!mutex_.wait_until(made_, deadline)) {
+                return std::nullopt;
+            }
         }
         if (Made found = find(id)) {
             return found;
         }
         being_made_.insert(id);
     }
-    Made preview = made_by(program_, file);
+    auto preview = made_by(program_, file, deadline);
     {
         const MutexLock lock(mutex_);
         being_made_.erase(id);
-        if (preview) {
-            keep(id, preview);
+        if (preview && *preview) {
+            keep(id, *preview);
         }
     }
     made_.notify_all();

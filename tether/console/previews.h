@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <list>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -23,15 +24,17 @@ class Previews {
     // `program` makes them; empty: nobody does.
     explicit Previews(std::string program, std::size_t most_bytes = usual_bytes);
 
-    // A JPEG; nothing when there can be none. From any thread, which waits until it is made.
-    std::shared_ptr<const std::string> of(const std::string& id, const OpenFile& file);
+    using Made = std::shared_ptr<const std::string>;
+
+    // A JPEG, or null when there can be none; nothing when it could not be made in time. From any
+    // thread, which waits until it is made.
+    std::optional<Made> of(const std::string& id, const OpenFile& file);
 
     bool can_be_made() const {
         return !program_.empty();
     }
 
   private:
-    using Made = std::shared_ptr<const std::string>;
     using Kept = std::list<std::pair<std::string, Made>>;
 
     Made find(const std::string& id) HOST_REQUIRES(mutex_);

@@ -71,9 +71,16 @@ void Session::initialize() {
         const auto id = post({Json(0), "initialize", client});
         post({std::nullopt, "subscribe", {{"lines", true}}});
         auto answer = wait_for(id);
-        if (answer && answer->contains("result")) {
+        if (!answer) {
+            return;
+        }
+        const bool done = answer->contains("result");
+        {
             const MutexLock lock(mutex_);
-            initialized_ = std::move(answer->at("result"));
+            initialized_ = std::move(*answer);
+        }
+        answered_.notify_all();
+        if (done) {
             return;
         }
     } while (!ends_by(host::after(before_the_next_try)));
@@ -176,8 +183,7 @@ std::optional<std::string> Session::ask(std::string_view message) {
 std::optional<std::string> Session::answered_here(const rpc::Request& request, const Json& id) {
     const rpc::Method* method = rpc::find_method(serve::methods(), request.method);
     const bool subscribes = request.method == "subscribe";
-    const MutexLock lock(mutex_);
-    if (method == nullptr || (!subscribes && (request.method != "initialize" || !initialized_))) {
+    if (method == nullptr || (!subscribes && request.method != "initialize")) {
         return std::nullopt;
     }
     if (const auto wrong = rpc::wrong_with(*method, request.parameters)) {
@@ -187,7 +193,19 @@ std::optional<std::string> Session::answered_here(const rpc::Request& request, c
         events_.want_lines(request.parameters.at("lines").get<bool>());
         return rpc::result_text(id, Json::object());
     }
-    return rpc::result_text(id, *initialized_);
+    Json answer;
+    {
+        const MutexLock lock(mutex_);
+        while (!initialized_ && !ended_) {
+            mutex_.wait(answered_);
+        }
+        if (!initialized_) {
+            return std::nullopt;
+        }
+        answer = *initialized_;
+    }
+    answer["id"] = id;
+    return text_of(answer);
 }
 
 std::optional<Json> Session::ask(const std::string& method, rpc::Read parameters) {

@@ -64,7 +64,7 @@ class Session {
     std::condition_variable answered_;
     std::map<std::uint64_t, std::optional<rpc::Json>> waiting_ HOST_GUARDED_BY(mutex_);  // by id
     std::uint64_t last_id_ HOST_GUARDED_BY(mutex_) = 0;
-    std::optional<rpc::Json> initialized_ HOST_GUARDED_BY(mutex_);
+    std::optional<rpc::Json> initialized_ HOST_GUARDED_BY(mutex_);  // the answer that came last
     std::string folder_ HOST_GUARDED_BY(mutex_);
     bool ended_ HOST_GUARDED_BY(mutex_) = false;
 

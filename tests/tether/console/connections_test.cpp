@@ -8,8 +8,10 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <string>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <thread>
+#include <time.h>
 #include <unistd.h>
 #include <vector>
 
@@ -22,7 +24,12 @@ constexpr std::chrono::seconds patience{60};
 
 class Client {
   public:
-    explicit Client(int port) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+    Client() : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {}
+    explicit Client(int port) : Client() {
+        connect(port);
+    }
+
+    void connect(int port) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_port = htons(static_cast<std::uint16_t>(port));
@@ -33,6 +40,12 @@ class Client {
 
     void write(const std::string& text) const {
         ::send(socket_.number(), text.data(), text.size(), MSG_NOSIGNAL);
+    }
+
+    // False when it has come to nothing by then.
+    bool hears_something_by(host::TimePoint deadline) const {
+        pollfd readable{socket_.number(), POLLIN, 0};
+        return ::poll(&readable, 1, host::poll_timeout(deadline)) == 1;
     }
 
     // Up to so many bytes, or to the end of the connection.
@@ -56,6 +69,32 @@ class Client {
     host::Descriptor socket_;
     bool connected_ = false;
 };
+
+// While it lives, this process has no descriptor left.
+class NoDescriptors {
+  public:
+    NoDescriptors() {
+        getrlimit(RLIMIT_NOFILE, &before_);
+        rlimit now = before_;
+        const host::Descriptor lowest(::dup(STDIN_FILENO));
+        now.rlim_cur = static_cast<rlim_t>(lowest.number());
+        setrlimit(RLIMIT_NOFILE, &now);
+    }
+    ~NoDescriptors() {
+        setrlimit(RLIMIT_NOFILE, &before_);
+    }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+
+  private:
+    rlimit before_{};
+};
+
+std::chrono::nanoseconds processor_time() {
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
 
 // Answers each request with its target in brackets.
 class ConnectionsTest : public testing::Test {
@@ -235,6 +274,33 @@ TEST_F(ConnectionsTest, GiveTheRoomOfTheOldestIdleOneToTheNext) {
     EXPECT_EQ(idle.back().read(4), "[/b]") << "the latest was not";
 }
 
+TEST_F(ConnectionsTest, LetTheOldestIdleOneGoForTheNextWhenNoDescriptorIsLeft) {
+    start({});
+    const Client idle = client();
+    idle.write(get("/a"));
+    EXPECT_EQ(idle.read(4), "[/a]");
+    Client one;
+    const NoDescriptors now;
+    one.connect(port_);
+    one.write(get("/b"));
+    EXPECT_EQ(one.read(4), "[/b]");
+    EXPECT_EQ(idle.read(), "");
+}
+
+TEST_F(ConnectionsTest, WaitForADescriptorWithoutSpinning) {
+    start({});
+    Client one;
+    {
+        const NoDescriptors now;
+        const auto begun = processor_time();
+        one.connect(port_);
+        one.write(get("/a"));
+        EXPECT_FALSE(one.hears_something_by(host::after(500ms)));
+        EXPECT_LT(processor_time() - begun, 250ms);
+    }
+    EXPECT_EQ(one.read(4), "[/a]");
+}
+
 TEST_F(ConnectionsTest, RefuseWhatIsTooMuchAtTheSameTime) {
     Limits limits;
     limits.served = 2;
@@ -255,13 +321,18 @@ TEST_F(ConnectionsTest, RefuseWhatIsTooMuchAtTheSameTime) {
 }
 
 TEST_F(ConnectionsTest, EndAtAnyMoment) {
-    for (int count = 0; count < 300; ++count) {
+    // Requests that are answered just then, among many that are still being read.
+    for (int count = 0; count < 100; ++count) {
         start({});
-        const Client one = client();
-        one.write(get("/a"));
-        if (count % 2 == 0) {
-            EXPECT_EQ(one.read(4), "[/a]");
+        std::vector<Client> clients;
+        clients.reserve(60);
+        for (int number = 0; number < 60; ++number) {
+            clients.push_back(client());
         }
+        for (std::size_t number = 0; number < clients.size(); ++number) {
+            clients[number].write(number % 10 == 0 ? get("/a") : "GET");
+        }
+        EXPECT_EQ(clients[static_cast<std::size_t>(count % 6 * 10)].read(4), "[/a]");
         connections_.reset();
     }
 }

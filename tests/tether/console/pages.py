@@ -175,8 +175,8 @@ def requests_are_answered_as_by_tether_serve(stage):
 
 @scenario
 def every_page_may_initialize(stage):
+    # Also before there is anything to tell.
     console = stage.start()
-    console.events("?after=0").next("state", lambda state: state["state"] == "idle")
     client = {"name": "page", "version": "1"}
     first = console.call("initialize", client=client)
     require(first["worker"]["simulated"] and first["protocol"] == 1, first)
@@ -438,6 +438,32 @@ def pictures_of_earlier_runs_are_there_too(stage):
 
 
 @scenario
+def thousands_of_pictures_are_there_too(stage):
+    console = stage.connected()
+    picture = console.shot()["pictures"][0]
+    require(console.end() == 0, "status")
+    ledger = stage.shots / ".incoming/ledger"
+    placing = next(line for line in map(json.loads, ledger.read_text(encoding="utf-8").splitlines()) if "placing" in line)
+    with ledger.open("a", encoding="utf-8") as file:
+        for number in range(1, 3001):
+            os.link(picture["path"], stage.shots / f"many{number}.JPG")
+            for line in ({**placing, "placing": f"{number:016x}", "to": f"many{number}.JPG"},
+                         {"placed": f"{number:016x}"}, {"told": f"{number:016x}"}):
+                file.write(json.dumps(line, separators=(",", ":")) + "\n")
+    again = stage.start()
+    again.events("?after=0").next("state", lambda state: state["state"] == "idle")
+    # Before anybody has asked for the list, the last one too.
+    require(again.get(f"/pictures/{3000:016x}").status == 200, "the last one")
+    ids = []
+    while page := again.call("pictures", limit=1000, **({"after": ids[-1]} if ids else {}))["pictures"]:
+        ids += [one["id"] for one in page]
+    require(ids == [picture["id"], *(f"{number:016x}" for number in range(1, 3001))], f"{len(ids)} pictures")
+    for number in ids[::300]:
+        require(again.get(f"/pictures/{number}").status == 200, number)
+        require(not stage.has_previews or again.get(f"/pictures/{number}/preview").status == 200, number)
+
+
+@scenario
 def a_picture_that_is_gone_is_said_to_be(stage):
     console = stage.connected()
     pictures = [console.shot()["pictures"][0] for _ in range(3)]
@@ -556,6 +582,7 @@ def the_record_can_be_had_with_and_without_paths(stage):
         record = answer.body.decode()
     require(answer.headers["content-disposition"] == 'attachment; filename="record.txt"', answer.headers)
     require(" > CAPTURE\n" in record and name in record and str(stage.shots) in record, record)
+    require(console.token not in record and console.token.encode() not in console.complaints, "the token was written down")
     redacted = console.get("/record?redacted=1").body.decode()
     require(" > CAPTURE\n" in redacted and name not in redacted and str(stage.shots) not in redacted, redacted)
     require(redacted.count("\n") >= record.count("\n"), "lines are missing")
@@ -612,12 +639,24 @@ def a_stuck_disk_holds_up_neither_other_pages_nor_the_end(stage):
     stuck = stage.folder / "stuck"
     console = stage.connected(environment={"LD_PRELOAD": str(stage.build / "modules/stuck_disk.so"),
                                            "STUCK_WHILE": str(stuck), "STUCK_BELOW": str(stage.shots)})
-    console.shot()
+    picture = console.shot()["pictures"][0]["id"]
     stuck.touch()
-    for _ in range(10):
-        console.connect().write(console.request_text("GET", "/space"))
+    # A browser has six connections, and needs one for the camera.
+    waiting = {target: console.connect() for target in ("/space", f"/pictures/{picture}", f"/pictures/{picture}/preview")}
+    for target, connection in waiting.items():
+        connection.write(console.request_text("GET", target))
     require(console.get("/clock").status == 200, "the clock")
+    for target, connection in waiting.items():
+        answer = connection.response()
+        require(answer.status == 503 and answer.body == b"The disk does not answer.\n", f"{target}: {answer}")
+    for _ in range(30):
+        console.connect().write(console.request_text("GET", "/space"))
     require(console.call("state")["camera"], "the state")
+    stuck.unlink()
+    console.shot()
+    require(console.get(f"/pictures/{picture}").status == 200, "the picture")
+    stuck.touch()
+    console.connect().write(console.request_text("GET", "/space"))
     require(console.end() == 0, f"status {console.process.returncode}: {console.complaints!r}")
 
 

@@ -2,8 +2,10 @@
 // of files below STUCK_BELOW waits for as long as the file STUCK_WHILE exists. Its children are not
 // concerned.
 #include <cerrno>
+#include <cstdarg>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -49,6 +51,15 @@ void wait_for_file(int file) {
 }  // namespace
 
 extern "C" {
+
+int open(const char* path, int flags, ...) {
+    va_list more;
+    va_start(more, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
+    va_end(more);
+    wait_for(path);
+    return real<int(const char*, int, ...)>("open")(path, flags, mode);
+}
 
 int stat(const char* path, struct stat* facts) noexcept {
     wait_for(path);

@@ -26,6 +26,8 @@ constexpr std::chrono::seconds to_read_the_refusal{2};
 // For answers that are being written when the program ends.
 constexpr std::chrono::seconds to_end_in_order{2};
 constexpr std::size_t most_thrown_away = std::size_t{8} << 20;
+// While the process has no descriptor for a browser that wants to come in.
+constexpr std::chrono::milliseconds to_rest{100};
 
 void prepare(const host::Descriptor& socket) {
     fcntl(socket.number(), F_SETFD, FD_CLOEXEC);
@@ -79,8 +81,11 @@ bool Connections::end(TimePoint deadline) {
 
 void Connections::work() {
     while (true) {
+        if (rests_until_ && *rests_until_ <= host::Clock::now()) {
+            rests_until_.reset();
+        }
         std::vector<pollfd> watched{{wake_up_.descriptor(), POLLIN, 0},
-                                    {listening_.number(), POLLIN, 0}};
+                                    {rests_until_ ? -1 : listening_.number(), POLLIN, 0}};
         for (const Connection& connection : waiting_) {
             watched.push_back({connection.socket.number(), POLLIN, 0});
         }
@@ -109,14 +114,11 @@ void Connections::work() {
 }
 
 int Connections::until_next_deadline() const {
-    if (waiting_.empty()) {
-        return -1;
+    TimePoint next = rests_until_.value_or(TimePoint::max());
+    for (const Connection& connection : waiting_) {
+        next = std::min(next, connection.deadline);
     }
-    return host::poll_timeout(std::min_element(waiting_.begin(), waiting_.end(),
-                                               [](const Connection& one, const Connection& other) {
-                                                   return one.deadline < other.deadline;
-                                               })
-                                  ->deadline);
+    return next == TimePoint::max() ? -1 : host::poll_timeout(next);
 }
 
 void Connections::accept_all() {
@@ -124,9 +126,15 @@ void Connections::accept_all() {
         Connection connection;
         connection.socket = host::Descriptor(::accept(listening_.number(), nullptr, nullptr));
         if (!connection.socket.is_open()) {
-            if (errno == EMFILE || errno == ENFILE) {
+            const bool none_left =
+                errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
+            if (none_left && !waiting_.empty()) {
                 // The one that is given up lets the next in.
-                make_room();
+                waiting_.pop_front();
+                continue;
+            }
+            if (none_left) {
+                rests_until_ = host::after(to_rest);
             }
             return;
         }
@@ -248,7 +256,8 @@ void Connections::serve_here(Connection& connection) {
     // The thread that ends first finds its number, once that has been put there.
     const MutexLock lock(mutex_);
     if (usable) {
-        connection.deadline = host::after(limits_.idle_time);
+        connection.deadline =
+            host::after(connection.read.empty() ? limits_.idle_time : limits_.request_time);
         coming_back_.push_back(std::move(connection));
     } else {
         // Before its number is taken out: another connection may get the same one.

@@ -91,7 +91,8 @@ class Connections {
     const Limits limits_;
     const Answering answering_;
     serve::WakeUp wake_up_;
-    Waiting waiting_;  // the thread's, oldest first
+    Waiting waiting_;                             // the thread's, oldest first
+    std::optional<host::TimePoint> rests_until_;  // the thread's: nobody is let in before
 
     host::Mutex mutex_;
     std::condition_variable served_;
