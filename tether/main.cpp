@@ -1,6 +1,7 @@
 // tether: a tethered shoot with the camera worker, a watch that stays with a camera, the terminal
 // connected to a worker, or a look at what all of them need.
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -8,14 +9,14 @@
 #include <signal.h>
 #include <string>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
+#include "host/process/beside_this_program.h"
 #include "host/process/standard_streams.h"
 #include "tether/author_commands.h"
-#if WITH_CONSOLE
-#include "tether/console/console.h"
-#endif
+#include "tether/console_options.h"
 #include "tether/conversation/events.h"
 #include "tether/conversation/interactive.h"
 #include "tether/doctor/checks.h"
@@ -44,12 +45,6 @@ struct WatchOptions {
     std::vector<std::string> program;  // and its fixed arguments
 };
 
-struct ConsoleOptions {
-    tether::SessionOptions session;
-    double port = 0;  // 0: a free one
-    bool open = false;
-};
-
 // What the doctor is to look at.
 struct Patient {
     std::string bundle = tether::usual_bundle();
@@ -58,7 +53,6 @@ struct Patient {
 
 constexpr tether::Range shots_range{"NUMBER", "0123456789", 1, 1'000'000, "1 to 1000000"};
 constexpr tether::Range every_range{"SECONDS", "0123456789.", 0, 86'400, "0 to 86400"};
-constexpr tether::Range port_range{"PORT", "0123456789", 1, 65'535, "1 to 65535"};
 constexpr tether::Range wait_range{"SECONDS", "0123456789.", 1, 86'400, "1 to 86400"};
 
 void declare(CLI::App& app, ShootOptions& options) {
@@ -114,40 +108,9 @@ CLI::App& declare_serve(CLI::App& app, tether::SessionOptions& session) {
     return serve_command;
 }
 
-CLI::App& declare_console(CLI::App& app, ConsoleOptions& options) {
-    CLI::App& command = *app.add_subcommand(
-        "console", "Show the shoot on a page in a browser of this machine, and lead it from there");
-    tether::declare(command, options.session);
-    command
-        .add_option("--port", options.port,
-                    "Where the page is served; a free one when none is given")
-        ->check(tether::in(port_range))
-        ->type_name(tether::type_of(port_range));
-    command.add_flag("--open", options.open, "Open the page in the browser");
-    return command;
-}
-
 int wrong(const std::string& sentence) {
     std::fprintf(stderr, "tether: %s\n", sentence.c_str());
     return 2;
-}
-
-// Why no pictures can go there, a sentence; empty when they can. The folder itself is made later,
-// and only it: one on a disk that is not mounted is not to be made in the disk's stead.
-std::string why_no_folder(const std::string& folder) {
-    std::error_code failure;
-    if (fs::is_directory(folder, failure)) {
-        const doctor::Finding finding = doctor::folder_takes_pictures(folder);
-        return finding.verdict == doctor::Verdict::failure ? finding.text : "";
-    }
-    fs::path place = fs::absolute(folder, failure).lexically_normal();
-    place = place.has_filename() ? place : place.parent_path();
-    const bool can_be_made =
-        folder.empty() ? false : fs::is_directory(place.parent_path(), failure);
-    return fs::exists(place, failure) ? "cannot use the folder " + folder + ": it is no folder"
-           : can_be_made
-               ? ""
-               : "cannot make the folder " + folder + ": the one that it is in is missing";
 }
 
 host::Duration duration(double seconds) {
@@ -169,7 +132,7 @@ int prepare(const tether::SessionOptions& session, tether::Record& record) {
     if (!fs::exists(session.worker)) {
         return wrong("there is no worker at " + session.worker);
     }
-    if (const std::string why = why_no_folder(session.folder); !why.empty()) {
+    if (const std::string why = tether::why_no_folder(session.folder); !why.empty()) {
         return wrong(why);
     }
     if (!session.record.empty() && !record.open(session.record)) {
@@ -215,30 +178,15 @@ int watch(WatchOptions options) {
                          record);
 }
 
-serve::Options serve_options(const tether::SessionOptions& session) {
-    serve::Options options;
-    options.camera = tether::camera_options(session);
-    // One that is empty, or counts from a folder that is gone, is missing like any other.
-    std::error_code nowhere;
-    const fs::path worker = fs::absolute(session.worker, nowhere);
-    options.camera.worker = nowhere ? session.worker : worker.string();
-    options.record = session.record;
-    options.redact = session.redact;
-    return options;
-}
-
-int show_page(const ConsoleOptions& options) {
-#if WITH_CONSOLE
-    const tether::SessionOptions& session = options.session;
-    if (const std::string why = why_no_folder(session.folder); !why.empty()) {
-        return wrong(why);
-    }
-    return console::carry_out(
-        {serve_options(session), static_cast<unsigned int>(options.port), options.open});
-#else
-    static_cast<void>(options);
-    return wrong("this tether has no page: install cpp-httplib and build again");
-#endif
+// A program of its own: the libraries that it needs would be loaded at the start of every command.
+// It reads the same command line once more.
+int show_page(char** argv) {
+    const fs::path program = host::folder_of_this_program() / "tether-console";
+    ::execv(program.c_str(), argv);
+    const int why = errno;
+    return wrong(why == ENOENT ? "this tether was built without its page: ./run console builds it"
+                               : "cannot start " + program.string() + ": " +
+                                     std::generic_category().message(why));
 }
 
 int carry_out(int argc, char** argv) {
@@ -261,8 +209,8 @@ int carry_out(int argc, char** argv) {
     tether::SessionOptions serving;
     const CLI::App& serve_command = declare_serve(app, serving);
     tether::AuthorCommands author_commands(app);
-    ConsoleOptions showing;
-    const CLI::App& console_command = declare_console(app, showing);
+    tether::ConsoleOptions showing;
+    const CLI::App& console_command = tether::declare(app, showing);
     app.require_subcommand(0, 1);
     try {
         app.parse(argc, argv);
@@ -279,10 +227,10 @@ int carry_out(int argc, char** argv) {
         return doctor::examine_aloud(patient.bundle, patient.folder);
     }
     if (serve_command.parsed()) {
-        return serve::carry_out(serve_options(serving));
+        return serve::carry_out(tether::serve_options(serving));
     }
     if (console_command.parsed()) {
-        return show_page(showing);
+        return show_page(argv);
     }
     if (const auto status = author_commands.carry_out()) {
         return *status;

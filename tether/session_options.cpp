@@ -2,9 +2,11 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <system_error>
 
 #include "host/pictures/store.h"
 #include "host/process/beside_this_program.h"
+#include "tether/doctor/checks.h"
 #include "tether/ranges.h"
 
 namespace tether {
@@ -80,6 +82,34 @@ host::CameraOptions camera_options(const SessionOptions& options) {
     camera.wishes.patience =
         std::chrono::duration_cast<host::Time>(std::chrono::duration<double>(options.patience));
     return camera;
+}
+
+serve::Options serve_options(const SessionOptions& session) {
+    serve::Options options;
+    options.camera = camera_options(session);
+    // One that is empty, or counts from a folder that is gone, is missing like any other.
+    std::error_code nowhere;
+    const fs::path worker = fs::absolute(session.worker, nowhere);
+    options.camera.worker = nowhere ? session.worker : worker.string();
+    options.record = session.record;
+    options.redact = session.redact;
+    return options;
+}
+
+std::string why_no_folder(const std::string& folder) {
+    std::error_code failure;
+    if (fs::is_directory(folder, failure)) {
+        const doctor::Finding finding = doctor::folder_takes_pictures(folder);
+        return finding.verdict == doctor::Verdict::failure ? finding.text : "";
+    }
+    fs::path place = fs::absolute(folder, failure).lexically_normal();
+    place = place.has_filename() ? place : place.parent_path();
+    const bool can_be_made =
+        folder.empty() ? false : fs::is_directory(place.parent_path(), failure);
+    return fs::exists(place, failure) ? "cannot use the folder " + folder + ": it is no folder"
+           : can_be_made
+               ? ""
+               : "cannot make the folder " + folder + ": the one that it is in is missing";
 }
 
 }  // namespace tether

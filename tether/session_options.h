@@ -1,4 +1,4 @@
-// What every command that drives a camera can be told: shoot, watch and serve.
+// What every command that drives a camera can be told: shoot, watch, serve and console.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/camera.h"
+#include "tether/serve/serve.h"
 
 namespace tether {
 
@@ -36,5 +37,12 @@ std::vector<std::pair<std::string, std::string>> environment_of(const SessionOpt
 
 // All but the listener.
 host::CameraOptions camera_options(const SessionOptions& options);
+
+// For the commands that tell a client of a worker that is not there.
+serve::Options serve_options(const SessionOptions& options);
+
+// Why no pictures can go there, a sentence; empty when they can. The folder itself is made later,
+// and only it: one on a disk that is not mounted is not to be made in the disk's stead.
+std::string why_no_folder(const std::string& folder);
 
 }  // namespace tether

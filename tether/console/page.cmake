@@ -7,7 +7,7 @@ set(embed "${PROJECT_SOURCE_DIR}/cmake/embed.cmake")
 find_program(NPM npm)
 mark_as_advanced(NPM)
 
-if(CAMERA_WORKER_PAGE AND NPM AND EXISTS "${page_source}/package.json")
+if(NPM AND EXISTS "${page_source}/package.json")
     file(GLOB_RECURSE page_sources CONFIGURE_DEPENDS
         "${page_source}/*" "${PROJECT_SOURCE_DIR}/clients/typescript/*")
     list(FILTER page_sources EXCLUDE REGEX "/(node_modules|dist)/")
@@ -20,7 +20,7 @@ if(CAMERA_WORKER_PAGE AND NPM AND EXISTS "${page_source}/package.json")
         COMMENT "Building the page"
         VERBATIM)
 else()
-    if(CAMERA_WORKER_PAGE AND NOT NPM)
+    if(NOT NPM)
         left_out("The page of tether console" "npm")
     endif()
     add_custom_command(OUTPUT "${PAGE_FILES}"
