@@ -33,6 +33,8 @@ export interface CameraEvents {
   shot: Shot;
   /** A line to or from the worker, for diagnosis. */
   line: Line;
+  /** Everything that comes by itself, as it came, also what only a later version tells. Told before the others. */
+  notification: { method: string; parameters: unknown };
 }
 
 /** Who hears what from the very first on. */
@@ -48,6 +50,9 @@ export interface CameraSetup extends RpcOptions {
 
 /** Milliseconds. A process that has run for so long starts a new row. */
 const longEnough = 60_000;
+
+/** Milliseconds before pictures are asked for again when nobody was there to answer. */
+const again = 250;
 
 /**
  * Characters. A client that leaves 1 MiB unread is not told of pictures until it reads again; all of that is read after
@@ -65,6 +70,7 @@ export class Camera implements AsyncDisposable {
     problem: new Set(),
     shot: new Set(),
     line: new Set(),
+    notification: new Set(),
   };
   readonly #pictures = new PictureLog();
   readonly #closing = new AbortController();
@@ -315,6 +321,7 @@ export class Camera implements AsyncDisposable {
   }
 
   #hear(method: string, parameters: unknown): void {
+    this.#tell("notification", { method, parameters });
     if (method === "state") {
       const state = parameters as State;
       // Before the folder is opened it is shown as it was given.
@@ -390,7 +397,8 @@ export class Camera implements AsyncDisposable {
         if (code === "closed") {
           return;
         } else if (code === "tether-gone") {
-          continue; // it is started again
+          await pause(again, this.#closing.signal); // it is started again, or comes back
+          continue;
         }
         throw error;
       }

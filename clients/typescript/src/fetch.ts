@@ -12,13 +12,18 @@ export interface FetchOptions {
   headers?: Readonly<Record<string, string>>;
   /** Milliseconds between two tries to get the events again. */
   retry?: number;
+  /** Where the events lie, such as "events?after=0" for one who wants to be told what has been; "events" without it. */
+  events?: string;
+  /** Told when events come, and why when none do: after each try, until they come again. */
+  reach?: (how: "reached" | Error) => void;
 }
 
 export function overFetch(options: FetchOptions): Transport {
   return { owns: false, open: (listener) => open(options, listener) };
 }
 
-function open({ url, headers = {}, retry = 1000 }: FetchOptions, listener: Listener): Connection {
+function open(options: FetchOptions, listener: Listener): Connection {
+  const { url, headers = {}, retry = 1000, reach = () => {} } = options;
   const ending = new AbortController();
   const { signal } = ending;
   let lastEvent = "";
@@ -27,7 +32,7 @@ function open({ url, headers = {}, retry = 1000 }: FetchOptions, listener: Liste
   const ready = new Promise<void>((resolve) => (connected = resolve));
 
   async function hear(): Promise<void> {
-    const response = await fetch(new URL("events", url), {
+    const response = await fetch(new URL(options.events ?? "events", url), {
       headers: { ...headers, accept: "text/event-stream", ...(lastEvent && { "last-event-id": lastEvent }) },
       credentials: "same-origin",
       signal,
@@ -36,19 +41,26 @@ function open({ url, headers = {}, retry = 1000 }: FetchOptions, listener: Liste
       throw new Error(`GET events: ${response.status}`);
     }
     connected();
+    reach("reached");
     for await (const { id, name, data } of events(response.body)) {
       lastEvent = id ?? lastEvent;
-      if (name === "missed") {
-        listener.gap();
-      } else if (data !== "") {
+      if (data !== "") {
         listener.message(data);
       }
+      if (name === "missed") {
+        listener.gap();
+      }
     }
+    throw new Error("GET events: they have ended");
   }
 
   async function hearUntilTheEnd(): Promise<void> {
     while (!signal.aborted) {
-      await hear().catch(() => {});
+      await hear().catch((error: unknown) => {
+        if (!signal.aborted) {
+          reach(error as Error);
+        }
+      });
       await pause(retry, signal);
       // Whoever sends the events may have forgotten those that were missed.
       listener.gap();
