@@ -85,6 +85,7 @@ export class Camera implements AsyncDisposable {
   #startedAt = 0;
 
   #state: State;
+  #statesTold = 0;
   #folder: string | undefined;
   /** The last one told of this folder. */
   #lastPicture: string | undefined;
@@ -276,7 +277,7 @@ export class Camera implements AsyncDisposable {
       if (this.#transport.owns) {
         await this.#initialize(rpc);
       } else {
-        this.#hear("state", await rpc.request("state", {}));
+        await this.#askState(() => rpc.request("state", {}));
       }
       return rpc;
     } catch (error) {
@@ -323,6 +324,7 @@ export class Camera implements AsyncDisposable {
   #hear(method: string, parameters: unknown): void {
     this.#tell("notification", { method, parameters });
     if (method === "state") {
+      this.#statesTold += 1;
       const state = parameters as State;
       // Before the folder is opened it is shown as it was given.
       if (state.state !== "starting" && state.state !== "down" && state.folder !== this.#folder) {
@@ -370,8 +372,17 @@ export class Camera implements AsyncDisposable {
   }
 
   #missedSomething(): void {
-    this.request("state", {}).then((state) => this.#hear("state", state), () => {});
+    this.#askState(() => this.request("state", {})).catch(() => {});
     this.#catchUp();
+  }
+
+  /** The answer comes another way than what is told: one that was told meanwhile is newer, or followed by a newer one. */
+  async #askState(ask: () => Promise<State>): Promise<void> {
+    const told = this.#statesTold;
+    const state = await ask();
+    if (this.#statesTold === told) {
+      this.#hear("state", state);
+    }
   }
 
   /** Asks for pictures that were not told. */
