@@ -37,6 +37,11 @@ void prepare(const host::Descriptor& socket) {
     setsockopt(socket.number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
 }
 
+bool somebody_waits(const host::Descriptor& listening) {
+    pollfd waited{listening.number(), POLLIN, 0};
+    return ::poll(&waited, 1, 0) == 1;
+}
+
 std::string text_of(const Refusal& refusal, const std::string& headers) {
     std::string text = "HTTP/1.1 " + std::to_string(refusal.status) + " \r\n" + headers +
                        "Content-Type: text/plain; charset=utf-8\r\nConnection: close\r\n";
@@ -126,8 +131,10 @@ void Connections::accept_all() {
         Connection connection;
         connection.socket = host::Descriptor(::accept(listening_.number(), nullptr, nullptr));
         if (!connection.socket.is_open()) {
+            // The lack of a descriptor is told even when nobody wants to come in.
             const bool none_left =
-                errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
+                (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) &&
+                somebody_waits(listening_);
             if (none_left && !waiting_.empty()) {
                 // The one that is given up lets the next in.
                 waiting_.pop_front();
