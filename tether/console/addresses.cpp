@@ -156,9 +156,12 @@ std::string name_for_download(const std::string& path) {
 
 // A file that is open, or why there is none.
 std::variant<std::shared_ptr<const OpenFile>, Answer> file_of(
-    const std::optional<KnownPicture>& known) {
-    if (!known) {
-        return sentence(404, "There is no such picture.");
+    const std::variant<KnownPicture, Absence>& looked_up) {
+    const auto* known = std::get_if<KnownPicture>(&looked_up);
+    if (known == nullptr) {
+        return std::get<Absence>(looked_up) == Absence::no_such_picture
+                   ? sentence(404, "There is no such picture.")
+                   : sentence(503, "The pictures cannot be listed now.");
     }
     const auto file = std::make_shared<std::optional<OpenFile>>();
     if (!done_in_time([file, picture = *known] { *file = open_picture(picture); })) {
@@ -183,17 +186,18 @@ std::optional<std::string> piece(const std::shared_ptr<const OpenFile>& file, st
 }
 
 Answer picture(Session& session, const Question& question) {
-    const auto known = session.picture(question.parts.at(0));
-    auto found = file_of(known);
+    const auto looked_up = session.picture(question.parts.at(0));
+    auto found = file_of(looked_up);
     if (auto* none = std::get_if<Answer>(&found)) {
         return std::move(*none);
     }
+    const auto& known = std::get<KnownPicture>(looked_up);
     const auto file = std::get<std::shared_ptr<const OpenFile>>(found);
     Answer answer;
-    answer.type = type_of_picture(known->format);
+    answer.type = type_of_picture(known.format);
     answer.headers["Cache-Control"] = for_a_day;
     if (question.head.parameter("download") == "1") {
-        answer.headers["Content-Disposition"] = name_for_download(known->path);
+        answer.headers["Content-Disposition"] = name_for_download(known.path);
     }
     answer.headers["Accept-Ranges"] = "none";
     answer.bytes = file->bytes;

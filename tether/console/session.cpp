@@ -260,19 +260,22 @@ std::optional<Json> Session::wait_for(std::optional<std::uint64_t> id) {
     return std::move(waiting_.extract(*id).mapped());
 }
 
-std::optional<KnownPicture> Session::picture(const std::string& id) {
+std::variant<KnownPicture, Absence> Session::picture(const std::string& id) {
     if (auto known = pictures_.find(id)) {
-        return known;
+        return *std::move(known);
     }
     const MutexLock lock(looking_);
     std::string after;
     while (true) {
         const auto page = ask("pictures", {{"after", after}, {"limit", pictures_on_a_page}});
-        if (!page || page->at("pictures").empty()) {
-            return std::nullopt;
+        if (!page) {
+            return Absence::not_to_be_known;
+        }
+        if (page->at("pictures").empty()) {
+            return Absence::no_such_picture;
         }
         if (auto known = pictures_.find(id)) {
-            return known;
+            return *std::move(known);
         }
         after = page->at("pictures").back().at("id").get<std::string>();
     }

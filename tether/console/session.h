@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 
 #include "host/process/clock.h"
 #include "host/process/mutex.h"
@@ -20,6 +21,9 @@
 #include "tether/serve/serve.h"
 
 namespace console {
+
+// Why there is no picture of that id: nobody has one, or the list of them could not be had.
+enum class Absence { no_such_picture, not_to_be_known };
 
 class Session {
   public:
@@ -38,7 +42,7 @@ class Session {
     std::optional<rpc::Json> ask(const std::string& method, rpc::Read parameters);
 
     // Also one that was told before this program began.
-    std::optional<KnownPicture> picture(const std::string& id);
+    std::variant<KnownPicture, Absence> picture(const std::string& id);
 
     // As it was told last; empty before.
     std::string folder();

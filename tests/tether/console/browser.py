@@ -256,13 +256,18 @@ class Console:
         body = message if isinstance(message, bytes) else json.dumps(message).encode()
         return self.request("POST", "/rpc", body)
 
-    def call(self, method, **params):
+    def ask(self, method, **params):
+        """The whole answer, with its result or its error."""
         self.last_id += 1
         number = self.last_id
         response = self.post({"jsonrpc": "2.0", "id": number, "method": method, "params": params})
         require(response.status == 200, f"{method}: {response}")
         answer = response.json()
         require(answer["id"] == number, f"{answer} is not for {number}")
+        return answer
+
+    def call(self, method, **params):
+        answer = self.ask(method, **params)
         require("result" in answer, f"{method}: {answer}")
         return answer["result"]
 
