@@ -37,7 +37,7 @@ async function take(page: Page, name: string, what?: string): Promise<void> {
   }, server.folder);
   await page.mouse.move(0, 0);
   // Letters are sharp, photographs small.
-  const options = name.endsWith(".png") ? { path } : { path, quality: 82, scale: "css" as const };
+  const options = name.endsWith(".png") ? { path } : { path, quality: 72, scale: "css" as const };
   await (what === undefined ? page.screenshot(options) : page.locator(what).screenshot(options));
   console.log(`${path}: ${(await stat(path)).size} bytes`);
 }
@@ -69,6 +69,7 @@ try {
       await say(page, "focus 300ms");
       await say(page, "unplug reconnecting");
       await reads(status, "lost");
+      await page.locator("header").getByText(/^for [1-9]/).waitFor();
       await say(page, "plug");
       await reads(status, "ready");
       await page.locator(".time-line").getByRole("button", { name: "Closer" }).click();
