@@ -43,12 +43,15 @@ std::optional<Problem> problem_in(const Answer& answer) {
 }
 
 DiskWork work_of(const std::shared_ptr<pictures::Store>& store) {
-    return {
-        [store](const FileWork& work) { return store->work(work); },
-        [store](const ListWork& list) { return store->list(list.folder, list.after, list.limit); },
-        [store] {
-            store->hurry();
-        }};
+    return {[store](const FileWork& work) { return store->work(work); },
+            [store](const ListWork& list) {
+                return store->is_open(list.folder)
+                           ? std::optional(store->list(list.folder, list.after, list.limit))
+                           : std::nullopt;
+            },
+            [store] {
+                store->hurry();
+            }};
 }
 
 }  // namespace

@@ -30,7 +30,8 @@ struct ListWork {
 // What does the work. Called on the disk's thread only and destroyed there, except hurry().
 struct DiskWork {
     std::function<std::optional<FileAnswer>(const FileWork&)> file_work;
-    std::function<std::vector<Picture>(const ListWork&)> list;
+    // Nothing when the folder is not open: what is in it is not known.
+    std::function<std::optional<std::vector<Picture>>(const ListWork&)> list;
     std::function<void()> hurry;  // nobody is to be waited for any more
 };
 

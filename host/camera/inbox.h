@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -29,7 +30,7 @@ struct ListAsked {
 
 struct Listed {
     std::uint64_t number = 0;
-    std::vector<Picture> pictures;
+    std::optional<std::vector<Picture>> pictures;  // nothing: no folder is open
 };
 
 // The worker's process has been reaped.

@@ -15,6 +15,11 @@ Problem stuck() {
     return {Code::folder_gone, "The disk of the folder does not answer.", {}, {}};
 }
 
+// Such as while another program has it. An empty list would say that there are no pictures.
+Problem not_open() {
+    return {Code::folder_gone, "The folder is not open.", {}, {}};
+}
+
 }  // namespace
 
 std::optional<std::uint64_t> Lists::ask(std::function<void(const PicturesAnswer&)> answered,
@@ -32,7 +37,11 @@ void Lists::answer(const Listed& listed) {
     --at_the_disk_;
     const auto found = waiting_.extract(listed.number);
     if (found) {
-        found.mapped().answered(listed.pictures);
+        if (listed.pictures) {
+            found.mapped().answered(*listed.pictures);
+        } else {
+            found.mapped().answered(not_open());
+        }
     }
 }
 

@@ -64,6 +64,10 @@ TimeOfDay Store::now() const {
         std::chrono::system_clock::now().time_since_epoch());
 }
 
+bool Store::is_open(const std::string& folder) const {
+    return folder.empty() ? !folders_.empty() : folder_at(folder) != nullptr;
+}
+
 std::vector<Picture> Store::list(const std::string& folder, const std::string& after,
                                  std::size_t limit) {
     const std::shared_ptr<Folder> from = !folder.empty()    ? folder_at(folder)

@@ -53,6 +53,9 @@ class Store {
     // Nothing for work that has no answer.
     std::optional<FileAnswer> work(const FileWork& work);
 
+    // An empty folder stands for any.
+    bool is_open(const std::string& folder) const;
+
     // From the ledger of a folder that is open, oldest first, at most `limit`; those behind `after`
     // when the ledger has a picture of this id, all otherwise. An empty folder is the one that was
     // opened last.

@@ -98,16 +98,18 @@ class Reader {
         } else if (text == "the worker closed its output") {
             run_.steps.push_back({Step::Kind::worker_closes, remark.at, {}, true, {}, 0});
         } else if (text.starts_with("problem picture-not-there")) {
-            tell_fate(Fate::missing);
+            tell_fate(text, Fate::missing);
         } else if (text.starts_with("problem picture-damaged")) {
-            tell_fate(Fate::damaged);
+            tell_fate(text, Fate::damaged);
         }
     }
 
     void add(const RecordLine& line, std::size_t number) {
         // A worker that was replaced without a word of how it ended.
         if (line.mark == '<' && line.text.starts_with("CPP_WORKER|START") && has_begun()) {
+            const std::vector<Step> first_words = take_first_words(line.at);
             close();
+            run_.steps = first_words;
         }
         const auto kind = line.mark == '>'   ? Step::Kind::host_says
                           : line.mark == '<' ? Step::Kind::worker_says
@@ -123,11 +125,36 @@ class Reader {
                            [](const Step& step) { return step.kind == Step::Kind::worker_says; });
     }
 
-    // Of the last file that was reported.
-    void tell_fate(Fate fate) {
-        const auto step = std::find_if(run_.steps.rbegin(), run_.steps.rend(), [](const Step& one) {
-            return one.text.starts_with("DOWNLOADED|");
+    // Standard error is a stream of its own: what the next worker writes there may be seen before
+    // its first line. Whatever lies nearer to that line than to the last of the worker before.
+    std::vector<Step> take_first_words(std::chrono::milliseconds start) {
+        const auto is_error = [](const Step& step) {
+            return step.kind == Step::Kind::error_says;
+        };
+        const auto behind =
+            std::find_if_not(run_.steps.rbegin(), run_.steps.rend(), is_error).base();
+        const auto before = behind == run_.steps.begin() ? start : std::prev(behind)->at;
+        const auto first = std::find_if(behind, run_.steps.end(), [&](const Step& step) {
+            return start - step.at <= step.at - before;
         });
+        std::vector<Step> words(first, run_.steps.end());
+        run_.steps.erase(first, run_.steps.end());
+        return words;
+    }
+
+    // Of the file that the remark names, where it names one; of the last that was reported
+    // otherwise.
+    void tell_fate(std::string_view remark, Fate fate) {
+        const auto is_report = [](const Step& one) {
+            return one.text.starts_with("DOWNLOADED|");
+        };
+        const auto is_named = [&](const Step& one) {
+            return is_report(one) && remark.ends_with(one.text.substr(one.text.rfind('/') + 1));
+        };
+        auto step = std::find_if(run_.steps.rbegin(), run_.steps.rend(), is_named);
+        if (step == run_.steps.rend()) {
+            step = std::find_if(run_.steps.rbegin(), run_.steps.rend(), is_report);
+        }
         if (step != run_.steps.rend()) {
             step->fate = fate;
         }

@@ -76,7 +76,7 @@ TEST(DiskTest, WorkIsDoneInOrderAndAnswered) {
             } else {
                 const auto& list = std::get<host::Listed>(message);
                 EXPECT_EQ(list.number, 7u);
-                EXPECT_EQ(list.pictures.size(), 3u);
+                EXPECT_EQ(list.pictures.value_or(std::vector<host::Picture>{}).size(), 3u);
                 listed = true;
             }
         }

@@ -30,10 +30,17 @@ class ListsTest : public testing::Test {
 TEST_F(ListsTest, TheDisksAnswerIsPassedOnOnce) {
     const auto number = ask(milliseconds(0));
     ASSERT_TRUE(number);
-    lists_.answer({*number, {{}, {}}});
+    lists_.answer({*number, std::vector<host::Picture>(2)});
     lists_.strike(milliseconds(5000));
     EXPECT_EQ(answers_, (std::vector<std::string>{"2"}));
     EXPECT_EQ(lists_.wake_at(), host::Time::max());
+}
+
+TEST_F(ListsTest, AFolderThatIsNotOpenIsAProblemAndNoEmptyList) {
+    const auto number = ask(milliseconds(0));
+    ASSERT_TRUE(number);
+    lists_.answer({*number, std::nullopt});
+    EXPECT_EQ(answers_, (std::vector<std::string>{"folder-gone"}));
 }
 
 TEST_F(ListsTest, AStuckDiskIsAProblemWithinASecond) {

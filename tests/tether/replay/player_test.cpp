@@ -139,6 +139,33 @@ TEST(Player, TheFolderIsTheHostsAndFilesAreMadeInIt) {
                     "missing /mine/c%/4.ARW", "< DOWNLOADED|/mine/c%25/4.ARW"}));
 }
 
+TEST(Player, OfSeveralFilesEachHasTheFateThatWasToldOfIt) {
+    Play play(
+        "0.1 > SET_DOWNLOAD_DIR|/recorded\n"
+        "0.1 < DOWNLOADED|/recorded/1.JPG\n"
+        "0.1 < DOWNLOADED|/recorded/2.JPG\n"
+        "0.1 < DOWNLOADED|/recorded/3.JPG\n"
+        "0.1 # problem picture-not-there: A picture was reported that is not there: 1.JPG\n"
+        "0.1 # problem picture-damaged: A picture is damaged: 2.JPG\n");
+    EXPECT_EQ(play.host("SET_DOWNLOAD_DIR|/mine").seen(),
+              (Seen{"missing /mine/1.JPG", "< DOWNLOADED|/mine/1.JPG", "damaged /mine/2.JPG",
+                    "< DOWNLOADED|/mine/2.JPG", "whole /mine/3.JPG", "< DOWNLOADED|/mine/3.JPG"}));
+}
+
+// Nobody said how the first ended, and the second's standard error was seen before its first line.
+TEST(Story, WhatAWorkerWritesBeforeItsFirstLineIsItsOwn) {
+    const replay::Story story = story_of(
+        "0.100 < CPP_WORKER|START sony-1.0\n"
+        "0.101 ! the last words of the first\n"
+        "0.119 ! the first words of the second\n"
+        "0.120 < CPP_WORKER|START sony-1.0\n");
+    ASSERT_EQ(story.runs.size(), 2u);
+    ASSERT_EQ(story.runs[0].steps.size(), 2u);
+    EXPECT_EQ(story.runs[0].steps[1].text, "the last words of the first");
+    ASSERT_EQ(story.runs[1].steps.size(), 2u);
+    EXPECT_EQ(story.runs[1].steps[0].text, "the first words of the second");
+}
+
 TEST(Player, TheFolderThatTheWorkerIsStartedWithCountsToo) {
     Play play("0.1 < DOWNLOADED|/recorded/1.JPG\n", false, "/mine");
     EXPECT_EQ(play.seen(), (Seen{"whole /mine/1.JPG", "< DOWNLOADED|/mine/1.JPG"}));

@@ -48,7 +48,10 @@ class ReplayTest : public CommandTest {
                         (picture.ends_with(", damaged") ? " damaged\n" : "\n");
         }
         std::string said = words.lost + "\n";
-        for (const std::string& line : words.said) {
+        // Of several files at once the disk's order is its own.
+        std::vector<std::string> sentences = words.said;
+        std::sort(sentences.begin(), sentences.end());
+        for (const std::string& line : sentences) {
             said += "! " + line + "\n";
         }
         return {ended, pictures, said};
