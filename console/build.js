@@ -14,7 +14,7 @@ await build({
   bundle: true,
   minify: true,
   format: "esm",
-  target: ["es2022", "chrome100", "firefox115", "safari15"],
+  target: ["es2022", "chrome100", "firefox115", "safari15.4"],
   // Comments of licences go beside the code, where they are read.
   legalComments: "eof",
   tsconfig: here("tsconfig.json"),

@@ -184,9 +184,10 @@ int show_page(char** argv) {
     const fs::path program = host::folder_of_this_program() / "tether-console";
     ::execv(program.c_str(), argv);
     const int why = errno;
-    return wrong(why == ENOENT ? "this tether was built without its page: ./run console builds it"
-                               : "cannot start " + program.string() + ": " +
-                                     std::generic_category().message(why));
+    return wrong(why == ENOENT
+                     ? "this tether has no page: ./run console in its repository builds one"
+                     : "cannot start " + program.string() + ": " +
+                           std::generic_category().message(why));
 }
 
 int carry_out(int argc, char** argv) {

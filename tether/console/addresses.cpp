@@ -31,17 +31,11 @@ constexpr std::chrono::seconds between_comments{15};
 constexpr const char* for_a_day = "private, max-age=86400";
 
 std::string type_of(std::string_view name) {
-    static constexpr std::array<std::pair<std::string_view, std::string_view>, 10> types{{
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 4> types{{
         {".html", "text/html; charset=utf-8"},
         {".js", "text/javascript; charset=utf-8"},
         {".css", "text/css; charset=utf-8"},
         {".svg", "image/svg+xml"},
-        {".png", "image/png"},
-        {".ico", "image/x-icon"},
-        {".json", "application/json"},
-        {".txt", "text/plain; charset=utf-8"},
-        {".woff2", "font/woff2"},
-        {".webmanifest", "application/manifest+json"},
     }};
     for (const auto& [ending, type] : types) {
         if (name.size() > ending.size() && name.substr(name.size() - ending.size()) == ending) {
@@ -142,7 +136,7 @@ std::string type_of_picture(const std::string& format) {
                               : "application/octet-stream";
 }
 
-// As a quoted word: whatever could end it stands as a question mark.
+// As a quoted word: an underscore stands for whatever could end it, or is not ASCII.
 std::string name_for_download(const std::string& path) {
     std::string name = path.substr(path.rfind('/') + 1);
     std::replace_if(

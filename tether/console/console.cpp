@@ -63,6 +63,9 @@ struct Listening {
 // For this machine only. errno says why it is nothing.
 std::optional<Listening> listen_on(unsigned int port) {
     Listening listening{host::Descriptor(::socket(AF_INET, SOCK_STREAM, 0))};
+    if (!listening.socket.is_open()) {
+        return std::nullopt;
+    }
     const int number = listening.socket.number();
     fcntl(number, F_SETFD, FD_CLOEXEC);
     host::make_non_blocking(listening.socket);

@@ -8,13 +8,11 @@
 #include <unistd.h>
 #include <utility>
 
+#include "tether/conversation/record_line.h"
 #include "tether/conversation/redaction.h"
 
 namespace console {
 namespace {
-
-constexpr std::string_view end_of_the_kept =
-    "# the record that can be downloaded ends here: it is full\n";
 
 // A file without a name.
 host::Descriptor made_file() {
@@ -29,13 +27,23 @@ host::Descriptor made_file() {
     return file;
 }
 
-// "   1.234 > CONNECT": what stands behind the mark is taken out, but for remarks.
-std::string redacted(tether::Redaction& redaction, const std::string& line) {
-    const std::size_t mark = line.find_first_of("<>!#");
-    if (mark == std::string::npos || mark + 2 > line.size() || line[mark] == '#') {
-        return line;
+// The line with what is nobody's business taken out; a remark of a session names nobody.
+std::string redacted(tether::Redaction& redaction, const std::string& text) {
+    auto line = tether::read_record_line(text);
+    if (!line || line->mark == '#') {
+        return text;
     }
-    return line.substr(0, mark + 2) + redaction.redact(line[mark], line.substr(mark + 2));
+    line->text = line->mark == '!' ? "<text>" : redaction.redact(line->mark, line->text);
+    return tether::written(*line);
+}
+
+// At the time of the last of these lines.
+std::string end_behind(std::string_view lines) {
+    lines = lines.substr(0, lines.find_last_not_of('\n') + 1);
+    const auto last = tether::read_record_line(lines.substr(lines.rfind('\n') + 1));
+    return tether::written({last ? last->at : std::chrono::milliseconds{}, '#',
+                            "the record that can be downloaded ends here: it is full"}) +
+           "\n";
 }
 
 struct Reading {
@@ -97,6 +105,7 @@ KeptRecord::~KeptRecord() {
 void KeptRecord::keep() {
     std::array<char, 65536> bytes;
     std::string rest;  // of a line
+    std::string last;  // lines that were written
     std::size_t kept = 0;
     bool full = false;
     while (true) {
@@ -118,7 +127,10 @@ void KeptRecord::keep() {
         full = !host::write_all(file_, lines, host::TimePoint::max()) || full;
         if (full) {
             rest.clear();
-            host::write_all(file_, end_of_the_kept, host::TimePoint::max());
+            host::write_all(file_, end_behind(lines.empty() ? last : lines),
+                            host::TimePoint::max());
+        } else if (!lines.empty()) {
+            last = lines;
         }
     }
 }

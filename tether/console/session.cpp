@@ -274,8 +274,11 @@ std::variant<KnownPicture, Absence> Session::picture(const std::string& id) {
         if (page->at("pictures").empty()) {
             return Absence::no_such_picture;
         }
-        if (auto known = pictures_.find(id)) {
-            return *std::move(known);
+        for (const Json& one : page->at("pictures")) {
+            if (one.at("id") == id) {
+                return KnownPicture{one.at("path").get<std::string>(),
+                                    one.at("format").get<std::string>()};
+            }
         }
         after = page->at("pictures").back().at("id").get<std::string>();
     }

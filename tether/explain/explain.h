@@ -13,7 +13,7 @@ std::optional<std::string> explanation_of(std::string text);
 // What is known that looks most like it, for a text that has no explanation.
 std::string nearest(const std::string& text);
 
-// Everything that is known, a line each.
+// Everything that is known, each with what it means below it.
 std::string list();
 
 // The exit status: 1 when the text is not known.

@@ -19,10 +19,10 @@ const sentences: Record<string, string> = {
 };
 
 function unreachable({ reach }: Told): string {
-  if (reach === undefined) {
+  if (!(reach instanceof Error)) {
     return "One moment.";
   }
-  return reach instanceof Error && reach.message.endsWith(" 403")
+  return reach.message.endsWith(" 403")
     ? "This address is no longer valid. Open the one that tether console has printed."
     : "No answer. Is tether console running? Trying again.";
 }
@@ -33,6 +33,7 @@ export function Glance({ session, shutter }: { session: Session; shutter: Shutte
   useEvery(1000);
   const { state } = told;
   const isReached = told.reach === "reached" && state !== undefined;
+  const word = isReached ? state.state : told.reach instanceof Error ? "unreachable" : "loading";
   const under = [...told.shots.values()].filter(({ status }) => status === "fired").map(({ shot }) => shot);
   const since = told.states.at(-1);
   const canConnect = isReached && !["ready", "settling", "opening", "ending"].includes(state.state);
@@ -43,8 +44,8 @@ export function Glance({ session, shutter }: { session: Session; shutter: Shutte
       <h1 class="unseen">Camera</h1>
       {state?.simulated && <p class="badge">Virtual camera</p>}
       <div class="doing">
-        <p role="status" data-state={isReached ? state.state : "unreachable"}>
-          <strong>{isReached ? state.state : "unreachable"}</strong>
+        <p role="status" data-state={word}>
+          <strong>{word}</strong>
           {isReached && state.camera !== null && <span class="camera"> {state.camera}</span>}
           <span class="sentence">
             {" "}

@@ -1,9 +1,12 @@
-// A list in rows and columns that scrolls by itself and may have any number of items: only what is seen is in the
-// document. Tab comes by once, arrows move inside.
+// A list in rows and columns that scrolls by itself and may have any number of items: of a long one only what is seen is in
+// the document. Tab comes by once, arrows move inside.
 
 import type { ComponentChildren, RefObject } from "preact";
 import { useImperativeHandle, useLayoutEffect, useRef, useState } from "preact/hooks";
 import { useSeenRows, useSize } from "./hooks";
+
+/** So many items are in the document whole: whoever looks for one there, or counts them, finds them all. */
+const mostWhole = 200;
 
 export interface GridMoves {
   /** Scrolls until the item is seen, and makes it the one that the keyboard is at. */
@@ -43,7 +46,8 @@ export function Grid<T>(grid: {
   const { columns, rowHeight, gap } = grid.layout(size.width);
   const cellWidth = (size.width - gap) / columns - gap;
   const rows = Math.ceil(items.length / columns);
-  const seen = useSeenRows(scroller, rows, rowHeight, size.height);
+  const inView = useSeenRows(scroller, rows, rowHeight, size.height);
+  const seen = items.length <= mostWhole ? { first: 0, end: rows } : inView;
 
   const activeIndex = active === undefined ? -1 : items.findIndex((item) => keyOf(item) === active);
   const first = seen.first * columns;

@@ -23,7 +23,7 @@ export function Lines(list: {
       ? told.lines
       : told.lines.filter((line) => words.every((word) => shownText(line).toLowerCase().includes(word)));
 
-  // Whoever reads the end goes on reading the end, until he scrolls up.
+  // Whoever reads the end goes on reading the end, until they scroll up.
   const end = useRef({ isSeen: true, top: 0 });
   const scrolled = (top: number): void => {
     const { scrollHeight, clientHeight } = scroller.current!;

@@ -47,7 +47,7 @@ export interface Told {
   space: Space | undefined;
 }
 
-/** Lines, and calls: what a whole day writes stays below, a flood is cut. The record has them all. */
+/** Lines, and calls: what a whole day writes stays below, a flood is cut. The record has the lines. */
 const mostKept = 20_000;
 /** Milliseconds that telling what has been takes at most. */
 const toldAgain = 1_500;

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "tether/conversation/record.h"
+#include "tether/conversation/record_line.h"
 
 namespace console {
 namespace {
@@ -48,6 +49,16 @@ TEST(KeptRecord, IsWhatTheSessionHasWritten) {
     EXPECT_EQ(all_up_to(kept, "READY").find(text), 0U) << "it goes on";
 }
 
+// Whatever can be downloaded can be played.
+void expect_a_record(const std::string& text) {
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = text.find('\n', at);
+        const std::string line = text.substr(at, end - at);
+        EXPECT_TRUE(tether::read_record_line(line)) << line;
+        at = end + 1;
+    }
+}
+
 TEST(KeptRecord, CanBeHadWithoutPathsAndNames) {
     const KeptRecord kept("");
     tether::Record record(start, false);
@@ -55,8 +66,11 @@ TEST(KeptRecord, CanBeHadWithoutPathsAndNames) {
     record.add('<', "DOWNLOADED|/Users/me/Shots/DSC00001.JPG", start);
     record.add('<', "CONNECTED|My camera", start);
     record.add('!', "a sentence with /Users/me in it", start);
+    record.add('<', "half a line of /Users/me", start, false);
+    record.add('<', "LOG|a byte \x01 of /Users/me", start);
     record.note("a remark", start);
     const std::string text = all_up_to(kept, "a remark\n", true);
+    expect_a_record(text);
     EXPECT_NE(text.find(" < DOWNLOADED|<folder>/<file 1>.JPG\n"), std::string::npos) << text;
     EXPECT_NE(text.find(" < CONNECTED|<camera 1>\n"), std::string::npos) << text;
     EXPECT_NE(text.find(" ! <text>\n"), std::string::npos) << text;
@@ -75,9 +89,10 @@ TEST(KeptRecord, EndsInOrderWhenItIsFull) {
     EXPECT_EQ(record.trouble(), "") << "the session notices nothing";
     const std::string end = "# the record that can be downloaded ends here: it is full\n";
     const std::string text = all_up_to(kept, end);
-    EXPECT_LE(text.size(), 1000 + end.size());
+    EXPECT_LE(text.size(), 1000 + std::string("12345.678 ").size() + end.size());
+    expect_a_record(text);
     EXPECT_EQ(text.substr(text.size() - end.size()), end);
-    EXPECT_EQ(text[text.size() - end.size() - 1], '\n');
+    EXPECT_EQ(text.substr(0, text.size() - end.size()).back(), ' ') << "behind its time";
 }
 
 TEST(KeptRecord, IsTheUsersOwnFileWhenThereIsOne) {

@@ -14,9 +14,8 @@ namespace {
 constexpr std::pair<const char*, const char*> of_every_answer[] = {
     {"Cache-Control", "no-store"},
     {"Content-Security-Policy",
-     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' blob: data:; "
-     "connect-src 'self'; font-src 'self'; manifest-src 'self'; base-uri 'none'; "
-     "form-action 'none'; frame-ancestors 'none'"},
+     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; "
+     "base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
     {"Cross-Origin-Opener-Policy", "same-origin"},
     {"Cross-Origin-Resource-Policy", "same-origin"},
     {"Referrer-Policy", "no-referrer"},
