@@ -1,6 +1,8 @@
 #include "tether/author_commands.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <string_view>
 
 #include "tether/explain/explain.h"
 #include "tether/help.h"
@@ -29,6 +31,25 @@ std::vector<std::string> behind_options(const CLI::App& command, const std::stri
 }
 
 }  // namespace
+
+void drop_separator(int& argc, char** argv) {
+    const std::string_view command = argc > 1 ? argv[1] : "";
+    if (command != "tap" && command != "replay") {
+        return;
+    }
+    for (int index = 2; index < argc; ++index) {
+        const std::string_view word = argv[index];
+        if (word == "--") {
+            std::copy(argv + index + 1, argv + argc + 1, argv + index);
+            --argc;
+            return;
+        }
+        if (!word.starts_with("-")) {
+            return;
+        }
+        index += word == "--record" || word == "--run" ? 1 : 0;
+    }
+}
 
 AuthorCommands::AuthorCommands(CLI::App& app) {
     declare_tap(app);
@@ -99,6 +120,12 @@ int AuthorCommands::play_record() {
         behind_options(*replay_, "which record? tether replay [OPTIONS] RECORD", error);
     if (!error.empty()) {
         return wrong(error);
+    }
+    // A host that starts a worker with arguments knows none of these.
+    for (const std::string& word : rest) {
+        if (word == "--fast" || word == "--strict" || word.starts_with("--run")) {
+            return wrong(word + " stands behind the record: write it before");
+        }
     }
     playing_.record = rest[0];
     playing_.folder = rest.size() > 1 ? rest[1] : "";

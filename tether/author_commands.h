@@ -11,6 +11,10 @@
 
 namespace tether {
 
+// "--" between a command's own options and the program that it is given: the words behind it move
+// up. What follows the program is the program's.
+void drop_separator(int& argc, char** argv);
+
 class AuthorCommands {
   public:
     // Must outlive the parsing.

@@ -190,7 +190,24 @@ int show_page(char** argv) {
                            std::generic_category().message(why));
 }
 
+// An option that was meant for the command behind it would count for nothing: pictures would go
+// into another folder than the one that was named. Empty when there is none.
+std::string misplaced_option(const CLI::App& app) {
+    const auto commands = app.get_subcommands();
+    if (commands.empty() || commands.front()->get_name() == "shoot") {
+        return "";
+    }
+    for (const CLI::Option* option : app.get_options()) {
+        if (option->count() > 0) {
+            return option->get_name() + " stands before \"" + commands.front()->get_name() +
+                   "\": write it behind";
+        }
+    }
+    return "";
+}
+
 int carry_out(int argc, char** argv) {
+    tether::drop_separator(argc, argv);
     ShootOptions options;
     WatchOptions watching;
     Patient patient;
@@ -219,6 +236,9 @@ int carry_out(int argc, char** argv) {
         return app.exit(asked);
     } catch (const CLI::ParseError& error) {
         return wrong(tether::what_is_wrong(app, error));
+    }
+    if (const std::string sentence = misplaced_option(app); !sentence.empty()) {
+        return wrong(sentence);
     }
     if (doctor_command.parsed()) {
         std::error_code unreadable;

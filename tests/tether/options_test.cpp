@@ -150,6 +150,34 @@ TEST_F(OptionsTest, AWrongOptionNamesTheNearestRightOne) {
     }
 }
 
+TEST_F(OptionsTest, AnOptionThatWouldCountForNothingIsRefused) {
+    const std::vector<std::pair<std::vector<std::string>, std::string>> calls{
+        {{"--folder", "x", "watch"}, "--folder stands before \"watch\": write it behind"},
+        {{"--folder", "x", "serve"}, "--folder stands before \"serve\": write it behind"},
+        {{"--interactive", "watch"}, "--interactive stands before \"watch\": write it behind"},
+        {{"replay", "x", "--fast"}, "--fast stands behind the record: write it before"},
+        {{"replay", "x", "y", "--run=2"}, "--run=2 stands behind the record: write it before"},
+    };
+    for (const auto& [arguments, sentence] : calls) {
+        fs::remove(folder_ / "errors");
+        tether_ = start({TETHER_COMMAND, arguments, {}, folder_ / "errors"});
+        EXPECT_EQ(status(), "status 2");
+        EXPECT_EQ(read("errors"), "tether: " + sentence + "\n");
+    }
+}
+
+TEST_F(OptionsTest, ASeparatorStandsBeforeTheTappedProgramAndNotAmongItsArguments) {
+    const std::string record = folder_ / "record";
+    for (const auto& [arguments, said] :
+         std::vector<std::pair<std::vector<std::string>, std::string>>{
+             {{"tap", "--record", record + "1", "--", "/bin/echo", "-n", "hi"}, "hi (unfinished)"},
+             {{"tap", "--record=" + record + "2", "/bin/echo", "--", "hi"}, "-- hi"}}) {
+        tether_ = start({TETHER_COMMAND, arguments, {}, folder_ / "errors"});
+        EXPECT_EQ(next_text(*tether_), said);
+        EXPECT_EQ(status(), "status 0");
+    }
+}
+
 TEST_F(OptionsTest, WrongArgumentsGetOneSentence) {
     write("file", "");
     const std::vector<std::vector<std::string>> wrong{

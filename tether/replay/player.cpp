@@ -20,6 +20,8 @@ constexpr std::string_view report = "DOWNLOADED|";
 constexpr Milliseconds shutter{735};
 // A host that has not sent a fence this long after it did for the record is not going to.
 constexpr std::chrono::seconds patience_for_a_fence{2};
+// What a worker that is told to leave takes at most; nothing that is due later is waited for then.
+constexpr std::chrono::seconds time_to_leave{3};
 
 std::string in_quotes(const std::string& text) {
     return "\"" + text + "\"";
@@ -72,12 +74,31 @@ bool Player::play_step(TimePoint now) {
         return await(step, now);
     }
     if (const TimePoint at = due(step.at, now); at > now) {
-        next_ = at;
+        wait_until(at, now);
         return false;
     }
     say(step);
     happened(step, due(step.at, now));
     return true;
+}
+
+// A host that says something meanwhile which the record has later is not left to wait for that: a
+// fence would be missed, and whoever is told to leave leaves.
+void Player::wait_until(TimePoint at, TimePoint now) {
+    next_ = at;
+    while (!heard_.empty() && heard_.front() == fence && at - now > patience_for_a_fence) {
+        heard_.pop_front();
+        answer_fence();
+    }
+    const bool leaves = input_ended_ || (!heard_.empty() && heard_.front() == "QUIT");
+    if (leaves && !told_to_leave_ && at - now > time_to_leave) {
+        next_ = TimePoint::max();
+        end_early();
+    }
+}
+
+void Player::answer_fence() const {
+    actions_.say({Kind::worker_says, {}, {}, true, {}, 0}, std::string(fence_answer));
 }
 
 bool Player::await(const Step& step, TimePoint now) {
@@ -88,6 +109,7 @@ bool Player::await(const Step& step, TimePoint now) {
         return true;
     }
     if (step.kind == Kind::host_closes && (input_ended_ || !heard_.empty())) {
+        told_to_leave_ = true;
         happened(step, now);
         return true;
     }
@@ -105,7 +127,7 @@ void Player::compare(const Step& step, const std::string& heard, TimePoint now) 
     // What a fence is for is to be answered, whenever it comes; and one that does not come is
     // missed by nobody.
     if (heard == fence) {
-        actions_.say({Kind::worker_says, {}, {}, true, {}, 0}, std::string(fence_answer));
+        answer_fence();
     } else if (step.text == fence) {
         heard_.push_front(heard);
         ++fences_passed_over_;
@@ -147,6 +169,8 @@ void Player::host_said(const Step& step, const std::string& heard, TimePoint now
         recorded_folder_ = host::unescape_field(step.text.substr(folder_command.size()));
     } else if (heard == "CAPTURE") {
         not_before_ = now + shutter;
+    } else if (heard == "QUIT") {
+        told_to_leave_ = true;
     }
     happened(step, now);
 }
@@ -206,8 +230,7 @@ void Player::come_to_the_end(TimePoint now) {
                     return end_early();
                 }
                 if (heard_.front() == fence) {
-                    actions_.say({Kind::worker_says, {}, {}, true, {}, 0},
-                                 std::string(fence_answer));
+                    answer_fence();
                 } else {
                     actions_.differs(
                         0, "the record ends before the host said " + in_quotes(heard_.front()));
@@ -219,8 +242,7 @@ void Player::come_to_the_end(TimePoint now) {
             return;
         case Ending::Kind::status:
             if (const TimePoint at = due(run_.ending.at, now); at > now) {
-                next_ = at;
-                return;
+                return wait_until(at, now);
             }
             over_ = true;
             return actions_.end(run_.ending);

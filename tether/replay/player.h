@@ -36,6 +36,8 @@ class Player {
 
   private:
     bool play_step(host::TimePoint now);
+    void wait_until(host::TimePoint at, host::TimePoint now);
+    void answer_fence() const;
     bool await(const Step& step, host::TimePoint now);
     void compare(const Step& step, const std::string& heard, host::TimePoint now);
     void go_on_from(std::size_t position, const std::string& heard, host::TimePoint now);
@@ -54,6 +56,7 @@ class Player {
     std::size_t position_ = 0;  // of run_.steps
     std::deque<std::string> heard_;
     bool input_ended_ = false;
+    bool told_to_leave_ = false;  // at a place where the record has it
     bool over_ = false;
     unsigned fences_passed_over_ = 0;
     // The last step, and when it was played.

@@ -189,13 +189,16 @@ class Reader {
 }  // namespace
 
 std::optional<Story> read_story(std::string_view text, std::string& error) {
-    const std::string_view heading = text.substr(0, text.find('\n'));
-    if (!tether::read_record_line(heading)) {
+    constexpr std::string_view before_format = ", record ";
+    const auto heading = tether::read_record_line(text.substr(0, text.find('\n')));
+    const std::size_t format =
+        heading && heading->mark == '#' ? heading->text.rfind(before_format) : std::string::npos;
+    if (format == std::string::npos) {
         error = "it does not begin as a record does";
         return std::nullopt;
     }
-    if (const auto format = number_behind(heading, ", record "); format && *format != 1) {
-        error = "its format is " + std::to_string(*format) + ", and only 1 is known here";
+    if (heading->text.substr(format + before_format.size()) != "1") {
+        error = "its format is not 1, and no other is known here";
         return std::nullopt;
     }
     Reader reader;

@@ -1,7 +1,11 @@
 #include "tether/tap/shot_rules.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <utility>
+
+#include "host/process/fields.h"
 
 namespace tap {
 
@@ -17,6 +21,13 @@ std::string argument_of(std::string_view line) {
     return std::string(separator == std::string_view::npos ? "" : line.substr(separator + 1));
 }
 
+// However it is spelt. Both as on the wire.
+bool are_the_same(const std::string& one, const std::string& other) {
+    std::error_code missing;
+    return one == other || std::filesystem::equivalent(host::unescape_field(one),
+                                                       host::unescape_field(other), missing);
+}
+
 }  // namespace
 
 ShotRules::ShotRules(Complaints& complaints, std::string folder)
@@ -30,7 +41,7 @@ void ShotRules::host_says(std::string_view command, const RecordLine& line) {
         }
     } else if (command == "SET_DOWNLOAD_DIR") {
         std::string folder = argument_of(line.text);
-        if (!out_.empty() && !folder_.empty() && folder != folder_) {
+        if (!out_.empty() && !folder_.empty() && !are_the_same(folder, folder_)) {
             complaints_.add(Fault::folder_changed, line.at, {out_.front().capture, line});
         }
         folder_ = std::move(folder);

@@ -139,6 +139,37 @@ TEST(Player, TheFolderIsTheHostsAndFilesAreMadeInIt) {
                     "missing /mine/c%/4.ARW", "< DOWNLOADED|/mine/c%25/4.ARW"}));
 }
 
+TEST(Player, AHostThatAsksInALongSilenceIsAnswered) {
+    Play play(
+        "0.1 < READY|OK\n40.0 < LOG|late\n61.0 > PRIME\n61.0 < PRIME_DONE|OK\n62.0 > QUIT\n"
+        "62.1 # the worker ended with status 0\n");
+    EXPECT_EQ(play.wait(1s).seen(), Seen{"< READY|OK"});
+    EXPECT_EQ(play.host("PRIME").seen(), Seen{"< PRIME_DONE|OK"});
+    EXPECT_EQ(play.host("PRIME").seen(), Seen{"< PRIME_DONE|OK"});
+    EXPECT_EQ(play.wait(40s).seen(), Seen{"< LOG|late"});
+    EXPECT_EQ(play.host("QUIT").wait(1h).seen(), Seen{"end 0"});
+}
+
+TEST(Player, AHostThatLeavesInALongSilenceIsNotHeld) {
+    const std::string silence = "0.1 < READY|OK\n90000.0 < LOG|late\n90001.0 > QUIT\n";
+    EXPECT_EQ(Play(silence).wait(1s).close().seen(), (Seen{"< READY|OK", "end 0"}));
+    EXPECT_EQ(Play(silence).wait(1s).host("QUIT").seen(), (Seen{"< READY|OK", "end 0"}));
+    Play slow("0.1 < READY|OK\n1.0 > QUIT\n9.0 < LOG|late\n9.1 # the worker ended with status 0\n");
+    EXPECT_EQ(slow.wait(1s).host("QUIT").close().seen(), Seen{"< READY|OK"}) << "as the worker did";
+    EXPECT_EQ(slow.wait(1h).seen(), (Seen{"< LOG|late", "end 0"}));
+}
+
+TEST(Story, AnotherFormatOrNoneIsRefused) {
+    for (const std::string first :
+         {"0.000 # now, tether 1.0.0, record 2", "0.000 # now, tether 1.0.0, record 1x",
+          "0.000 # now, record 99999999999999999999", "0.000 # now, tether 1.0.0",
+          "0.000 < READY|OK, record 1"}) {
+        std::string error;
+        EXPECT_FALSE(replay::read_story(first + "\n0.1 < READY|OK\n", error)) << first;
+        EXPECT_NE(error, "") << first;
+    }
+}
+
 TEST(Player, OfSeveralFilesEachHasTheFateThatWasToldOfIt) {
     Play play(
         "0.1 > SET_DOWNLOAD_DIR|/recorded\n"
@@ -300,7 +331,7 @@ TEST(Story, WhatIsNoRecordIsSaidSo) {
     EXPECT_FALSE(replay::read_story("\xFF\xD8\xFF", error));
     EXPECT_EQ(error, "it does not begin as a record does");
     EXPECT_FALSE(replay::read_story("0.000 # 2026, tether 9.0.0, record 2\n", error));
-    EXPECT_EQ(error, "its format is 2, and only 1 is known here");
+    EXPECT_EQ(error, "its format is not 1, and no other is known here");
     EXPECT_FALSE(replay::read_story(std::string(heading) + "0.1 < A|\nnonsense\n", error));
     EXPECT_EQ(error, "line 3 is none of a record");
 }

@@ -164,6 +164,12 @@ TEST(Judge, AnotherFolderUnderAShotIsComplainedOf) {
               Faults{Fault::folder_changed});
     EXPECT_EQ(Conversation(joined(shooting, {"2.9 > SET_DOWNLOAD_DIR|/a"})).faults(), Faults{})
         << "the same one";
+    const auto in_temporary = joined(session_up, {"1.9 > SET_DOWNLOAD_DIR|/tmp", "2.0 > CAPTURE"});
+    EXPECT_EQ(Conversation(joined(in_temporary, {"2.9 > SET_DOWNLOAD_DIR|/tmp/./"})).faults(),
+              Faults{})
+        << "the same one, spelt otherwise";
+    EXPECT_EQ(Conversation(joined(in_temporary, {"2.9 > SET_DOWNLOAD_DIR|/usr"})).faults(),
+              Faults{Fault::folder_changed});
     EXPECT_EQ(
         Conversation(joined(shooting, {"2.9 < DOWNLOADED|/a/1.JPG", "2.95 > SET_DOWNLOAD_DIR|/b"}))
             .faults(),
