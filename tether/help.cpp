@@ -1,7 +1,6 @@
 #include "tether/help.h"
 
 #include <algorithm>
-#include <limits>
 #include <memory>
 #include <vector>
 
@@ -59,6 +58,23 @@ class Formatter : public CLI::Formatter {
     }
 };
 
+// Behind a sentence that says that there is no such thing.
+std::string the_nearest_is(const std::string& asked, const std::vector<std::string>& names) {
+    const auto nearest =
+        std::min_element(names.begin(), names.end(), [&](const auto& one, const auto& other) {
+            return explain::distance(asked, one) < explain::distance(asked, other);
+        });
+    return nearest == names.end() ? "" : "; the nearest is " + *nearest;
+}
+
+std::string no_such_command(const CLI::App& app, const std::string& word) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    return "there is no command " + word + the_nearest_is(word, names);
+}
+
 }  // namespace
 
 void show_help_in_80_columns(CLI::App& app) {
@@ -67,18 +83,13 @@ void show_help_in_80_columns(CLI::App& app) {
 
 std::string no_such_option(const CLI::App& command, const std::string& word) {
     const std::string asked = word.substr(0, word.find('='));
-    std::string nearest;
-    std::size_t least = std::numeric_limits<std::size_t>::max();
+    std::vector<std::string> names;
     for (const CLI::Option* option : command.get_options()) {
         for (const std::string& name : option->get_lnames()) {
-            const std::size_t far = explain::distance(asked, "--" + name);
-            if (far < least) {
-                least = far;
-                nearest = "--" + name;
-            }
+            names.push_back("--" + name);
         }
     }
-    return "there is no option " + asked + (nearest.empty() ? "" : "; the nearest is " + nearest);
+    return "there is no option " + asked + the_nearest_is(asked, names);
 }
 
 std::string what_is_wrong(const CLI::App& app, const CLI::ParseError& error) {
@@ -93,6 +104,9 @@ std::string what_is_wrong(const CLI::App& app, const CLI::ParseError& error) {
             if (word.starts_with("-")) {
                 return no_such_option(command, word);
             }
+        }
+        if (commands.empty() && !words.empty()) {
+            return no_such_command(app, words.front());
         }
     }
     return error.what();

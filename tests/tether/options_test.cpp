@@ -141,6 +141,7 @@ TEST_F(OptionsTest, AWrongOptionNamesTheNearestRightOne) {
         {{"watch", "--foldr", "x"}, "there is no option --foldr; the nearest is --folder"},
         {{"tap", "--recrod", "x", "y"}, "there is no option --recrod; the nearest is --record"},
         {{"replay", "--quick", "x"}, "there is no option --quick; the nearest is --strict"},
+        {{"wach"}, "there is no command wach; the nearest is watch"},
     };
     for (const auto& [arguments, sentence] : calls) {
         fs::remove(folder_ / "errors");
