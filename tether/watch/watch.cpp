@@ -1,6 +1,8 @@
 #include "tether/watch/watch.h"
 
+#include <filesystem>
 #include <signal.h>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -19,6 +21,15 @@ namespace {
 host::CameraOptions with_listener(host::CameraOptions options, bool runs_programs) {
     options.listener = listener(!runs_programs);
     return options;
+}
+
+// Before any is told: of states that wait the last is told, so a picture that was left by an
+// earlier run may come before it.
+host::SessionState first_state(const std::string& folder) {
+    std::error_code unknown;
+    host::SessionState state;
+    state.folder = std::filesystem::weakly_canonical(folder, unknown).string();
+    return state;
 }
 
 std::string described(const host::Picture& picture, const std::string& folder) {
@@ -81,6 +92,7 @@ Watch::Watch(host::CameraOptions options, std::vector<std::string> command, cons
       record_(record),
       view_(start_, false, terminal, record),
       programs_(std::move(command)),
+      state_(first_state(options.wishes.folder)),
       camera_(with_listener(std::move(options), programs_.any())) {}
 
 int Watch::carry_out() {

@@ -60,8 +60,8 @@ class Watch {
     Record& record_;
     WireView view_;
     Programs programs_;
-    host::Camera camera_;
     host::SessionState state_;
+    host::Camera camera_;
     Step step_ = Step::starting;
     host::Ended ended_;
     std::size_t pictures_ = 0;
