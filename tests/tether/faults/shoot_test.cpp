@@ -5,9 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/tether/command_test.h"
-#include "tests/tether/faults/closing_words.h"
-#include "tests/tether/faults/facts.h"
+#include "tests/tether/faults/fault_test.h"
 
 static void PrintTo(const Fact& fact, std::ostream* stream) {
     *stream << fact.scene;
@@ -15,43 +13,8 @@ static void PrintTo(const Fact& fact, std::ostream* stream) {
 
 namespace {
 
-class ShootFaultTest : public CommandTest, public testing::WithParamInterface<Fact> {
+class ShootFaultTest : public FaultTest, public testing::WithParamInterface<Fact> {
   protected:
-    // Until the shoot is over.
-    void shoot(const Fact& fact) {
-        write("scene", usual_scene + std::string(fact.scene) + "\n");
-        std::vector<std::string> options{"--shots", "1"};
-        for (const auto& more : {usual_options, fact.options}) {
-            for (std::size_t index = 0; index < more.size(); index += 2) {
-                const auto usual = std::find(options.begin(), options.end(), more[index]);
-                if (usual != options.end()) {
-                    usual[1] = more[index + 1];
-                } else {
-                    options.insert(options.end(), {more[index], more[index + 1]});
-                }
-            }
-        }
-        start_tether(options);
-        for (const Moment& moment : fact.moments) {
-            read_to(moment.after);
-            if (moment.state != nullptr) {
-                await_camera(moment.state);
-            }
-            for (const std::string& line : lines_of(std::string(moment.told) + "\n")) {
-                tell_camera(line);
-            }
-        }
-    }
-
-    static bool makes_raw(const Fact& fact) {
-        return std::any_of(fact.options.begin(), fact.options.end(),
-                           [](const std::string& option) { return option == "both"; }) ||
-               std::string(fact.form).starts_with("dial ") ||
-               std::any_of(fact.moments.begin(), fact.moments.end(), [](const Moment& moment) {
-                   return std::string(moment.told).starts_with("dial ");
-               });
-    }
-
     // The folder's files, each with whether the camera has brought it whole.
     std::map<std::string, bool> files() {
         std::map<std::string, bool> all;
@@ -86,7 +49,7 @@ TEST_P(ShootFaultTest, IsSaidAsItIs) {
     if (makes_raw(fact) && !PICTURES_CAN_BE_DRAWN) {
         GTEST_SKIP() << "only the picture module makes RAW files";
     }
-    shoot(fact);
+    shoot(fact, options_of(fact));
     const std::string ended = status();
     EXPECT_EQ(ended, "status " + std::to_string(fact.status)) << output_;
 

@@ -10,9 +10,7 @@
 #include "host/process/exit_watch.h"
 #include "host/process/pipe.h"
 #include "host/process/spawn.h"
-#include "tests/tether/command_test.h"
-#include "tests/tether/faults/closing_words.h"
-#include "tests/tether/faults/facts.h"
+#include "tests/tether/faults/fault_test.h"
 
 static void PrintTo(const Fact& fact, std::ostream* stream) {
     *stream << fact.scene;
@@ -26,7 +24,7 @@ struct Limits {
     bool late = false;        // what matters is that something was late: played fast, it is not
 };
 
-class ReplayTest : public CommandTest {
+class ReplayTest : public FaultTest {
   protected:
     void SetUp() override {
         setenv("TMPDIR", folder_.c_str(), 1);  // where the replay counts
@@ -48,9 +46,10 @@ class ReplayTest : public CommandTest {
                         (picture.ends_with(", damaged") ? " damaged\n" : "\n");
         }
         std::string said = words.lost + "\n";
-        // Of several files at once the disk's order is its own.
         std::vector<std::string> sentences = words.said;
-        std::sort(sentences.begin(), sentences.end());
+        if (in_any_order_) {
+            std::sort(sentences.begin(), sentences.end());
+        }
         for (const std::string& line : sentences) {
             said += "! " + line + "\n";
         }
@@ -88,6 +87,8 @@ class ReplayTest : public CommandTest {
         options.insert(options.end(), {"--record", folder_ / "record"});
         return options;
     }
+
+    bool in_any_order_ = false;  // several threads have caused what is said
 };
 
 TEST_F(ReplayTest, ShotsArriveAgain) {
@@ -231,35 +232,12 @@ class ReplayFaultTest : public ReplayTest, public testing::WithParamInterface<Fa
 
 TEST_P(ReplayFaultTest, EndsTheSameWay) {
     const Fact& fact = GetParam();
-    const bool makes_raw =
-        std::count(fact.options.begin(), fact.options.end(), std::string("both")) +
-            std::string(fact.form).starts_with("dial ") >
-        0;
-    if (makes_raw && !PICTURES_CAN_BE_DRAWN) {
+    if (makes_raw(fact) && !PICTURES_CAN_BE_DRAWN) {
         GTEST_SKIP() << "only the picture module makes RAW files";
     }
-    write("scene", usual_scene + std::string(fact.scene) + "\n");
-    std::vector<std::string> options{"--shots", "1"};
-    for (const auto& more : {usual_options, fact.options}) {
-        for (std::size_t index = 0; index < more.size(); index += 2) {
-            const auto usual = std::find(options.begin(), options.end(), more[index]);
-            if (usual != options.end()) {
-                usual[1] = more[index + 1];
-            } else {
-                options.insert(options.end(), {more[index], more[index + 1]});
-            }
-        }
-    }
-    start_tether(with_record(options));
-    for (const Moment& moment : fact.moments) {
-        read_to(moment.after);
-        if (moment.state != nullptr) {
-            await_camera(moment.state);
-        }
-        for (const std::string& line : lines_of(std::string(moment.told) + "\n")) {
-            tell_camera(line);
-        }
-    }
+    in_any_order_ = fact.in_any_order;
+    const std::vector<std::string> options = options_of(fact);
+    shoot(fact, with_record(options));
     const std::string name = fact.name;
     expect_the_same(
         outcome(), options,
