@@ -25,8 +25,8 @@ inline constexpr std::array<CodeTexts, 29> code_texts{{
     {"The program that drives the camera was started, but did not become ready in time.",
      "A library that it needs is missing, the SDK takes too long to start, or the computer is very "
      "busy.",
-     "Restart the computer. If it happens again, install the application again and let the doctor "
-     "look at it."},
+     "Restart the computer. If it happens again, install the application again and run tether "
+     "doctor."},
     {"The program that drives the camera ended by itself. It is started again.",
      "The camera maker's software inside it crashed, somebody ended it, or the computer ran out of "
      "memory.",
@@ -37,7 +37,7 @@ inline constexpr std::array<CodeTexts, 29> code_texts{{
      "a camera that has crashed.",
      "Wait until the camera is ready again. If it keeps happening, switch the camera off and on "
      "and use another cable."},
-    {"The program that drives the camera says more than can be made sense of.",
+    {"The program that drives the camera writes far too many lines. It is ended and started again.",
      "A loose contact lets the camera come and go many times a second, or the program is not a "
      "worker.",
      "Check the cable at both ends: one that has a loose contact does this. Then switch the "
@@ -46,7 +46,7 @@ inline constexpr std::array<CodeTexts, 29> code_texts{{
      "Parts of the camera maker's software are missing or do not fit this system.",
      "Restart the computer. If it happens again, install the application again."},
     {"No camera was found on USB.",
-     "The camera is off or asleep, its USB mode is another one, or the cable carries power only.",
+     "The camera is off or asleep, its USB mode is not PC Remote, or the cable carries power only.",
      "Check that the camera is switched on, that its USB mode is PC Remote, and that the cable is "
      "in at both ends."},
     {"A camera was found, but it did not answer when it was opened.",
@@ -63,8 +63,7 @@ inline constexpr std::array<CodeTexts, 29> code_texts{{
      "Check the cable and the camera's battery. The camera is connected again by itself; a "
      "picture that did not come has to be taken again."},
     {"The camera reported an error of its own.",
-     "The camera refuses something that it was asked for, or something on its screen waits for an "
-     "answer.",
+     "The camera refuses something that it was asked for, or its screen waits for an answer.",
      "Look at the camera's screen. If it shows nothing, switch the camera off and on."},
     {"There is no connected camera, and none is being looked for.",
      "The camera was asked for a shot before it was connected, or after it was given back.",
@@ -79,7 +78,7 @@ inline constexpr std::array<CodeTexts, 29> code_texts{{
      "not take it.",
      "The path is too long or has characters that one of them cannot handle, or the disk is not "
      "there.",
-     "Choose another folder, best one on this computer's own disk with a short path."},
+     "Choose another folder, preferably on this computer's own disk and with a short path."},
     {"The folder for pictures was moved, deleted or ejected, or its disk does not answer.",
      "Somebody moved or deleted the folder, or the disk that it is on was taken out.",
      "Plug the disk in again or put the folder back, or choose another folder."},
@@ -96,7 +95,7 @@ inline constexpr std::array<CodeTexts, 29> code_texts{{
     {"The shutter was asked for, but no file came in time.",
      "The camera found no focus, its buffer or card is full, or the shutter did not fire.",
      "Check that the camera can focus and that its card has room, then take the picture again."},
-    {"Of a RAW and its developed picture only one came.",
+    {"Only one of a RAW and its developed picture came.",
      "The camera sends one of the two only, or the transfer was cut off between them.",
      "Look for the other file on the camera's card. Take the picture again if you need both."},
     {"A file came, but it is not whole. It was kept all the same.",
@@ -108,19 +107,19 @@ inline constexpr std::array<CodeTexts, 29> code_texts{{
     {"A file was reported that lies outside the folder for pictures. It was left alone.",
      "The SDK reported a path of its own, or a name that leads out of the folder.",
      "Choose the folder for pictures again. If it happens again, switch the camera off and on."},
-    {"A file was not brought to its place, or is no picture. It stays where the text says.",
-     "The disk is full or does not answer, the folder may no longer be written to, or what came is "
-     "a link or a folder.",
-     "Check that the disk has room and that the folder can be written to. A picture is brought in "
-     "at the next start; anything else is yours to take from where it is."},
+    {"A file could not be moved to its place, or is not a picture. It stays where the text says.",
+     "The disk is full or does not answer, the folder may no longer be written to, or the camera's "
+     "software delivered a link or a folder.",
+     "Check that the disk has room and that the folder can be written to. A picture is moved to "
+     "its place at the next start; take anything else from where it is yourself."},
     {"The disk of the folder has room for few more pictures.",
      "Pictures or other files have filled the disk.",
      "Delete files that you no longer need, or choose a folder on another disk."},
     {"Too many requests are waiting already.",
      "Shots are asked for faster than the camera takes them.",
      "Wait until the shots before this one are done."},
-    {"It was given up because somebody asked for that, or because the session was ended.",
-     "The application or its user gave it up.",
+    {"The request was cancelled, or the session was ended.",
+     "The application or its user cancelled it.",
      "Nothing is wrong. Take the picture again if you still want it."},
     {"The shutter could not be fired soon enough, so it was not fired at all.",
      "The shots before it took too long, or the camera was away.",

@@ -382,7 +382,7 @@ extension Camera {
         public static let workerGone = ProblemCode("worker-gone")
         /// The program that drives the camera no longer answers. It is ended and started again.
         public static let workerHangs = ProblemCode("worker-hangs")
-        /// The program that drives the camera says more than can be made sense of.
+        /// The program that drives the camera writes far too many lines. It is ended and started again.
         public static let workerFloods = ProblemCode("worker-floods")
         /// The camera maker's software inside the worker could not be started.
         public static let sdkNotInitialised = ProblemCode("sdk-not-initialised")
@@ -414,7 +414,7 @@ extension Camera {
         public static let cardMissing = ProblemCode("card-missing")
         /// The shutter was asked for, but no file came in time.
         public static let noPicture = ProblemCode("no-picture")
-        /// Of a RAW and its developed picture only one came.
+        /// Only one of a RAW and its developed picture came.
         public static let halfMissing = ProblemCode("half-missing")
         /// A file came, but it is not whole. It was kept all the same.
         public static let pictureDamaged = ProblemCode("picture-damaged")
@@ -422,13 +422,13 @@ extension Camera {
         public static let pictureNotThere = ProblemCode("picture-not-there")
         /// A file was reported that lies outside the folder for pictures. It was left alone.
         public static let pictureOutside = ProblemCode("picture-outside")
-        /// A file was not brought to its place, or is no picture. It stays where the text says.
+        /// A file could not be moved to its place, or is not a picture. It stays where the text says.
         public static let pictureNotPlaced = ProblemCode("picture-not-placed")
         /// The disk of the folder has room for few more pictures.
         public static let diskNearlyFull = ProblemCode("disk-nearly-full")
         /// Too many requests are waiting already.
         public static let busy = ProblemCode("busy")
-        /// It was given up because somebody asked for that, or because the session was ended.
+        /// The request was cancelled, or the session was ended.
         public static let cancelled = ProblemCode("cancelled")
         /// The shutter could not be fired soon enough, so it was not fired at all.
         public static let expired = ProblemCode("expired")
