@@ -5,6 +5,7 @@
 #include "simulator/camera/shots.h"
 #include "simulator/camera/state.h"
 #include "simulator/camera/timeline.h"
+#include "simulator/camera/transfer.h"
 #include "simulator/sdk/delivery.h"
 
 namespace camera_sim {
@@ -12,6 +13,7 @@ namespace camera_sim {
 void happen(Happening what, CrInt32u code) {
     Session& session = state().session;
     ++session.round;
+    look_at_session_again();
     let_go();
     switch (what) {
         case Happening::accepted:

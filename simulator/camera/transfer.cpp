@@ -254,6 +254,10 @@ void send_to_computer(const Shot& shot) {
     g_line.queued.notify_one();
 }
 
+void look_at_session_again() {
+    g_line.queued.notify_one();
+}
+
 void end_transfer(Hold& hold) {
     g_line.ending = true;
     g_line.queued.notify_one();

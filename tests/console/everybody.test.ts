@@ -134,7 +134,7 @@ for (const [name, options] of [
     ));
 }
 
-test("with the keyboard alone: connect, shoot, look, change a setting, drive the virtual camera, search the lines", () =>
+test("the keyboard alone connects, shoots, looks, changes a setting, drives the virtual camera, searches lines", () =>
   look(standIn.url, async (page) => {
     const { button, choice, field, status, pictures, virtual, lines, timeLine } = on(page);
     const { keyboard } = page;

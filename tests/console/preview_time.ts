@@ -1,7 +1,7 @@
-// Measures how long after a picture's notification its preview stands on the page, for 24 megapixels, with the real server
-// and its virtual camera:
+// Measures how long after a picture's notification its preview stands on the page, for 24 megapixels, with the real
+// server and its virtual camera:
 //
-//     tests/console/check && node tests/console/dist/preview_time.js
+//     node tests/console/dist/preview_time.js        once tests/console/check, which runs it too, has translated it
 //
 // It ends with 1 when the median is beyond what the page promises.
 

@@ -106,8 +106,11 @@ TEST(Control, ServesSeveralClientsAtOnce) {
     auto other = ControlClient::connect((stage.folder() / "control").string());
     ASSERT_TRUE(other);
     EXPECT_TRUE(other->ask("dial raw")->ok);
+    const auto unplugged = std::chrono::steady_clock::now();
     EXPECT_TRUE(other->ask("unplug")->ok);  // what the other one waits for will not come
     waiting.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - unplugged, std::chrono::seconds(15))
+        << "a file that will not come is waited for";
 }
 
 TEST(Control, TakesLinesThatComeInOneGo) {

@@ -1,6 +1,6 @@
 #!/usr/bin/env node
-// The package's `tether`, with the arguments as they are: `npx camera-worker doctor`. Where they name no worker it is that
-// of camera-worker-virtual, when that is installed.
+// The package's `tether`, with the arguments as they are: `npx camera-worker doctor`. Where they name no worker it is
+// that of camera-worker-virtual, when that is installed.
 
 import { spawn } from "node:child_process";
 import { constants } from "node:os";

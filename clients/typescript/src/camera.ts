@@ -143,9 +143,9 @@ export class Camera implements AsyncDisposable {
   }
 
   /**
-   * Takes one picture. Resolved when its files are there, or when it is clear that they are not: `status` and `problems`
-   * say why. The signal cancels every capture with this one's tag and rejects with its reason; what comes of the shot is
-   * told by on("shot"), and its files by pictures().
+   * Takes one picture. Resolved when its files are there, or when it is clear that they are not: `status` and
+   * `problems` say why. The signal cancels every capture with this one's tag and rejects with its reason; what comes of
+   * the shot is told by on("shot"), and its files by pictures().
    */
   async capture({ signal, ...parameters }: CaptureParameters & { signal?: AbortSignal } = {}): Promise<Shot> {
     if (!signal) {
@@ -184,8 +184,8 @@ export class Camera implements AsyncDisposable {
 
   /**
    * Every picture, once, in the order in which they were told: those since the camera was opened and those to come, or,
-   * with `after`, all of the folder behind the picture with this id ("" stands before the first). Misses none, also when
-   * the process or this program was started again. Ends with close().
+   * with `after`, all of the folder behind the picture with this id ("" stands before the first). Misses none, also
+   * when the process or this program was started again. Ends with close().
    */
   pictures({ after, signal }: { after?: string; signal?: AbortSignal } = {}): AsyncIterableIterator<Picture> {
     return this.#pictures.read(after, (id) => this.#older(id), signal);
@@ -376,7 +376,9 @@ export class Camera implements AsyncDisposable {
     this.#catchUp();
   }
 
-  /** The answer comes another way than what is told: one that was told meanwhile is newer, or followed by a newer one. */
+  /**
+   * The answer comes another way than what is told: one that was told meanwhile is newer, or followed by a newer one.
+   */
   async #askState(ask: () => Promise<State>): Promise<void> {
     const told = this.#statesTold;
     const state = await ask();

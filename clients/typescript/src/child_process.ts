@@ -15,7 +15,9 @@ export interface ChildProcessOptions {
 
 /** The last words of a process that ended, for the problem that tells of it. */
 const keptOfComplaints = 4096;
-/** The longest that `tether serve` takes to end when its input ends (10 s for files, four steps of 5 s), and a little. */
+/**
+ * The longest that `tether serve` takes to end when its input ends (10 s for files, four steps of 5 s), and a little.
+ */
 const endingTakes = 35_000;
 
 export function childProcess(options: ChildProcessOptions): Transport {

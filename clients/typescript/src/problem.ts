@@ -3,9 +3,9 @@
 import type { Problem, ProblemCode, Severity } from "./generated.js";
 
 /**
- * What this client itself has to tell, beside the codes of the catalogue. tether-missing: the program cannot be started.
- * tether-gone: it ended while something waited for it, and is started again. no-answer: it did not answer in time. closed:
- * close() was called.
+ * What this client itself has to tell, beside the codes of the catalogue. tether-missing: the program cannot be
+ * started. tether-gone: it ended while something waited for it, and is started again. no-answer: it did not answer in
+ * time. closed: close() was called.
  */
 export type ClientCode = "tether-missing" | "tether-gone" | "no-answer" | "closed";
 
@@ -34,7 +34,9 @@ export class CameraProblem extends Error {
   }
 }
 
-/** A request that is wrong in itself, such as one with a parameter out of its range: a mistake of the host's program. */
+/**
+ * A request that is wrong in itself, such as one with a parameter out of its range: a mistake of the host's program.
+ */
 export class RequestError extends Error {
   /** JSON-RPC's own: -32602 for a bad parameter, -32601 for a method that is not there. */
   readonly code: number;

@@ -1,5 +1,5 @@
-// Where the programs are that this package starts. They come with packages of their own, so that an installation gets those
-// of its system and a host that ships gets no virtual camera.
+// Where the programs are that this package starts. They come with packages of their own, so that an installation gets
+// those of its system and a host that ships gets no virtual camera.
 
 import { createRequire } from "node:module";
 import { CameraProblem, ownProblem } from "./problem.js";
@@ -22,8 +22,8 @@ function tether(): string {
   const found = process.env["CAMERA_WORKER_TETHER"] || packagedTether();
   if (!found) {
     const advice =
-      `Install camera-worker from a folder with the archive of camera-worker-${system} beside it, or build tether and name ` +
-      "it in the option tether or in the variable CAMERA_WORKER_TETHER.";
+      `Install camera-worker from a folder with the archive of camera-worker-${system} beside it, ` +
+      "or build tether and name it in the option tether or in the variable CAMERA_WORKER_TETHER.";
     throw ownProblem("tether-missing", `There is no tether for ${platform}-${arch}.`, advice);
   }
   return found;

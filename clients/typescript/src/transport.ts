@@ -28,7 +28,10 @@ export interface Connection {
 }
 
 export interface Transport {
-  /** Whether the session is this client's alone: it initializes, shuts down, and begins again when the connection is lost. */
+  /**
+   * Whether the session is this client's alone: it initializes, shuts down, and begins again when the connection is
+   * lost.
+   */
   readonly owns: boolean;
   open(listener: Listener, wishes: Wishes): Connection;
 }

@@ -52,7 +52,8 @@ function Setting(setting: {
           ? "Being changed."
           : inForce === null
             ? "Known once a camera is connected."
-            : `${differs ? "Asked, but not in force. In force: " : "In force: "}${setting.inForceWords[inForce] ?? inForce}`}
+            : (differs ? "Asked, but not in force. In force: " : "In force: ") +
+              (setting.inForceWords[inForce] ?? inForce)}
       </p>
     </div>
   );

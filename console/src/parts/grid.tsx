@@ -1,5 +1,5 @@
-// A list in rows and columns that scrolls by itself and may have any number of items: of a long one only what is seen is in
-// the document. Tab comes by once, arrows move inside.
+// A list in rows and columns that scrolls by itself and may have any number of items: of a long one only what is seen
+// is in the document. Tab comes by once, arrows move inside.
 
 import type { ComponentChildren, RefObject } from "preact";
 import { useImperativeHandle, useLayoutEffect, useRef, useState } from "preact/hooks";

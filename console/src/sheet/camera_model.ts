@@ -2,7 +2,10 @@
 
 /** The part of a JPEG that EXIF data lies in: a segment has 64 KiB at most and is one of the first. */
 const firstPart = 128 * 1024;
-/** TIFF lets a directory stand behind the pixels, so a RAW is read to its end where that is so; this is more than any has. */
+/**
+ * TIFF lets a directory stand behind the pixels, so a RAW is read to its end where that is so; this is more than any
+ * has.
+ */
 const whole = 512 * 1024 * 1024;
 const modelTag = 0x0110;
 const asciiType = 2;

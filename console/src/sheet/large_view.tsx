@@ -148,7 +148,8 @@ function Stage({ item, isZoomed, onZoom }: { item: Item; isZoomed: boolean; onZo
 
 function Facts({ item, told, place }: { item: Item; told: Told; place: string }) {
   const [model, setModel] = useState<string>();
-  const file = item.pictures.find(({ format }) => format === "jpeg") ?? item.pictures.find(({ kind }) => kind === "raw");
+  const file =
+    item.pictures.find(({ format }) => format === "jpeg") ?? item.pictures.find(({ kind }) => kind === "raw");
   useEffect(() => {
     const leaving = new AbortController();
     if (file) {

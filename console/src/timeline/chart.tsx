@@ -167,4 +167,5 @@ export function Chart(chart: {
 }
 
 const described = (shots: number, told: Told): string =>
-  `Drawing of ${shots} shots, ${told.problems.length} problems and ${told.lines.length} lines of the wire over time; the tables below say the same`;
+  `Drawing of ${shots} shots, ${told.problems.length} problems and ${told.lines.length} lines of the wire over time; ` +
+  "the tables below say the same";

@@ -60,7 +60,9 @@ export function Bar(bar: {
   );
 }
 
-/** Moments, each with its words where there is room up to the next one, or else in front. Those on one spot are counted. */
+/**
+ * Moments, each with its words where there is room up to the next one, or else in front. Those on one spot are counted.
+ */
 export function Moments<T>(lane: {
   scale: Scale;
   y: number;

@@ -112,7 +112,10 @@ export function createStore(clock: () => number = Date.now): Store {
 
   const now = (): number => (told.zero === undefined ? latest : clock() - told.zero);
 
-  /** When a notification was told: it says so itself, or it comes now, or, while what has been is told, with the line before. */
+  /**
+   * When a notification was told: it says so itself, or it comes now, or, while what has been is told, with the line
+   * before.
+   */
   const moment = ({ atMs }: { atMs?: unknown }): number => {
     if (typeof atMs === "number") {
       return atMs;

@@ -11,7 +11,8 @@ import { tether } from "./tree.js";
 
 const shots = 50;
 
-test("50 pairs, pulled cables, cards, killed processes and new folders: nothing is lost, nothing comes twice", { timeout: 600_000 }, () =>
+const promise = "50 pairs, pulled cables, cards, killed processes and new folders: nothing is lost, nothing comes twice";
+test(promise, { timeout: 600_000 }, () =>
   inNewFolder(async (top) => {
     const folders = ["morning", "noon", "evening"].map((name) => join(top, name));
     const journal = join(top, "journal");
@@ -37,7 +38,8 @@ test("50 pairs, pulled cables, cards, killed processes and new folders: nothing 
       await lost;
     };
     const killWorker = (): Promise<void> => losing(async () => process.kill(await workerProcess(), "SIGKILL"));
-    const killTether = (): Promise<unknown> => Promise.all([gone(), tetherProcess().then((pid) => process.kill(pid, "SIGKILL"))]);
+    const killTether = (): Promise<unknown> =>
+      Promise.all([gone(), tetherProcess().then((pid) => process.kill(pid, "SIGKILL"))]);
     let interrupted = 0;
 
     // What is done before a shot, and while it is under way. A shot that nothing is done to must be complete.
@@ -101,8 +103,8 @@ test("50 pairs, pulled cables, cards, killed processes and new folders: nothing 
     assert.deepEqual(lying.sort(), [...paths].sort());
     assert.deepEqual(all.map(({ cameraName }) => cameraName).sort(), (await delivered(journal)).sort());
     for (const folder of folders) {
-      const runs = (await readdir(join(folder, ".incoming"), { withFileTypes: true })).filter((entry) => entry.isDirectory());
-      for (const { name } of runs) {
+      const incoming = await readdir(join(folder, ".incoming"), { withFileTypes: true });
+      for (const { name } of incoming.filter((entry) => entry.isDirectory())) {
         assert.deepEqual(await visible(join(folder, ".incoming", name)), []);
       }
       assert.ok(paths.some((path) => path.startsWith(folder)), `pictures in ${folder}`);

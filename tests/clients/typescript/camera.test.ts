@@ -164,7 +164,12 @@ test("a tether that is killed fails what waits at once, and is started again wit
 
 test("settings outlive a tether that is killed", () =>
   withCamera(async (camera, folder) => {
-    await camera.configure({ folder: join(folder, "second"), fileType: "raw", saveDestination: "both", name: "-{n:3}" });
+    await camera.configure({
+      folder: join(folder, "second"),
+      fileType: "raw",
+      saveDestination: "both",
+      name: "-{n:3}",
+    });
     process.kill(await tetherProcess(), "SIGKILL");
     await next(camera, "problem", ({ code }) => code === "tether-gone");
     await untilState(camera, "ready");

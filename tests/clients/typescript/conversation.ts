@@ -137,7 +137,9 @@ class Player {
       try {
         await within(this.#do(step, at === opening));
       } catch (error) {
-        throw new Error(`step ${at + 1}, ${JSON.stringify(step).slice(0, 300)}: ${(error as Error).message}`, { cause: error });
+        throw new Error(`step ${at + 1}, ${JSON.stringify(step).slice(0, 300)}: ${(error as Error).message}`, {
+          cause: error,
+        });
       }
     }
     await within(this.#finish());
@@ -170,7 +172,10 @@ class Player {
       return this.#camera!.close();
     }
     // The rest is the stand-in's.
-    return assert.ok(["asked", "writes", "late", "dies", "started"].some((verb) => verb in step), "there is no such step");
+    return assert.ok(
+      ["asked", "writes", "late", "dies", "started"].some((verb) => verb in step),
+      "there is no such step",
+    );
   }
 
   #filledIn(value: any): any {

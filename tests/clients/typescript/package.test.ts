@@ -95,7 +95,8 @@ test("what README and example show compiles and does what they say, and what is 
   // Full-size pictures take a busy machine longer than a shot waits.
   const env = { ...environment, CAMERA_SIM_SCENE: virtual.environment["CAMERA_SIM_SCENE"] };
   await inHost({ first: first!, testing, booth, misuse }, async (folder) => {
-    const host = (...program: string[]): Promise<{ stdout: string }> => run(process.execPath, program, { cwd: folder, env });
+    const host = (...program: string[]): Promise<{ stdout: string }> =>
+      run(process.execPath, program, { cwd: folder, env });
 
     assert.match((await host("first.js")).stdout, /opening[^]*ready[^]*complete \[\s*'.*\/shots\/DSC00001\.JPG'\s*\]/);
     assert.match((await host("testing.js")).stdout, /card out/);
@@ -105,7 +106,10 @@ test("what README and example show compiles and does what they say, and what is 
     const printed = [...stdout.matchAll(/^Printing (.*)$/gm)].map(([, path]) => path!);
     assert.deepEqual(printed.sort(), (await visible(join(folder, "party"))).sort());
     const failing = host("booth.js", "party", "no-worker");
-    await assert.rejects(failing, (error: { code: number; stderr: string }) => error.code === 1 && /worker/i.test(error.stderr));
+    await assert.rejects(
+      failing,
+      (error: { code: number; stderr: string }) => error.code === 1 && /worker/i.test(error.stderr),
+    );
   });
 });
 
@@ -134,7 +138,10 @@ test("docs/hosts.md shows the hosts that are proven, and names every problem", a
     const { stdout } = await run(process.execPath, ["first.js", "shots"], { cwd: folder, env });
     assert.match(stdout, /\/shots\/DSC00001\.JPG\n$/);
     const failing = run(process.execPath, ["first.js", "shots", "no-worker"], { cwd: folder, env });
-    await assert.rejects(failing, (error: { code: number; stderr: string }) => error.code === 1 && /worker/i.test(error.stderr));
+    await assert.rejects(
+      failing,
+      (error: { code: number; stderr: string }) => error.code === 1 && /worker/i.test(error.stderr),
+    );
   });
 });
 

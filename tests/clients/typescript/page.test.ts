@@ -21,7 +21,8 @@ const state: State = {
 
 function picture(id: string): Picture {
   const place = { path: `/shots/${id}.JPG`, cameraName: `${id}.JPG`, bytes: 1, whole: true, recovered: false };
-  return { id, shot: null, tag: "", pair: id, kind: "developed", format: "jpeg", at: "2026-05-03T14:07:22Z", afterMs: null, ...place };
+  const at = "2026-05-03T14:07:22Z";
+  return { id, shot: null, tag: "", pair: id, kind: "developed", format: "jpeg", at, afterMs: null, ...place };
 }
 
 type Answer = (method: string, parameters: any) => unknown;
@@ -137,7 +138,9 @@ test("a page whose events break off comes back where it was, and asks for what i
     const asked: unknown[] = [];
     console.answer = (method, parameters) => {
       asked.push([method, parameters.after]);
-      return method === "pictures" ? { pictures: parameters.after === "a" ? [picture("b")] : [] } : { ...state, state: "idle" };
+      return method === "pictures"
+        ? { pictures: parameters.after === "a" ? [picture("b")] : [] }
+        : { ...state, state: "idle" };
     };
     const back = next(camera, "state");
     const missed = take(camera.pictures({ after: "a" }), 1);

@@ -47,7 +47,13 @@ function first(looks: (() => string | undefined)[]): string | undefined {
   return undefined;
 }
 
-function verbMismatch(verb: string, argument: any, value: any, names: Map<string, unknown>, is: string): string | undefined {
+function verbMismatch(
+  verb: string,
+  argument: any,
+  value: any,
+  names: Map<string, unknown>,
+  is: string,
+): string | undefined {
   const wrong = `${is}, not ${verb} ${JSON.stringify(argument)}`;
   const unless = (good: boolean): string | undefined => (good ? undefined : wrong);
   const copy = (): Map<string, unknown> => new Map(names);

@@ -47,7 +47,10 @@ export async function children(parent: number, program: string): Promise<number[
   return stdout
     .split("\n")
     .map((line) => line.trim().split(/\s+/))
-    .filter(([, ppid, stat, ...comm]) => Number(ppid) === parent && !stat!.startsWith("Z") && comm.join(" ").endsWith(program))
+    .filter(
+      ([, ppid, stat, ...comm]) =>
+        Number(ppid) === parent && !stat!.startsWith("Z") && comm.join(" ").endsWith(program),
+    )
     .map(([pid]) => Number(pid));
 }
 

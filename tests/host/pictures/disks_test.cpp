@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/mount.h>
@@ -29,7 +28,7 @@ class Disks : public testing::Test {
             ::umount2(where().c_str(), device_.empty() ? MNT_DETACH : 0);
         }
         if (!device_.empty()) {
-            output_of("losetup --detach " + device_);
+            run("losetup --detach " + device_);
         }
     }
     fs::path where() const {
@@ -41,24 +40,21 @@ class Disks : public testing::Test {
         EXPECT_TRUE(mounted_ || errno == EPERM || errno == EACCES) << std::strerror(errno);
         return mounted_;
     }
-    // By a program outside the kernel. Debian 12's has no rename that replaces nothing.
+    // By a program outside the kernel. Debian 12's has no rename that replaces nothing. False where
+    // `lacking_` says what is missing for it; any other failure is ours.
     bool mount_exfat() {
-        const std::string image = folder_.path() / "image";
-        if (device_.empty()) {
-            write_file(image, "");
-            fs::resize_file(image, std::size_t{8} << 20);
-            if (output_of("mkfs.exfat " + image).empty()) {
-                return false;
-            }
-            device_ = output_of("losetup --find --show " + image);
-            device_.erase(device_.find_last_not_of('\n') + 1);
+        if (device_.empty() && !show_image()) {
+            return false;
         }
-        mounted_ = !device_.empty() && std::system(("mount.exfat-fuse " + device_ + " " +
-                                                    where().string() + " >/dev/null 2>&1")
-                                                       .c_str()) == 0;
+        const Ran mounted = run("mount.exfat-fuse " + device_ + " " + where().string());
+        mounted_ = mounted.succeeded;
+        if (!mounted_) {
+            return lacks(mounted, "a right");
+        }
         // Its files are everybody's, the folder under it is not: a test without the disk would
         // prove nothing.
-        return mounted_ && fs::status(where()).permissions() == fs::perms::all;
+        EXPECT_EQ(fs::status(where()).permissions(), fs::perms::all) << mounted.output;
+        return !HasFailure();
     }
     bool has_exclusive_rename() const {
         write_file(where() / "before", "");
@@ -73,16 +69,58 @@ class Disks : public testing::Test {
 
     TemporaryFolder folder_;
     bool mounted_ = false;
+    std::string lacking_;
 
   private:
-    // Empty when the program failed, or is not there.
-    static std::string output_of(const std::string& command) {
-        FILE* const pipe = ::popen((command + " 2>/dev/null").c_str(), "r");
+    struct Ran {
+        bool succeeded;
+        std::string output;
+    };
+
+    static Ran run(const std::string& command) {
+        FILE* const pipe = ::popen(("export LC_ALL=C; " + command + " 2>&1").c_str(), "r");
         std::string text;
         for (int byte = std::fgetc(pipe); byte != EOF; byte = std::fgetc(pipe)) {
             text += static_cast<char>(byte);
         }
-        return ::pclose(pipe) == 0 ? text : "";
+        return {::pclose(pipe) == 0, text};
+    }
+
+    // False; it fails unless the program says that it has no such device, or may not.
+    bool lacks(const Ran& ran, const std::string& what) {
+        lacking_ = what + " is missing: " + ran.output;
+        const auto says = [&](const std::string& words) {
+            return ran.output.find(words) != std::string::npos;
+        };
+        EXPECT_TRUE(says("cannot find an unused loop device") || says(std::strerror(EPERM)) ||
+                    says(std::strerror(EACCES)))
+            << ran.output;
+        return false;
+    }
+
+    // A loop device that shows an exFAT image.
+    bool show_image() {
+        for (const std::string program : {"mkfs.exfat", "losetup", "mount.exfat-fuse"}) {
+            if (!run("command -v " + program).succeeded) {
+                lacking_ = program + " is missing";
+                return false;
+            }
+        }
+        if (::access("/dev/fuse", R_OK | W_OK) != 0) {
+            lacking_ = std::string("/dev/fuse: ") + std::strerror(errno);
+            return false;
+        }
+        const std::string image = folder_.path() / "image";
+        write_file(image, "");
+        fs::resize_file(image, std::size_t{8} << 20);
+        const Ran made = run("mkfs.exfat " + image);
+        EXPECT_TRUE(made.succeeded) << made.output;
+        const Ran shown = run("losetup --find --show " + image);
+        if (!shown.succeeded) {
+            return lacks(shown, "a loop device");
+        }
+        device_ = shown.output.substr(0, shown.output.find('\n'));
+        return made.succeeded;
     }
 
     std::string device_;  // that shows the image
@@ -154,8 +192,7 @@ TEST_F(Disks, AnEmptyDiskIsTakenAndAnEjectedOneIsGone) {
 
 TEST_F(Disks, ExfatTakesPicturesByReservationWhereItHasNoSuchRename) {
     if (!mount_exfat()) {
-        GTEST_SKIP()
-            << "exFAT cannot be mounted here: it takes exfat-fuse, mkfs.exfat and a loop device";
+        GTEST_SKIP() << "exFAT cannot be mounted here: " << lacking_;
     }
     Desk desk(where());
     desk.open();
@@ -173,8 +210,7 @@ TEST_F(Disks, ExfatTakesPicturesByReservationWhereItHasNoSuchRename) {
 
 TEST_F(Disks, ExfatIsBroughtInAfterItsFilesGotNewNumbers) {
     if (!mount_exfat()) {
-        GTEST_SKIP()
-            << "exFAT cannot be mounted here: it takes exfat-fuse, mkfs.exfat and a loop device";
+        GTEST_SKIP() << "exFAT cannot be mounted here: " << lacking_;
     }
     host::Picture picture;
     {
@@ -201,8 +237,7 @@ TEST_F(Disks, ExfatIsBroughtInAfterItsFilesGotNewNumbers) {
 
 TEST_F(Disks, ExfatLosesNothingWhenKilledAtAnyStepAndMountedAnew) {
     if (!mount_exfat()) {
-        GTEST_SKIP()
-            << "exFAT cannot be mounted here: it takes exfat-fuse, mkfs.exfat and a loop device";
+        GTEST_SKIP() << "exFAT cannot be mounted here: " << lacking_;
     }
     // A step and the next but two leave the same on the disk more often than not.
     constexpr int stride = 3;

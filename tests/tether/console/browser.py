@@ -19,6 +19,10 @@ class Wrong(AssertionError):
     """The server did what it must not do."""
 
 
+class Skipped(Exception):
+    """It cannot be played here, and why."""
+
+
 def require(condition, what):
     if not condition:
         raise Wrong(what)

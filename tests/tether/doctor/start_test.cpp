@@ -151,7 +151,7 @@ TEST_F(Start, ItDoesNotLeave) {
     for (const char* ending :
          {"exec sleep 1000", "while read line; do :; done", "read line; exit 2"}) {
         write_script("echo 'CPP_WORKER|START sony-1.0'; echo 'READY|OK'\n" + std::string(ending));
-        EXPECT_EQ(said(start(impatient())),
+        EXPECT_EQ(said(start({std::chrono::seconds(30), impatient().end})),
                   "FAIL start: the worker gets ready, but does not end in order at a QUIT")
             << ending;
     }

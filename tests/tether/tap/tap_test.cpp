@@ -360,6 +360,29 @@ TEST_F(TapTest, AWorkerThatHangsIsKilledWithItsTap) {
     EXPECT_TRUE(await("record", " # the worker was killed with the tap\n"));
 }
 
+// Behind a worker that has ended, another process could get its number, and be killed for it.
+TEST_F(TapTest, AWorkersNumberIsNobodyElsesAsLongAsItMayBeKilled) {
+    // It hangs without a child, which would be in its group too.
+    start("mkfifo \"$0/nobody\"; echo $$; read line <\"$0/nobody\"");
+    std::string number;
+    do {
+        number += hear(1);
+    } while (number.back() != '\n');
+    const int worker = std::stoi(number);
+    ASSERT_TRUE(await("record", " < "));
+    EXPECT_TRUE(tap_->signal(SIGKILL));
+    EXPECT_EQ(status(), "signal 9");
+    EXPECT_EQ(kill(-worker, SIGSTOP), 0);
+    EXPECT_EQ(kill(worker, SIGKILL), 0);
+    const auto deadline = host::after(patience);
+    while (kill(worker, 0) == 0 && host::Clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_EQ(kill(-worker, 0), 0) << "nothing keeps the number";
+    kill(-worker, SIGCONT);
+    EXPECT_TRUE(await("record", " # the worker has ended\n"));
+}
+
 // One that was given its ladder is killed at once, as it would be without a tap.
 TEST_F(TapTest, AWorkerThatHangsIsKilledAtOnceBehindTheLadder) {
     start("trap '' TERM; echo ready; while :; do sleep 1000 3>&-; done");
