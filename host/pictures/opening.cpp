@@ -28,13 +28,13 @@ constexpr std::chrono::milliseconds between_looks{20};
 constexpr const char* some_run = "run-20240501-123456-0123456789abcdef";
 
 Problem not_taken(const std::string& path, const std::string& why) {
-    return {Code::folder_not_taken, "The folder " + path + " is not taken: " + why, {}, {}};
+    return {Code::folder_not_taken, "The folder " + path + " is not taken: " + why + ".", {}, {}};
 }
 
 Problem not_usable(const std::string& path, int error) {
     if (error == EACCES || error == EPERM || error == EROFS) {
         return {Code::folder_not_permitted,
-                "The folder " + path + " cannot be written to: " + in_words(error),
+                "The folder " + path + " cannot be written to: " + in_words(error) + ".",
                 {},
                 {}};
     }
