@@ -67,8 +67,9 @@ std::optional<Story> read_file(const std::string& path, std::string& error) {
     while (file.getline(line.data(), static_cast<std::streamsize>(line.size()))) {
         text.append(line.data(), static_cast<std::size_t>(file.gcount()) - (file.eof() ? 0 : 1));
         text += file.eof() ? "" : "\n";
-        if (const std::string why = why_no_heading(text.substr(0, text.find('\n'))); !why.empty()) {
-            error = path + ": " + why;
+        error = why_no_heading(text.substr(0, text.find('\n')));
+        if (!error.empty()) {
+            error.insert(0, path + ": ");
             return std::nullopt;
         }
     }
