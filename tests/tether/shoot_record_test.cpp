@@ -1,5 +1,6 @@
 // The record of a shoot.
 #include <fcntl.h>
+#include <fstream>
 #include <signal.h>
 #include <sstream>
 #include <sys/stat.h>
