@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <thread>
+#include <utility>
 
 #include "host/camera/inbox.h"
 #include "host/camera/loop.h"
@@ -42,7 +43,12 @@ std::optional<Problem> problem_in(const Answer& answer) {
     return problem == nullptr ? std::nullopt : std::optional(*problem);
 }
 
-DiskWork work_of(const std::shared_ptr<pictures::Store>& store) {
+DiskWork work_on_disk(const std::shared_ptr<Inbox>& inbox) {
+    pictures::Options options;
+    options.folder_waited_for = [inbox](Ticket ticket, const Problem& problem) {
+        inbox->post(brain::News(brain::FolderWaitedFor{ticket, problem}));
+    };
+    const auto store = std::make_shared<pictures::Store>(std::move(options));
     return {[store](const FileWork& work) { return store->work(work); },
             [store](const ListWork& list) {
                 return store->is_open(list.folder)
@@ -59,8 +65,7 @@ DiskWork work_of(const std::shared_ptr<pictures::Store>& store) {
 class Camera::Machinery {
   public:
     explicit Machinery(CameraOptions options)
-        : loop_(std::move(options), work_of(std::make_shared<pictures::Store>()), inbox_, banner_),
-          thread_([this] {
+        : loop_(std::move(options), work_on_disk(inbox_), inbox_, banner_), thread_([this] {
               block_signals();
               loop_.run();
           }) {}

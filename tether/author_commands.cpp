@@ -81,7 +81,8 @@ void AuthorCommands::declare_replay(CLI::App& app) {
         ->add_option("--run", playing_.run,
                      "Which worker of the record, from 1; otherwise each that a host starts is the "
                      "next one")
-        ->check(CLI::Range(1U, 1'000'000U));
+        ->check(CLI::Range(1U, 1'000'000U).description(""))
+        ->type_name("NUMBER");
     replay_->prefix_command();
     replay_->footer("tether replay --fast a.record");
 }

@@ -89,10 +89,12 @@ CLI::App& declare_doctor(CLI::App& app, Patient& patient) {
     CLI::App& doctor_command =
         *app.add_subcommand("doctor", "Check that a worker has all it needs, and can start");
     doctor_command.add_option("bundle", patient.bundle, "X.app, its Contents, or a build tree")
-        ->check(CLI::ExistingPath)
+        ->check(CLI::ExistingPath.description(""))
+        ->type_name("PATH")
         ->capture_default_str();
-    doctor_command.add_option("--folder", patient.folder,
-                              "The folder for pictures; shots when it is there");
+    doctor_command
+        .add_option("--folder", patient.folder, "The folder for pictures; shots when it is there")
+        ->type_name("FOLDER");
     doctor_command.footer("tether doctor /Applications/Booth.app");
     return doctor_command;
 }
@@ -103,7 +105,7 @@ CLI::App& declare_serve(CLI::App& app, tether::SessionOptions& session) {
     tether::declare(serve_command, session);
     // One that is not there is a problem that the client is told.
     serve_command.remove_option(serve_command.get_option("--worker"));
-    serve_command.add_option("--worker", session.worker, "The camera worker");
+    serve_command.add_option("--worker", session.worker, "The camera worker")->type_name("FILE");
     serve_command.footer("tether serve --folder shots --record a.record");
     return serve_command;
 }

@@ -1,5 +1,7 @@
 #include "tether/session_options.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -15,6 +17,22 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr Range patience_range{"SECONDS", "0123456789.", 0.1, 3'600, "0.1 to 3600"};
+
+// The virtual camera would find none at each shot.
+std::string why_no_pictures(const std::string& folder) {
+    std::error_code failure;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder, failure)) {
+        std::string ending = entry.path().extension();
+        std::transform(ending.begin(), ending.end(), ending.begin(),
+                       [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
+        const bool jpeg = ending == ".jpg" || ending == ".jpeg";
+        if (jpeg && entry.path().filename().string()[0] != '.' && entry.is_regular_file(failure)) {
+            return "";
+        }
+    }
+    return failure ? "cannot read " + folder + ": " + failure.message()
+                   : "there is no JPEG in " + folder;
+}
 
 }  // namespace
 
@@ -33,7 +51,9 @@ void declare(CLI::App& command, SessionOptions& options) {
         ->check(in(patience_range))
         ->type_name(type_of(patience_range))
         ->capture_default_str();
-    command.add_option("--folder", options.folder, "Where the pictures go")->capture_default_str();
+    command.add_option("--folder", options.folder, "Where the pictures go")
+        ->type_name("FOLDER")
+        ->capture_default_str();
     command
         .add_option("--name", options.name,
                     "How files are named: {camera} (its own name), {date}, {time}, {shot}, {n}, as "
@@ -42,19 +62,28 @@ void declare(CLI::App& command, SessionOptions& options) {
             CLI::Validator([](std::string& text) { return host::pictures::why_no_name(text); }, ""))
         ->type_name("TEMPLATE");
     command.add_option("--file-type", options.file_type, "What the camera makes of a shot")
-        ->check(CLI::IsMember({"jpeg", "raw", "both"}));
+        ->check(CLI::IsMember({"jpeg", "raw", "both"}).description(""))
+        ->type_name("jpeg|raw|both");
     command.add_option("--save-dest", options.save_dest, "Where the camera puts its shots")
-        ->check(CLI::IsMember({"disk", "card", "both"}))
+        ->check(CLI::IsMember({"disk", "card", "both"}).description(""))
+        ->type_name("disk|card|both")
         ->capture_default_str();
-    command.add_option("--worker", options.worker, "The camera worker")->check(CLI::ExistingFile);
+    command.add_option("--worker", options.worker, "The camera worker")
+        ->check(CLI::ExistingFile.description(""))
+        ->type_name("FILE");
     command.add_option("--scene", options.scene, "A scene for the virtual camera")
-        ->check(CLI::ExistingFile);
+        ->check(CLI::ExistingFile.description(""))
+        ->type_name("FILE");
     command.add_option("--pictures", options.pictures, "Pictures for the virtual camera to take")
-        ->check(CLI::ExistingDirectory);
+        ->check(CLI::ExistingDirectory.description(""))
+        ->check(CLI::Validator(why_no_pictures, ""))
+        ->type_name("FOLDER");
     CLI::Option* record =
-        command.add_option("--record", options.record,
-                           "Write every line with its time to a new file; one with something in "
-                           "it is refused");
+        command
+            .add_option("--record", options.record,
+                        "Write every line with its time to a new file; one with something in "
+                        "it is refused")
+            ->type_name("FILE");
     command.add_flag("--redact", options.redact, "Keep paths and names out of the record")
         ->needs(record);
 }

@@ -220,6 +220,7 @@ class Brain {
     void on(const LineTooLong& news);
     void on(const WorkerInputFull& news);
     void on(const CameraIsSimulated& news);
+    void on(const FolderWaitedFor& news);
     void on(const TimeOfDayIs& news);
 
     // session/opening.cpp
@@ -419,6 +420,7 @@ class Brain {
     std::string folder_;
     bool folder_open_ = false;
     Ticket folder_ticket_ = 0;
+    std::optional<Problem> folder_waited_for_;
     std::string name_;
     Time patience_;
     Time expires_;

@@ -1,10 +1,12 @@
-// What the brain is told about the worker's process, and about the time of day.
+// What the brain is told about the worker's process, a folder that is waited for, and the time of
+// day.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <variant>
 
+#include "host/values/file_work.h"
 #include "host/values/requests.h"
 #include "host/values/time.h"
 
@@ -48,12 +50,18 @@ struct WorkerInputFull {
 // The virtual camera has announced itself on standard error.
 struct CameraIsSimulated {};
 
+// Another program uses the folder that is being opened, and is given time to end.
+struct FolderWaitedFor {
+    Ticket ticket = 0;  // of its OpenFolder
+    Problem problem;    // what it will be if that does not end
+};
+
 // Told before anything else, and again whenever pass() is about to be called.
 struct TimeOfDayIs {
     TimeOfDay now{};
 };
 
 using News = std::variant<WorkerStarted, WorkerNotStarted, WorkerEnded, WorkerFlooded, LineTooLong,
-                          WorkerInputFull, CameraIsSimulated, TimeOfDayIs>;
+                          WorkerInputFull, CameraIsSimulated, FolderWaitedFor, TimeOfDayIs>;
 
 }  // namespace host::brain

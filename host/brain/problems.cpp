@@ -63,6 +63,9 @@ Problem Brain::standing_in_the_way() const {
     if (found != all.end()) {
         return *found;
     }
+    if (folder_waited_for_) {
+        return *folder_waited_for_;
+    }
     // What is still being waited for when a request is out of time is no problem that stands yet.
     if (state_ == State::starting && (worker_ == Worker::none || worker_ == Worker::making_run)) {
         return {Code::folder_gone, "The disk of the folder has not answered yet.", {}, {}};

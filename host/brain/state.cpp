@@ -15,6 +15,7 @@ SessionState Brain::state() const {
     state.file_type = type_;
     state.restarts = restarts_told_;
     state.problems = problems_.all();
+    state.waited_for = folder_waited_for_;
     return state;
 }
 

@@ -37,7 +37,7 @@ void Loop::carry_out(brain::StartWorker& effect) {
     last_words_ = {};
     worker_ = RunningWorker::start(options_, effect, inbox_, why);
     if (!worker_) {
-        inbox_->post(brain::WorkerNotStarted{effect.run, why});
+        inbox_->post(brain::WorkerNotStarted{effect.run, why + "."});
     }
 }
 

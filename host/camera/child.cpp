@@ -18,7 +18,7 @@ std::shared_ptr<Child> Child::start(std::string run, SpawnRequest request, Child
             child->run(std::move(request), std::move(ends));
         }).detach();
     } catch (const std::system_error& error) {
-        child->inbox_->post(brain::WorkerNotStarted{child->run_, error.what()});
+        child->inbox_->post(brain::WorkerNotStarted{child->run_, std::string(error.what()) + "."});
     }
     return child;
 }
@@ -46,7 +46,7 @@ void Child::run(SpawnRequest request, ChildEnds ends) {
     const std::optional<pid_t> process = spawn(request, ends.input, ends.output, why);
     ends = {};
     if (!process) {
-        inbox_->post(brain::WorkerNotStarted{run_, why});
+        inbox_->post(brain::WorkerNotStarted{run_, why + "."});
         return;
     }
     {

@@ -7,6 +7,7 @@
 #include <sys/statvfs.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 #include "host/pictures/disk/lock.h"
 #include "host/pictures/disk/regular_file.h"
@@ -27,13 +28,13 @@ constexpr std::chrono::milliseconds between_looks{20};
 constexpr const char* some_run = "run-20240501-123456-0123456789abcdef";
 
 Problem not_taken(const std::string& path, const std::string& why) {
-    return {Code::folder_not_taken, "The folder " + path + " is not taken: " + why, {}, {}};
+    return {Code::folder_not_taken, "The folder " + path + " is not taken: " + why + ".", {}, {}};
 }
 
 Problem not_usable(const std::string& path, int error) {
     if (error == EACCES || error == EPERM || error == EROFS) {
         return {Code::folder_not_permitted,
-                "The folder " + path + " cannot be written to: " + in_words(error),
+                "The folder " + path + " cannot be written to: " + in_words(error) + ".",
                 {},
                 {}};
     }
@@ -193,9 +194,9 @@ FileAnswer Store::open_folder(const OpenFolder& work) {
     return FolderOpened{work.ticket, open.path, {}, {}, open.last_shot, open.room()};
 }
 
-std::optional<Problem> Store::lock_folder(Folder& folder) {
+std::optional<Problem> Store::lock_folder(Ticket ticket, Folder& folder) const {
     const TimePoint deadline = after(options_.folder_in_use);
-    for (;;) {
+    for (bool told = !options_.folder_waited_for;;) {
         Lock lock = take_lock(folder.incoming.number(), lock_name);
         if (lock.taken == Taken::no) {
             return lock.error == EINVAL
@@ -211,6 +212,9 @@ std::optional<Problem> Store::lock_folder(Folder& folder) {
         if (hurried_ || Clock::now() >= deadline) {
             return in_use(folder, lock);
         }
+        if (!std::exchange(told, true)) {
+            options_.folder_waited_for(ticket, in_use(folder, lock));
+        }
         std::this_thread::sleep_for(between_looks);
     }
 }
@@ -218,7 +222,7 @@ std::optional<Problem> Store::lock_folder(Folder& folder) {
 FileAnswer Store::take_folder(Ticket ticket, std::shared_ptr<Folder> folder) {
     std::optional<Problem> problem = make_incoming(*folder);
     if (!problem) {
-        problem = lock_folder(*folder);
+        problem = lock_folder(ticket, *folder);
     }
     if (!problem) {
         problem = open_ledger(*folder);

@@ -20,7 +20,7 @@ namespace {
 Problem no_run(const Folder& folder, int error) {
     const bool forbidden = error == EACCES || error == EPERM || error == EROFS;
     return {forbidden ? Code::folder_not_permitted : Code::folder_not_taken,
-            "No place for pictures can be made in " + folder.path + ": " + in_words(error),
+            "No place for pictures can be made in " + folder.path + ": " + in_words(error) + ".",
             {},
             {}};
 }

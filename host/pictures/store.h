@@ -23,6 +23,8 @@ namespace host::pictures {
 struct Options {
     // How long another program that uses the folder is waited for.
     std::chrono::milliseconds folder_in_use{20000};
+    // Called once when one has to be; may be none.
+    std::function<void(Ticket, const Problem&)> folder_waited_for{};
     // A worker that outlived its host has read the end of its input by then, and is given the time
     // that its own shutdown takes; then SIGTERM, then SIGKILL.
     std::chrono::milliseconds before_sigterm{4000};
@@ -80,7 +82,7 @@ class Store {
     // opening.cpp
     FileAnswer open_folder(const OpenFolder& work);
     FileAnswer take_folder(Ticket ticket, std::shared_ptr<Folder> folder);
-    std::optional<Problem> lock_folder(Folder& folder);
+    std::optional<Problem> lock_folder(Ticket ticket, Folder& folder) const;
     void close_folder(const std::string& path);
     FolderLooked look(const LookAtFolder& work) const;
     bool can_be_shot_into(const Folder& folder) const;

@@ -26,8 +26,9 @@ struct SessionState {
     std::string folder;  // the one in force
     Setting<SaveDestination> save_destination;
     Setting<FileType> file_type;
-    unsigned int restarts = 0;      // workers that took the place of one that was lost
-    std::vector<Problem> problems;  // those that stand, at most one of a code
+    unsigned int restarts = 0;            // workers that took the place of one that was lost
+    std::vector<Problem> problems;        // those that stand, at most one of a code
+    std::optional<Problem> waited_for{};  // what is no problem yet, and becomes one if it stays
 
     bool operator==(const SessionState&) const = default;
 };

@@ -69,6 +69,22 @@ TEST_F(OptionsTest, NumbersAtTheEndsOfTheirRangeAreTaken) {
     }
 }
 
+TEST_F(OptionsTest, AFolderWithoutPicturesIsRefusedBeforeAnyShot) {
+    fs::create_directories(folder_ / "empty");
+    write("empty/.a.jpg", "hidden");
+    write("empty/a.txt", "no picture");
+    for (const char* command : {"shoot", "watch", "serve"}) {
+        fs::remove(folder_ / "errors");
+        const auto tether = start(
+            {TETHER_COMMAND, {command, "--pictures", folder_ / "empty"}, {}, folder_ / "errors"});
+        const auto exit = tether->await_exit(host::after(patience));
+        ASSERT_TRUE(exit) << command;
+        EXPECT_EQ(describe(*exit), "status 2") << command;
+        EXPECT_EQ(read("errors"),
+                  "tether: --pictures: there is no JPEG in " + (folder_ / "empty").string() + "\n");
+    }
+}
+
 TEST_F(OptionsTest, TheWorkerIsTheOneOfTheVariableWhenNoneIsNamed) {
     const fs::path bundle = folder_ / "elsewhere";
     fs::create_directories(bundle / "Contents/MacOS");

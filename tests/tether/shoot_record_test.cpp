@@ -1,4 +1,6 @@
 // The record of a shoot.
+#include <fcntl.h>
+#include <fstream>
 #include <signal.h>
 #include <sstream>
 #include <sys/stat.h>
@@ -56,6 +58,7 @@ TEST_F(ShootRecordTest, EachLineIsRecordedAtOnce) {
           "done\n");
     fs::permissions(folder_ / "silent", fs::perms::owner_all);
     ASSERT_EQ(mkfifo((folder_ / "record").c_str(), 0600), 0);
+    const host::Descriptor reader(::open((folder_ / "record").c_str(), O_RDWR | O_CLOEXEC));
     start_tether({"--worker", folder_ / "silent", "--record", folder_ / "record"});
     std::ifstream record(folder_ / "record");
     std::string line;
@@ -68,12 +71,31 @@ TEST_F(ShootRecordTest, EachLineIsRecordedAtOnce) {
 
 TEST_F(ShootRecordTest, ARecordThatEndsEarlyIsSaidSoAndCostsNoPicture) {
     ASSERT_EQ(mkfifo((folder_ / "record").c_str(), 0600), 0);
+    host::Descriptor reader(::open((folder_ / "record").c_str(), O_RDWR | O_CLOEXEC));
     start_tether({"--shots", "2", "--record", folder_ / "record"});
-    std::ifstream(folder_ / "record").get();
+    char first = 0;
+    EXPECT_EQ(::read(reader.number(), &first, 1), 1);
+    reader.close();
     EXPECT_EQ(status(), "status 1");
     EXPECT_TRUE(printed("tether: the record ends here: Broken pipe\n")) << output_;
     EXPECT_TRUE(printed("2 shots, 2 files, ")) << output_;
     EXPECT_TRUE(printed("\n! the record is not complete: Broken pipe\n")) << output_;
+}
+
+TEST_F(ShootRecordTest, APipeThatNobodyReadsIsRefusedByEveryCommand) {
+    ASSERT_EQ(mkfifo((folder_ / "record").c_str(), 0600), 0);
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"tap", "--record", folder_ / "record", WORKER},
+          {"serve", "--record", folder_ / "record"},
+          {"shoot", "--record", folder_ / "record"}}) {
+        fs::remove(folder_ / "errors");
+        const auto tether = start({TETHER_COMMAND, command, {}, folder_ / "errors"});
+        const auto exit = tether->await_exit(host::after(patience));
+        ASSERT_TRUE(exit) << command.front();
+        EXPECT_EQ(describe(*exit), "status 2") << command.front();
+        EXPECT_EQ(read("errors"), "tether: cannot write " + (folder_ / "record").string() +
+                                      ": nobody reads from it\n");
+    }
 }
 
 TEST_F(ShootRecordTest, ARedactedRecordHoldsNoPathsAndNames) {

@@ -1,5 +1,7 @@
 // A tethered shoot.
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/file.h>
 
 #include "tests/tether/command_test.h"
 
@@ -194,6 +196,21 @@ TEST_F(ShootTest, AnOutputThatNobodyReadsCostsNoPicture) {
     }
     EXPECT_EQ(status(), "status 0");
     EXPECT_TRUE(printed("\n3 shots, 3 files, ")) << output_.substr(output_.size() - 500);
+}
+
+// The lock, and the note of who has it.
+TEST_F(ShootTest, AFolderInUseIsSaidAtOnceAndAtTheEnd) {
+    write("shots/.incoming/lock", "4711\n");
+    const host::Descriptor lock(
+        ::open((folder_ / "shots/.incoming/lock").c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_EQ(flock(lock.number(), LOCK_EX | LOCK_NB), 0);
+    const std::string said =
+        "The folder " + (folder_ / "shots").string() + " is used by another program, process 4711";
+    start_tether({"--wait", "1"});
+    read_to("         · " + said + "; waiting until it ends");
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("\n! " + said + ".\n")) << output_;
+    EXPECT_FALSE(printed("disk")) << output_;
 }
 
 TEST_F(ShootTest, AProcessThatTheWorkerLeavesBehindHoldsNobodyUp) {

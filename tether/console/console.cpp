@@ -1,6 +1,8 @@
 #include "tether/console/console.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -136,19 +138,22 @@ int carry_out(Options options) {
         options.serve.camera.environment.emplace_back(journal_variable, journal->path());
     }
     const bool open = options.open;
-    const int status = session.run(std::move(options.serve), [&access, open] {
-        std::printf("%s\n", access.address().c_str());
-        std::fflush(stdout);
-        if (open) {
+    std::atomic<int> unseen{0};
+    const int status = session.run(std::move(options.serve), [&access, &unseen, open] {
+        // Without its address nobody finds the page.
+        if (std::printf("%s\n", access.address().c_str()) < 0 || std::fflush(stdout) != 0) {
+            unseen = wrong(std::string("cannot write the page's address: ") + std::strerror(errno));
+            kill(getpid(), SIGTERM);
+        } else if (open) {
             open_in_browser(access.address_for_once());
         }
     });
     journal.reset();
     if (!connections.end(host::after(to_end))) {
         // A disk that does not answer holds somebody who asked for a file of it.
-        std::_Exit(status);
+        std::_Exit(std::max(status, unseen.load()));
     }
-    return status;
+    return std::max(status, unseen.load());
 }
 
 }  // namespace console

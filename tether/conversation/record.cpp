@@ -29,9 +29,11 @@ std::string heading() {
 }  // namespace
 
 bool Record::open(const std::filesystem::path& file) {
-    file_ = host::Descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666));
+    // A pipe that nobody reads would be waited for.
+    file_ = host::Descriptor(
+        ::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0666));
     if (!file_.is_open()) {
-        trouble_ = std::strerror(errno);
+        trouble_ = errno == ENXIO ? "nobody reads from it" : std::strerror(errno);
         return false;
     }
     // Two that begin at once would both find it empty. Where nothing can be locked, they may.

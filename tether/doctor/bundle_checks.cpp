@@ -76,6 +76,9 @@ Finding worker_is_there(const Bundle& bundle, const std::optional<ProgramFile>& 
     if (!why.empty() && !fs::is_regular_file(bundle.worker, nowhere)) {
         return failure(name + " " + why, build_it);
     }
+    if (why.empty() && !program && access(bundle.worker.c_str(), X_OK) != 0) {
+        return failure(name + " is no program of Linux or macOS, and not executable", build_it);
+    }
     if (access(bundle.worker.c_str(), X_OK) != 0) {
         return failure(name + " is not executable", "chmod +x " + in_shell_quotes(bundle.worker));
     }

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 #include "host/values/problem.h"
 #include "host/values/problem_texts.h"
@@ -11,6 +12,7 @@
 #include "tether/conversation/record_line.h"
 #include "tether/explain/pattern.h"
 #include "tether/explain/wire_texts.h"
+#include "tether/live/session_words.h"
 
 namespace explain {
 namespace {
@@ -20,18 +22,16 @@ constexpr std::size_t margin = 10;
 // A pasted text is compared this far.
 constexpr std::size_t longest_compared = 200;
 
-// "  Means:  " and the text behind it, over as many lines as it takes.
-std::string paragraph(std::string_view name, std::string_view text) {
-    std::string all = "  " + std::string(name);
-    all.resize(std::max(all.size() + 1, margin), ' ');
+// What has begun and the text behind it, over as many lines as it takes.
+std::string wrapped(std::string all, std::string_view text, std::size_t indent) {
     std::size_t column = all.size();
     bool first = true;
     while (!text.empty()) {
         const std::string_view word = text.substr(0, text.find(' '));
         text.remove_prefix(std::min(word.size() + 1, text.size()));
         if (!first && column + 1 + word.size() > columns) {
-            all += "\n" + std::string(margin, ' ');
-            column = margin;
+            all += "\n" + std::string(indent, ' ');
+            column = indent;
         } else if (!first) {
             all += ' ';
             ++column;
@@ -41,6 +41,15 @@ std::string paragraph(std::string_view name, std::string_view text) {
         first = false;
     }
     return all + "\n";
+}
+
+// "  Means:  " and the text behind it. Backticks are for pages.
+std::string paragraph(std::string_view name, std::string_view text) {
+    std::string all = "  " + std::string(name);
+    all.resize(std::max(all.size() + 1, margin), ' ');
+    std::string plain(text);
+    std::erase(plain, '`');
+    return wrapped(std::move(all), plain, margin);
 }
 
 std::string paragraphs(std::string_view meaning, std::string_view cause, std::string_view advice) {
@@ -80,7 +89,7 @@ std::optional<std::string> of_line(std::string_view line) {
     if (found == nullptr) {
         return std::nullopt;
     }
-    std::string all = std::string(line) + "\n" + paragraph("Said:", found->when) +
+    std::string all = tether::shown(std::string(line)) + "\n" + paragraph("Said:", found->when) +
                       paragraph("Means:", found->means);
     if (const auto problem = of_problem(found->problem)) {
         all += "\n" + *problem;
@@ -113,6 +122,17 @@ std::optional<std::string> of_command(std::string_view line) {
     return std::nullopt;
 }
 
+// What is known of all lines that begin with this word.
+std::optional<std::string> of_first_word(std::string_view line) {
+    const std::string begin = capitals(line.substr(0, line.find('|'))) + "|";
+    for (const LineText& text : line_texts) {
+        if (text.text.starts_with(begin)) {
+            return begin + "..., a line of the worker\n" + paragraph("Means:", text.means);
+        }
+    }
+    return std::nullopt;
+}
+
 // Out of a record, a terminal or a transcript: without time, direction and what surrounds it.
 std::string bare(std::string text) {
     const std::size_t begin = std::min(text.find_first_not_of(" \t\"'`"), text.size());
@@ -136,6 +156,24 @@ std::optional<std::string> of_code(const std::string& text) {
     }
     const auto number = code_in("0x" + code.substr(2));
     return number ? of_sdk_code(*number) : std::nullopt;
+}
+
+// The problems and codes that stand in a sentence.
+std::optional<std::string> of_words(std::string_view text) {
+    std::string all;
+    while (!text.empty()) {
+        const std::size_t end =
+            std::min(text.find_first_not_of(
+                         "0123456789-ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"),
+                     text.size());
+        const std::string word(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+        const bool code = word.starts_with("0x") || word.starts_with("0X");
+        if (const auto found = code ? of_code(word) : of_problem(word)) {
+            all += (all.empty() ? "" : "\n") + *found;
+        }
+    }
+    return all.empty() ? std::nullopt : std::optional(all);
 }
 
 // Everything that has an explanation, as it would be asked for.
@@ -164,7 +202,9 @@ std::optional<std::string> explanation_of(std::string text) {
             return found;
         }
     }
-    return std::nullopt;
+    const auto line = of_first_word(text);
+    const auto words = of_words(text);
+    return line && words ? *line + "\n" + *words : line ? line : words;
 }
 
 std::string nearest(const std::string& text) {
@@ -178,13 +218,13 @@ std::string nearest(const std::string& text) {
             best = known;
         }
     });
-    return std::string(best);
+    return least * 3 <= asked.size() ? std::string(best) : "";
 }
 
 std::string list() {
     std::string all;
     for_each_known([&](std::string_view known, std::string_view meaning) {
-        all += std::string(known) + "\n" + paragraph("", meaning);
+        all += wrapped("", known, 4) + paragraph("", meaning);
     });
     return all;
 }
@@ -194,8 +234,10 @@ int carry_out(const std::string& text) {
         std::fputs(explanation->c_str(), stdout);
         return 0;
     }
-    std::fprintf(stderr, "tether explain: nothing is known of \"%s\"; the nearest is %s\n",
-                 text.c_str(), nearest(text).c_str());
+    const std::string near = nearest(text);
+    std::fprintf(stderr, "tether explain: nothing is known of \"%s\"%s\n",
+                 tether::shown(text).c_str(),
+                 near.empty() ? "" : ("; the nearest is " + near).c_str());
     return 1;
 }
 

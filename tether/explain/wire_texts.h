@@ -18,7 +18,7 @@ inline constexpr std::array<CommandText, 22> command_texts{{
     {"CONNECT", "CONNECT",
      "finds a camera, a USB one first, and opens it; `word` replaces the save destination",
      "`STATUS|…`, then `CONNECTED|…` or `ERROR|…`; within about 20 s of \"Opening camera "
-     "session\", but see below"},
+     "session\""},
     {"DISCONNECT", "DISCONNECT", "closes the session, gives the camera back",
      "`DISCONNECTED|`, always"},
     {"SET_DOWNLOAD_DIR", "SET_DOWNLOAD_DIR",

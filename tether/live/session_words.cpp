@@ -8,15 +8,19 @@ namespace {
 
 using host::State;
 
-// Problems are sentences; this is the one that keeps the camera away, without its full stop.
+// Problems are sentences.
+std::string without_full_stop(const host::Problem& problem) {
+    std::string text = shown(problem.text);
+    if (text.ends_with('.')) {
+        text.pop_back();
+    }
+    return text;
+}
+
 std::string why_no_camera(const host::SessionState& state) {
     for (const host::Problem& problem : state.problems) {
         if (host::severity(problem.code) == host::Severity::error) {
-            std::string text = shown(problem.text);
-            if (text.ends_with('.')) {
-                text.pop_back();
-            }
-            return text;
+            return without_full_stop(problem);
         }
     }
     return "No camera";
@@ -27,6 +31,9 @@ std::string why_no_camera(const host::SessionState& state) {
 std::string progress_of(const host::SessionState& state) {
     switch (state.state) {
         case State::starting:
+            if (state.waited_for) {
+                return without_full_stop(*state.waited_for) + "; waiting until it ends";
+            }
             return state.problems.empty() ? "starting the worker"
                                           : why_no_camera(state) + "; starting the worker";
         case State::opening:

@@ -9,13 +9,14 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <poll.h>
 #include <signal.h>
 #include <string_view>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include "tether/replay/next_run.h"
 #include "tether/replay/player.h"
@@ -30,6 +31,57 @@ namespace {
 
 constexpr int status_of_a_difference = 3;
 constexpr std::size_t longest_line = std::size_t{64} * 1024;
+// Its text is a line as above; each byte may be an escape, which takes four.
+constexpr std::size_t longest_record_line = 8 * longest_line;
+
+// A record may say anything: a signal that stops a process would keep the host waiting for ever.
+[[noreturn]] void end_as_recorded(int wait_status) {
+    const int number = WIFSIGNALED(wait_status) ? WTERMSIG(wait_status) : 0;
+    for (const int stops : {SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU}) {
+        if (number == stops) {
+            std::fprintf(stderr,
+                         "tether replay: signal %d ends no process; ending with status %d\n",
+                         number, 128 + number);
+            std::_Exit(128 + number);
+        }
+    }
+    tap::end_like(wait_status);
+}
+
+// Nothing, and why in `error`, as soon as it can be known to be no record.
+std::optional<Story> read_file(const std::string& path, std::string& error) {
+    std::error_code missing;
+    const auto kind = std::filesystem::status(path, missing).type();
+    if (!missing && kind != std::filesystem::file_type::regular) {
+        const bool folder = kind == std::filesystem::file_type::directory;
+        error = "cannot read " + path + ": it is " + (folder ? "a folder" : "no regular file");
+        return std::nullopt;
+    }
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        error = "cannot read " + path + ": " + std::strerror(errno);
+        return std::nullopt;
+    }
+    std::string text;
+    std::vector<char> line(longest_record_line);
+    while (file.getline(line.data(), static_cast<std::streamsize>(line.size()))) {
+        text.append(line.data(), static_cast<std::size_t>(file.gcount()) - (file.eof() ? 0 : 1));
+        text += file.eof() ? "" : "\n";
+        error = why_no_heading(text.substr(0, text.find('\n')));
+        if (!error.empty()) {
+            error.insert(0, path + ": ");
+            return std::nullopt;
+        }
+    }
+    if (!file.eof()) {
+        error = file.bad() ? "cannot read " + path + ": " + std::strerror(errno)
+                           : path + ": a line is longer than any of a record";
+        return std::nullopt;
+    }
+    auto story = read_story(text, error);
+    error = story ? "" : path + ": " + error;
+    return story;
+}
 
 // The player's hands.
 class Stage {
@@ -68,7 +120,7 @@ class Stage {
             [this](std::size_t line_number, const std::string& sentence) {
                 differs(line_number, sentence);
             },
-            [](const Ending& ending) { tap::end_like(ending.wait_status); },
+            [](const Ending& ending) { end_as_recorded(ending.wait_status); },
         };
     }
 
@@ -156,19 +208,10 @@ class Stage {
 }  // namespace
 
 std::string carry_out(const Options& options) {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(options.record, ignored)) {
-        return "cannot read " + options.record + ": it is a folder";
-    }
-    std::ifstream file(options.record, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (!file) {
-        return "cannot read " + options.record + ": " + std::strerror(errno);
-    }
     std::string error;
-    const auto story = read_story(text, error);
+    const auto story = read_file(options.record, error);
     if (!story) {
-        return options.record + ": " + error;
+        return error;
     }
     const std::size_t count = story->runs.size();
     if (options.run > count) {

@@ -188,17 +188,21 @@ class Reader {
 
 }  // namespace
 
-std::optional<Story> read_story(std::string_view text, std::string& error) {
+std::string why_no_heading(std::string_view line) {
     constexpr std::string_view before_format = ", record ";
-    const auto heading = tether::read_record_line(text.substr(0, text.find('\n')));
+    const auto heading = tether::read_record_line(line);
     const std::size_t format =
         heading && heading->mark == '#' ? heading->text.rfind(before_format) : std::string::npos;
     if (format == std::string::npos) {
-        error = "it does not begin as a record does";
-        return std::nullopt;
+        return "it does not begin as a record does";
     }
-    if (heading->text.substr(format + before_format.size()) != "1") {
-        error = "its format is not 1, and no other is known here";
+    const bool known = heading->text.substr(format + before_format.size()) == "1";
+    return known ? "" : "its format is not 1, and no other is known here";
+}
+
+std::optional<Story> read_story(std::string_view text, std::string& error) {
+    error = why_no_heading(text.substr(0, text.find('\n')));
+    if (!error.empty()) {
         return std::nullopt;
     }
     Reader reader;

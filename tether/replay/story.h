@@ -47,6 +47,9 @@ struct Story {
     std::vector<Run> runs;  // never empty
 };
 
+// Why a record of this format does not begin so; empty when it does.
+std::string why_no_heading(std::string_view line);
+
 // Nothing, and why in `error`, a sentence, when the text is no record.
 std::optional<Story> read_story(std::string_view text, std::string& error);
 

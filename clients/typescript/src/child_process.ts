@@ -69,7 +69,7 @@ function start(options: ChildProcessOptions, listener: Listener, wishes: Wishes)
     };
     child.on("error", (error) => {
       if (child.pid === undefined) {
-        end(ownProblem("tether-missing", `"${options.tether}" cannot be started: ${error.message}`));
+        end(ownProblem("tether-missing", `"${options.tether}" cannot be started: ${error.message}.`));
       }
     });
     // What it wrote before it ended is read first: a picture may be among it.

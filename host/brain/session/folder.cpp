@@ -24,6 +24,7 @@ void Brain::on(const FolderOpened& answer) {
         return do_now(FileWork(CloseFolder{answer.folder}));
     }
     folder_ticket_ = 0;
+    folder_waited_for_.reset();
     if (!fits_in_a_command(answer.folder)) {
         do_now(FileWork(CloseFolder{answer.folder}));
         return go_down(path_too_long(), now_ + times_.between_tries);
@@ -37,12 +38,20 @@ void Brain::on(const FolderOpened& answer) {
     }
 }
 
+void Brain::on(const FolderWaitedFor& news) {
+    if (news.ticket == folder_ticket_) {
+        folder_waited_for_ = news.problem;
+        dirty_ = true;
+    }
+}
+
 void Brain::on(const FolderNotOpened& answer) {
     if (configuring_ && configuring_->ticket == answer.ticket) {
         return move_failed(answer.problem);
     }
     if (answer.ticket == folder_ticket_) {
         folder_ticket_ = 0;
+        folder_waited_for_.reset();
         if (state_ == State::starting) {
             go_down(answer.problem, now_ + times_.between_tries);
         }

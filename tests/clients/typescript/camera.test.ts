@@ -49,7 +49,7 @@ test("a tether that is not there is a problem with an advice", () =>
     await assert.rejects(opening, (problem: unknown) => {
       assert.ok(problem instanceof CameraProblem);
       assert.equal(problem.code, "tether-missing");
-      assert.match(problem.text, /nothing/);
+      assert.match(problem.text, /nothing.*\.$/);
       assert.notEqual(problem.advice, "");
       return true;
     });

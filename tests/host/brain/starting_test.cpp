@@ -109,6 +109,21 @@ TEST(BrainStarting, AFolderInUseIsAnErrorOfStartAndTriedAgain) {
     EXPECT_EQ(stage.asked_of_disk<OpenFolder>().size(), 1U);
 }
 
+TEST(BrainStarting, AFolderThatIsWaitedForIsShownAndIsNoProblemYet) {
+    Stage stage;
+    stage.disk_answers = false;
+    const RequestId connect = stage.ask(Connect{});
+    const Ticket ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
+    stage.tell(FolderWaitedFor{ticket + 1, {Code::folder_in_use, "another folder", {}, {}}});
+    EXPECT_FALSE(stage.state().waited_for);
+    stage.tell(FolderWaitedFor{ticket, {Code::folder_in_use, "in use", {}, {}}});
+    EXPECT_EQ(stage.state().waited_for.value().code, Code::folder_in_use);
+    EXPECT_TRUE(stage.state().problems.empty());
+    stage.answer(FolderOpened{ticket, "/shots", {}, {}, 0, {}});
+    EXPECT_FALSE(stage.state().waited_for);
+    EXPECT_FALSE(stage.is_answered(connect));
+}
+
 TEST(BrainStarting, AWorkerThatDoesNotGetReadyIsEndedQuicklyAndReplaced) {
     Stage stage;
     stage.worker_gets_ready = false;

@@ -115,6 +115,7 @@ TEST_F(BrokenWorkerTest, OneThatIsMissingIsSaidAtOnce) {
     ASSERT_TRUE(problem);
     EXPECT_EQ(problem->code, Code::worker_missing);
     EXPECT_NE(problem->text.find(folder_ / "no-worker"), std::string::npos) << problem->text;
+    EXPECT_TRUE(problem->text.ends_with("No such file or directory.")) << problem->text;
     await_state(State::down);
 }
 

@@ -156,6 +156,16 @@ def the_port_can_be_chosen_and_one_that_is_taken_is_said(stage):
     require(again.get("/", {"Cookie": f"tether-{port}={console.token}"}).status == 403, "an old token lets in")
 
 
+@scenario
+def an_address_that_cannot_be_written_is_said_and_ends_it(stage):
+    if not os.path.exists("/dev/full"):
+        raise Skipped("this system has no /dev/full")
+    with open("/dev/full", "wb") as full:
+        found = subprocess.run([stage.tether, "console", "--folder", str(stage.shots)],
+                               stdout=full, stderr=subprocess.PIPE, check=False, timeout=PATIENCE)
+    require(found.returncode == 2 and b"tether: cannot write the page's address: " in found.stderr, found)
+
+
 # JSON-RPC.
 
 

@@ -61,6 +61,16 @@ TEST_F(Bundle, TheWorkerIsNotExecutable) {
     EXPECT_EQ(worker_finding(), "FAIL worker: " + worker.string() + " is not executable");
 }
 
+TEST_F(Bundle, ATextIsNoProgramThatOnlyLacksAPermission) {
+    write_script("exit");
+    fs::permissions(worker, fs::perms::owner_read | fs::perms::owner_write);
+    const doctor::Finding finding =
+        doctor::worker_is_there(bundle(), doctor::read_program_file(worker));
+    EXPECT_EQ(said(finding), "FAIL worker: " + worker.string() +
+                                 " is no program of Linux or macOS, and not executable");
+    EXPECT_EQ(finding.advice.find("chmod"), std::string::npos) << finding.advice;
+}
+
 TEST_F(Bundle, TheWorkerIsAScript) {
     write_script("exit");
     EXPECT_EQ(worker_finding(), "warn worker: " + worker.string() +

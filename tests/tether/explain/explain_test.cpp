@@ -101,8 +101,9 @@ TEST(Explain, ALineMayBePastedAsItStands) {
 
 TEST(Explain, WhatIsNotKnownIsSaidSoWithTheNearest) {
     for (const char* text :
-         {"", "no such thing", "0x12345678", "DEADBEEF01", "0x", "DOWNLOADED|"}) {
+         {"", "no such thing", "0x12345678", "DEADBEEF01", "0x", "it broke (0x12345678)"}) {
         EXPECT_FALSE(explanation_of(text)) << text;
+        EXPECT_EQ(explain::nearest("no such thing"), "");
     }
     EXPECT_EQ(explain::nearest("camera-losst"), "camera-lost");
     EXPECT_EQ(explain::nearest("CONECT"), "CONNECT");
@@ -110,8 +111,37 @@ TEST(Explain, WhatIsNotKnownIsSaidSoWithTheNearest) {
     EXPECT_EQ(explain::nearest("error|camera not conected"), "ERROR|Camera not connected");
 }
 
+TEST(Explain, TheFirstWordOfALineSaysWhatItIsInGeneral) {
+    expect_parts("DOWNLOADED", {"DOWNLOADED|..., a line", "a file is on the computer"});
+    expect_parts("connected", {"CONNECTED|..., a line", "the session is up"});
+    expect_parts("ERROR|Something of a later worker (0x00008402)",
+                 {"ERROR|..., a line", "a failure, for people", "\n0x00008402, a code"});
+    expect_parts("LOG|[SONY] something else", {"LOG|..., a line", "a diagnostic"});
+}
+
+TEST(Explain, ACodeInASentenceIsFound) {
+    EXPECT_EQ(explained("It could not be opened (0x8402), it says."), explained("0x00008402"));
+    EXPECT_EQ(explained("problem camera-lost: The camera went away."), explained("camera-lost"));
+}
+
+TEST(Explain, NothingMovesTheCursor) {
+    EXPECT_EQ(explained("DOWNLOADED|/a\x1b[2J.JPG").find('\x1b'), std::string::npos);
+    for (const explain::CommandText& command : explain::command_texts) {
+        EXPECT_EQ(explained(std::string(command.name)).find('`'), std::string::npos);
+    }
+}
+
 TEST(Explain, TheListNamesEverythingInEightyColumns) {
-    const std::string list = explain::list();
+    std::string list = explain::list();
+    std::istringstream lines(list);
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_LE(line.size(), 80u) << line;
+    }
+    // A long one goes on in the next line.
+    for (std::size_t at; (at = list.find("\n    ")) != std::string::npos;) {
+        const bool goes_on = list[at + 5] != ' ';
+        list.replace(at, 5, goes_on ? " " : "\n");
+    }
     for (const host::CodeEntry& entry : host::codes) {
         EXPECT_NE(list.find(std::string(entry.word) + "\n"), std::string::npos) << entry.word;
     }

@@ -217,6 +217,8 @@ TEST_F(ReplayTest, AHostThatDoesNotReadCanEndItAllTheSame) {
 
 TEST_F(ReplayTest, WrongCallsAreSaidSo) {
     write("picture", "\xFF\xD8\xFF");
+    const std::string heading = "   0.000 # 2026-05-01 12:00:00 UTC, tether 1.0.0, record 1\n";
+    write("long", heading + std::string(600'000, 'a'));
     const struct {
         std::vector<std::string> arguments;
         std::string said;
@@ -227,6 +229,9 @@ TEST_F(ReplayTest, WrongCallsAreSaidSo) {
         {{folder_}, "tether: cannot read " + folder_.string() + ": it is a folder\n"},
         {{folder_ / "picture"},
          "tether: " + (folder_ / "picture").string() + ": it does not begin as a record does\n"},
+        {{folder_ / "long"},
+         "tether: " + (folder_ / "long").string() + ": a line is longer than any of a record\n"},
+        {{"/dev/zero"}, "tether: cannot read /dev/zero: it is no regular file\n"},
     };
     for (const auto& call : calls) {
         fs::remove(folder_ / "errors");
@@ -236,6 +241,18 @@ TEST_F(ReplayTest, WrongCallsAreSaidSo) {
         EXPECT_EQ(status(), "status 2");
         EXPECT_EQ(read("errors"), call.said);
     }
+}
+
+TEST_F(ReplayTest, ASignalThatStopsIsTakenForAnEnd) {
+    write("stopped",
+          "   0.000 # 2026-05-01 12:00:00 UTC, tether 1.0.0, record 1\n"
+          "   0.001 < READY|OK\n   0.002 # the worker ended with signal " +
+              std::to_string(SIGSTOP) + "\n");
+    tether_ = start({TETHER_COMMAND, {"replay", folder_ / "stopped"}, {}, folder_ / "errors"});
+    EXPECT_EQ(status(), "status " + std::to_string(128 + SIGSTOP));
+    EXPECT_EQ(read("errors"), "tether replay: signal " + std::to_string(SIGSTOP) +
+                                  " ends no process; ending with status " +
+                                  std::to_string(128 + SIGSTOP) + "\n");
 }
 
 // Every fault of the virtual camera, as a shoot met it.
