@@ -66,10 +66,10 @@ class Writer::Shared {
         return broken_;
     }
 
-    bool flush(host::TimePoint deadline) {
+    bool flush(std::chrono::nanoseconds patience) {
         const MutexLock lock(mutex_);
         while (!broken_ && outgoing_.bytes() > 0) {
-            if (!mutex_.wait_until(written_, deadline)) {
+            if (!mutex_.wait_until(written_, host::after(patience))) {
                 return false;
             }
         }
@@ -215,8 +215,8 @@ bool Writer::client_is_gone() {
     return shared_->is_broken();
 }
 
-bool Writer::flush(host::TimePoint deadline) {
-    return shared_->flush(deadline);
+bool Writer::flush(std::chrono::nanoseconds patience) {
+    return shared_->flush(patience);
 }
 
 }  // namespace rpc

@@ -39,8 +39,9 @@ class Writer {
     bool is_full();
     bool client_is_gone();
 
-    // False when not all was written by the deadline.
-    bool flush(host::TimePoint deadline);
+    // Until all is written; false when the client took nothing for so long. One that reads slowly
+    // gets everything.
+    bool flush(std::chrono::nanoseconds patience);
 
   private:
     class Shared;

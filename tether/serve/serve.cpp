@@ -216,7 +216,7 @@ int carry_out(Options options) {
 
     Reading(options, *server, wake_up, interrupts).until_the_end();
 
-    const bool all_written = server->flush(host::after(to_write_the_rest));
+    const bool all_written = server->flush(to_write_the_rest);
     if (all_written || server->client_is_gone()) {
         server.reset();
     } else {

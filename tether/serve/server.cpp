@@ -181,8 +181,8 @@ bool Server::has_ended() {
     return ended_.has_value();
 }
 
-bool Server::flush(host::TimePoint deadline) {
-    return writer_.flush(deadline);
+bool Server::flush(std::chrono::nanoseconds patience) {
+    return writer_.flush(patience);
 }
 
 void Server::strike() {

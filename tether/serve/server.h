@@ -55,7 +55,7 @@ class Server {
     // Answers all that has not been answered, shutdown last. Nothing is taken any more.
     void finish();
 
-    bool flush(host::TimePoint deadline);
+    bool flush(std::chrono::nanoseconds patience);
 
     // Answers what the virtual camera has not answered in time.
     void strike();

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <thread>
 #include <unistd.h>
 
 #include "host/process/mutex.h"
@@ -84,7 +85,7 @@ TEST_F(WriterTest, WritesEachMessageAsALine) {
 TEST_F(WriterTest, SaysThatAPictureIsWrittenBeforeAllIs) {
     Writer writer(output(), news());
     EXPECT_TRUE(writer.picture("picture", "p1"));
-    EXPECT_TRUE(writer.flush(host::after(seconds(20))));
+    EXPECT_TRUE(writer.flush(seconds(20)));
     EXPECT_EQ(written(), std::vector<std::string>{"p1"});
 }
 
@@ -97,15 +98,35 @@ TEST_F(WriterTest, AClientThatDoesNotReadHoldsNobodyUp) {
         ++answers;
     }
     EXPECT_FALSE(writer.picture("picture", "p1"));
-    EXPECT_FALSE(writer.flush(host::Clock::now()));
+    EXPECT_FALSE(writer.flush(seconds(0)));
     // It reads again.
     EXPECT_EQ(read(answers * (text.size() + 1)).size(), answers * (text.size() + 1));
     await_a_change();
     EXPECT_FALSE(writer.is_full());
     EXPECT_TRUE(writer.picture("picture", "p1"));
     EXPECT_EQ(read(8), "picture\n");
-    EXPECT_TRUE(writer.flush(host::after(seconds(20))));
+    EXPECT_TRUE(writer.flush(seconds(20)));
     EXPECT_EQ(written(), std::vector<std::string>{"p1"});
+}
+
+TEST_F(WriterTest, AClientThatReadsSlowlyGetsEverything) {
+    constexpr seconds patience{1};
+    Writer writer(output(), news());
+    while (!writer.is_full()) {
+        writer.answer(std::string(100000, 'a'));
+    }
+    // It takes longer than the writer waits for a client that reads nothing.
+    std::thread slow([&] {
+        const auto until = host::after(2 * patience);
+        while (host::Clock::now() < until) {
+            std::this_thread::sleep_for(patience / 8);
+            read(50000);
+        }
+        read(std::size_t{1} << 24);
+    });
+    EXPECT_TRUE(writer.flush(patience));
+    pipe_.write_end.close();
+    slow.join();
 }
 
 TEST_F(WriterTest, AClientThatIsGoneIsToldOnce) {
@@ -118,7 +139,7 @@ TEST_F(WriterTest, AClientThatIsGoneIsToldOnce) {
     EXPECT_EQ(written(), std::vector<std::string>{});
     EXPECT_FALSE(writer.picture("picture", "p1"));
     writer.answer("answer");
-    EXPECT_FALSE(writer.flush(host::after(seconds(20))));
+    EXPECT_FALSE(writer.flush(seconds(20)));
 }
 
 TEST_F(WriterTest, WaitsForRoomWhereTheOutputDoesNotBlock) {
