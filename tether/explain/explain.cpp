@@ -122,9 +122,10 @@ std::optional<std::string> of_command(std::string_view line) {
     return std::nullopt;
 }
 
-// What is known of all lines that begin with this word.
-std::optional<std::string> of_first_word(std::string_view line) {
-    const std::string begin = capitals(line.substr(0, line.find('|'))) + "|";
+// What is known of all lines that begin with this word, which stands alone.
+std::optional<std::string> of_first_word(std::string_view word) {
+    const std::string begin =
+        capitals(word.ends_with('|') ? word.substr(0, word.size() - 1) : word) + "|";
     for (const LineText& text : line_texts) {
         if (text.text.starts_with(begin)) {
             return begin + "..., a line of the worker\n" + paragraph("Means:", text.means);
@@ -202,9 +203,10 @@ std::optional<std::string> explanation_of(std::string text) {
             return found;
         }
     }
-    const auto line = of_first_word(text);
-    const auto words = of_words(text);
-    return line && words ? *line + "\n" + *words : line ? line : words;
+    if (auto found = of_first_word(text)) {
+        return found;
+    }
+    return of_words(text);
 }
 
 std::string nearest(const std::string& text) {
@@ -218,7 +220,7 @@ std::string nearest(const std::string& text) {
             best = known;
         }
     });
-    return least * 3 <= asked.size() ? std::string(best) : "";
+    return std::string(best);
 }
 
 std::string list() {
@@ -234,10 +236,8 @@ int carry_out(const std::string& text) {
         std::fputs(explanation->c_str(), stdout);
         return 0;
     }
-    const std::string near = nearest(text);
-    std::fprintf(stderr, "tether explain: nothing is known of \"%s\"%s\n",
-                 tether::shown(text).c_str(),
-                 near.empty() ? "" : ("; the nearest is " + near).c_str());
+    std::fprintf(stderr, "tether explain: nothing is known of \"%s\"; the nearest is %s\n",
+                 tether::shown(text).c_str(), nearest(text).c_str());
     return 1;
 }
 

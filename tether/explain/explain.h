@@ -10,8 +10,7 @@ namespace explain {
 // terminal shows it. Nothing when it is not known.
 std::optional<std::string> explanation_of(std::string text);
 
-// What is known that looks most like it, for a text that has no explanation; empty when nothing is
-// near.
+// What is known that looks most like it, for a text that has no explanation.
 std::string nearest(const std::string& text);
 
 // Everything that is known, each with what it means below it.

@@ -50,11 +50,9 @@ constexpr std::size_t longest_record_line = 8 * longest_line;
 
 // Nothing, and why in `error`, as soon as it can be known to be no record.
 std::optional<Story> read_file(const std::string& path, std::string& error) {
-    std::error_code missing;
-    const auto kind = std::filesystem::status(path, missing).type();
-    if (!missing && kind != std::filesystem::file_type::regular) {
-        const bool folder = kind == std::filesystem::file_type::directory;
-        error = "cannot read " + path + ": it is " + (folder ? "a folder" : "no regular file");
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored)) {
+        error = "cannot read " + path + ": it is a folder";
         return std::nullopt;
     }
     std::ifstream file(path, std::ios::binary);
@@ -63,15 +61,19 @@ std::optional<Story> read_file(const std::string& path, std::string& error) {
         return std::nullopt;
     }
     std::string text;
+    bool first = true;
     std::vector<char> line(longest_record_line);
     while (file.getline(line.data(), static_cast<std::streamsize>(line.size()))) {
         text.append(line.data(), static_cast<std::size_t>(file.gcount()) - (file.eof() ? 0 : 1));
         text += file.eof() ? "" : "\n";
-        error = why_no_heading(text.substr(0, text.find('\n')));
+        if (first) {
+            error = why_no_heading(line.data());
+        }
         if (!error.empty()) {
             error.insert(0, path + ": ");
             return std::nullopt;
         }
+        first = false;
     }
     if (!file.eof()) {
         error = file.bad() ? "cannot read " + path + ": " + std::strerror(errno)

@@ -101,9 +101,9 @@ TEST(Explain, ALineMayBePastedAsItStands) {
 
 TEST(Explain, WhatIsNotKnownIsSaidSoWithTheNearest) {
     for (const char* text :
-         {"", "no such thing", "0x12345678", "DEADBEEF01", "0x", "it broke (0x12345678)"}) {
+         {"", "no such thing", "0x12345678", "DEADBEEF01", "0x", "it broke (0x12345678)",
+          "ERROR|Something of a later worker", "LOG|[SONY] something else"}) {
         EXPECT_FALSE(explanation_of(text)) << text;
-        EXPECT_EQ(explain::nearest("no such thing"), "");
     }
     EXPECT_EQ(explain::nearest("camera-losst"), "camera-lost");
     EXPECT_EQ(explain::nearest("CONECT"), "CONNECT");
@@ -114,13 +114,13 @@ TEST(Explain, WhatIsNotKnownIsSaidSoWithTheNearest) {
 TEST(Explain, TheFirstWordOfALineSaysWhatItIsInGeneral) {
     expect_parts("DOWNLOADED", {"DOWNLOADED|..., a line", "a file is on the computer"});
     expect_parts("connected", {"CONNECTED|..., a line", "the session is up"});
-    expect_parts("ERROR|Something of a later worker (0x00008402)",
-                 {"ERROR|..., a line", "a failure, for people", "\n0x00008402, a code"});
-    expect_parts("LOG|[SONY] something else", {"LOG|..., a line", "a diagnostic"});
+    expect_parts("ERROR|", {"ERROR|..., a line", "a failure, for people"});
+    expect_parts("LOG", {"LOG|..., a line", "a diagnostic"});
 }
 
 TEST(Explain, ACodeInASentenceIsFound) {
     EXPECT_EQ(explained("It could not be opened (0x8402), it says."), explained("0x00008402"));
+    EXPECT_EQ(explained("ERROR|Something of a later worker (0x8402)"), explained("0x00008402"));
     EXPECT_EQ(explained("problem camera-lost: The camera went away."), explained("camera-lost"));
 }
 
