@@ -1,10 +1,7 @@
 #include "tests/camera_folder.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <system_error>
 
 namespace fs = std::filesystem;
 
@@ -15,32 +12,15 @@ constexpr const char* announcement = "camera-sim: simulated SDK, no real camera 
 // What a sanitizer says of a path that is too long for it.
 constexpr const char* sanitizers_own = "reading executable name failed";
 
-fs::path make_folder() {
-    // Not where the system keeps temporary files for this user: a socket's path must be short.
-    char pattern[] = "/tmp/camera-test-XXXXXX";
-    if (mkdtemp(pattern) == nullptr) {
-        std::perror(pattern);
-        std::abort();
-    }
-    return fs::canonical(pattern);
-}
-
 }  // namespace
 
-CameraFolder::CameraFolder() : path_(make_folder()) {}
-
-CameraFolder::~CameraFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-}
-
 void CameraFolder::write(const std::string& name, const std::string& text) const {
-    fs::create_directories((path_ / name).parent_path());
-    std::ofstream(path_ / name) << text;
+    fs::create_directories((path() / name).parent_path());
+    std::ofstream(path() / name) << text;
 }
 
 std::string CameraFolder::read(const std::string& name) const {
-    std::ifstream stream(path_ / name);
+    std::ifstream stream(path() / name);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
@@ -49,15 +29,15 @@ void CameraFolder::write_scene(const std::string& lines) const {
 }
 
 std::vector<std::pair<std::string, std::string>> CameraFolder::environment() const {
-    return {{"CAMERA_SIM_SCENE", path_ / "scene"},
-            {"CAMERA_SIM_CONTROL", path_ / "control"},
-            {"CAMERA_SIM_JOURNAL", path_ / "journal"}};
+    return {{"CAMERA_SIM_SCENE", path() / "scene"},
+            {"CAMERA_SIM_CONTROL", path() / "control"},
+            {"CAMERA_SIM_JOURNAL", path() / "journal"}};
 }
 
 std::string CameraFolder::tell(const std::string& line) {
     std::optional<camera_sim::Reply> reply = control_ ? control_->ask(line) : std::nullopt;
     if (!reply) {
-        control_ = camera_sim::ControlClient::connect(path_ / "control");
+        control_ = camera_sim::ControlClient::connect(path() / "control");
         reply = control_ ? control_->ask(line) : std::nullopt;
     }
     if (!reply) {
@@ -68,7 +48,7 @@ std::string CameraFolder::tell(const std::string& line) {
 
 std::string CameraFolder::complaints() const {
     std::string text;
-    std::ifstream lines(path_ / "stderr");
+    std::ifstream lines(path() / "stderr");
     for (std::string line; std::getline(lines, line);) {
         if (line != announcement && line.find(sanitizers_own) == std::string::npos) {
             text += line + "\n";

@@ -9,18 +9,13 @@
 #include <vector>
 
 #include "simulator/control/client.h"
+#include "tests/temporary_folder.h"
 
 class CameraFolder {
   public:
-    CameraFolder();
-    // What a test that failed has left running may be at work in it still.
-    ~CameraFolder();
-    CameraFolder(const CameraFolder&) = delete;
-    CameraFolder& operator=(const CameraFolder&) = delete;
-
     // Without symbolic links.
     const std::filesystem::path& path() const {
-        return path_;
+        return folder_.path();
     }
 
     void write(const std::string& name, const std::string& text) const;
@@ -38,6 +33,6 @@ class CameraFolder {
     std::string complaints() const;
 
   private:
-    std::filesystem::path path_;
+    const TemporaryFolder folder_;
     std::optional<camera_sim::ControlClient> control_;
 };

@@ -5,8 +5,8 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <stdlib.h>
 
+#include "tests/temporary_folder.h"
 #include "tether/live/happenings.h"
 
 namespace {
@@ -17,14 +17,6 @@ using std::chrono::seconds;
 
 class ProgramsTest : public testing::Test {
   protected:
-    ProgramsTest() {
-        char pattern[] = "/tmp/programs-test-XXXXXX";
-        folder_ = fs::canonical(mkdtemp(pattern));
-    }
-    ~ProgramsTest() override {
-        fs::remove_all(folder_);
-    }
-
     static host::Picture picture(const std::string& id) {
         host::Picture picture;
         picture.id = id;
@@ -38,7 +30,8 @@ class ProgramsTest : public testing::Test {
         return ended == nullptr ? tether::ProgramEnded{"", "nothing ended"} : *ended;
     }
 
-    fs::path folder_;
+    const TemporaryFolder made_;
+    const fs::path folder_ = made_.path();
 };
 
 TEST_F(ProgramsTest, OneThatTakesTooLongIsKilledWithAllThatItHasStarted) {

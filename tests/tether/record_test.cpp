@@ -5,11 +5,12 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
+
+#include "tests/temporary_folder.h"
 
 namespace {
 
@@ -19,14 +20,6 @@ using tether::Record;
 
 class RecordTest : public testing::Test {
   protected:
-    RecordTest() {
-        char pattern[] = "/tmp/record-test-XXXXXX";
-        folder_ = mkdtemp(pattern);
-    }
-    ~RecordTest() override {
-        fs::remove_all(folder_);
-    }
-
     // Its lines, the first of which holds the date.
     std::vector<std::string> lines() const {
         std::ifstream stream(folder_ / "record");
@@ -37,7 +30,8 @@ class RecordTest : public testing::Test {
         return lines;
     }
 
-    fs::path folder_;
+    const TemporaryFolder made_;
+    const fs::path folder_ = made_.path();
     const host::TimePoint start_ = Clock::now();
 };
 

@@ -1,18 +1,6 @@
 #include "tests/host/pictures/desk.h"
 
-#include <cstdlib>
 #include <unistd.h>
-
-TemporaryFolder::TemporaryFolder(const fs::path& where) {
-    std::string name = (where / "pictures-XXXXXX").string();
-    EXPECT_NE(::mkdtemp(name.data()), nullptr);
-    path_ = fs::canonical(name);
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-}
 
 fs::path quick_disk() {
     const fs::path memory = "/dev/shm";

@@ -15,6 +15,7 @@
 
 #include "host/pictures/store.h"
 #include "tests/host/pictures/sample_files.h"
+#include "tests/temporary_folder.h"
 
 namespace fs = std::filesystem;
 
@@ -26,22 +27,6 @@ inline std::string read_file(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
-
-// A new one below `where`, removed when the test is over.
-class TemporaryFolder {
-  public:
-    explicit TemporaryFolder(const fs::path& where = fs::temp_directory_path());
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const fs::path& path() const {
-        return path_;
-    }
-
-  private:
-    fs::path path_;
-};
 
 // In memory where the system has such a disk: for tests with thousands of folders.
 fs::path quick_disk();

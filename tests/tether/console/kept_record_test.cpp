@@ -5,9 +5,9 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <memory>
-#include <stdlib.h>
 #include <string>
 
+#include "tests/temporary_folder.h"
 #include "tether/conversation/record.h"
 #include "tether/conversation/record_line.h"
 
@@ -96,9 +96,8 @@ TEST(KeptRecord, EndsInOrderWhenItIsFull) {
 }
 
 TEST(KeptRecord, IsTheUsersOwnFileWhenThereIsOne) {
-    char pattern[] = "/tmp/tether-test-XXXXXX";
-    const fs::path folder = mkdtemp(pattern);
-    const fs::path file = folder / "record";
+    const TemporaryFolder folder;
+    const fs::path file = folder.path() / "record";
     {
         const KeptRecord kept(file);
         EXPECT_EQ(kept.path(), file);
@@ -110,7 +109,6 @@ TEST(KeptRecord, IsTheUsersOwnFileWhenThereIsOne) {
         EXPECT_EQ(all_of(kept), std::string(std::istreambuf_iterator<char>(stream), {}));
     }
     EXPECT_TRUE(fs::exists(file));
-    fs::remove_all(folder);
 }
 
 }  // namespace

@@ -6,19 +6,17 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <sstream>
-#include <stdlib.h>
 #include <string>
 #include <string_view>
 #include <unistd.h>
 
+#include "tests/temporary_folder.h"
 #include "tether/doctor/bundle.h"
 #include "tether/doctor/checks.h"
 
 class BundleTest : public testing::Test {
   protected:
     BundleTest() {
-        char pattern[] = "/tmp/doctor-test-XXXXXX";
-        folder = std::filesystem::canonical(mkdtemp(pattern));
         contents = folder / "Contents";
         for (const char* name : {"MacOS", "Frameworks/SonySDK", "Frameworks/CrAdapter"}) {
             std::filesystem::create_directories(contents / name);
@@ -29,9 +27,6 @@ class BundleTest : public testing::Test {
         std::filesystem::copy_file(WORKER, worker);
         std::filesystem::create_symlink(SDK_LIBRARY, sdk);
         write(adapter, "in the place of one");
-    }
-    ~BundleTest() override {
-        std::filesystem::remove_all(folder);
     }
 
     static void write(const std::filesystem::path& file, const std::string& bytes) {
@@ -86,7 +81,8 @@ class BundleTest : public testing::Test {
         return doctor::bundle_at(folder);
     }
 
-    std::filesystem::path folder;
+    const TemporaryFolder made;
+    const std::filesystem::path folder = made.path();
     std::filesystem::path contents;
     std::filesystem::path worker;
     std::filesystem::path sdk;

@@ -6,10 +6,10 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
-#include <stdlib.h>
 
 #include "host/pictures/whole/whole.h"
 #include "host/process/pipe.h"
+#include "tests/temporary_folder.h"
 
 namespace {
 
@@ -18,20 +18,13 @@ using replay::Fate;
 
 class ReplayPictures : public testing::Test {
   protected:
-    ReplayPictures() {
-        char pattern[] = "/tmp/replay-pictures-XXXXXX";
-        folder_ = mkdtemp(pattern);
-    }
-    ~ReplayPictures() override {
-        fs::remove_all(folder_);
-    }
-
     std::string why_not_whole(const std::string& name) {
         const host::Descriptor file(open((folder_ / name).c_str(), O_RDONLY | O_CLOEXEC));
         return host::pictures::why_not_whole(file.number(), fs::file_size(folder_ / name), name);
     }
 
-    fs::path folder_;
+    const TemporaryFolder made_;
+    const fs::path folder_ = made_.path();
 };
 
 TEST_F(ReplayPictures, EachFormatIsWholeAndCutInHalfIsNot) {

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "host/process/pipe.h"
+#include "tests/temporary_folder.h"
 
 namespace serve {
 namespace {
@@ -19,14 +20,6 @@ using std::chrono::seconds;
 
 class RecorderTest : public testing::Test {
   protected:
-    RecorderTest() {
-        std::string folder = testing::TempDir() + "recorder-XXXXXX";
-        folder_ = mkdtemp(folder.data());
-    }
-    ~RecorderTest() override {
-        fs::remove_all(folder_);
-    }
-
     // Why the record ended early, as often as that was said.
     Recorder::EndsEarly noted() {
         return [this](const std::string& why) {
@@ -39,7 +32,8 @@ class RecorderTest : public testing::Test {
         return ended_early_;
     }
 
-    fs::path folder_;
+    const TemporaryFolder made_;
+    const fs::path folder_ = made_.path();
 
   private:
     host::Mutex mutex_;

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "host/process/pipe.h"
+#include "tests/temporary_folder.h"
 
 namespace serve {
 namespace {
@@ -21,8 +22,6 @@ using Lines = std::optional<std::vector<std::string>>;
 class VirtualCameraTest : public testing::Test {
   protected:
     VirtualCameraTest() {
-        std::string folder = "/tmp/virtual-XXXXXX";
-        folder_ = mkdtemp(folder.data());
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         std::strcpy(address.sun_path, path().c_str());
@@ -30,9 +29,6 @@ class VirtualCameraTest : public testing::Test {
         EXPECT_EQ(::bind(listener_.number(), reinterpret_cast<sockaddr*>(&address), sizeof address),
                   0);
         EXPECT_EQ(::listen(listener_.number(), 8), 0);
-    }
-    ~VirtualCameraTest() override {
-        fs::remove_all(folder_);
     }
 
     std::string path() const {
@@ -56,7 +52,8 @@ class VirtualCameraTest : public testing::Test {
         };
     }
 
-    fs::path folder_;
+    const TemporaryFolder made_;
+    const fs::path folder_ = made_.path();
     host::Descriptor listener_;
 };
 

@@ -18,6 +18,7 @@
 #include "host/process/pipe.h"
 #include "host/process/spawn.h"
 #include "tests/host/child.h"
+#include "tests/temporary_folder.h"
 
 namespace {
 
@@ -26,15 +27,10 @@ using host::Descriptor;
 
 class TapTest : public testing::Test {
   protected:
-    TapTest() {
-        char pattern[] = "/tmp/tap-test-XXXXXX";
-        folder_ = fs::canonical(mkdtemp(pattern));
-    }
     ~TapTest() override {
         input_.close();
         output_.close();
         tap_.reset();
-        fs::remove_all(folder_);
     }
 
     // A tap of a worker of this script, whose "$0" is the test's folder.
@@ -122,7 +118,8 @@ class TapTest : public testing::Test {
         return lines;
     }
 
-    fs::path folder_;
+    const TemporaryFolder made_;
+    const fs::path folder_ = made_.path();
     Descriptor input_;
     Descriptor output_;
     std::unique_ptr<host::ExitWatch> tap_;

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <stdlib.h>
 #include <string>
 
 #include "simulator/camera/develop.h"
@@ -18,6 +17,7 @@
 // Behind the seam the SDK's namespace holds two names: the virtual camera comes before it.
 #include "program/dispatch.h"
 #include "session/sony_worker.h"
+#include "tests/temporary_folder.h"
 #include "tests/worker/fuzz/bytes.h"
 #include "tests/worker/fuzz/given_input.h"
 #include "tests/worker/fuzz/happenings.h"
@@ -32,16 +32,6 @@ namespace fs = std::filesystem;
 // The one place where files may be made; goes when the process does not die.
 class Folder {
   public:
-    Folder() {
-        char pattern[] = "/tmp/fuzz-XXXXXX";
-        path_ = mkdtemp(pattern);
-    }
-    ~Folder() {
-        fs::remove_all(path_);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
     const std::string& path() const {
         return path_;
     }
@@ -53,7 +43,8 @@ class Folder {
     }
 
   private:
-    std::string path_;
+    const TemporaryFolder made_;
+    const std::string path_ = made_.path();
 };
 const Folder g_folder;
 

@@ -1,27 +1,18 @@
 #include "tests/worker/processes/bundle_copy.h"
 
-#include <stdlib.h>
-#include <unistd.h>
-
 #include "host/process/beside_this_program.h"
 
 namespace fs = std::filesystem;
 
 BundleCopy::BundleCopy(const std::string& name) {
-    char pattern[] = "/tmp/processes-XXXXXX";
-    top_ = mkdtemp(pattern);
     fs::create_directories(folder() / name);
     contents_ = folder() / name / "Contents";
     const fs::path original = host::worker_beside_this_program().parent_path().parent_path();
     fs::copy(original, contents_, fs::copy_options::recursive);
 }
 
-BundleCopy::~BundleCopy() {
-    fs::remove_all(top_);
-}
-
 fs::path BundleCopy::folder() const {
-    return fs::canonical(top_);
+    return top_.path();
 }
 
 fs::path BundleCopy::contents() const {

@@ -4,13 +4,12 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/temporary_folder.h"
+
 class BundleCopy {
   public:
     // `name` is the folder's that holds the copy; all of it goes with this object.
     explicit BundleCopy(const std::string& name);
-    ~BundleCopy();
-    BundleCopy(const BundleCopy&) = delete;
-    BundleCopy& operator=(const BundleCopy&) = delete;
 
     // Of the folder with that name.
     std::filesystem::path folder() const;
@@ -18,6 +17,6 @@ class BundleCopy {
     std::filesystem::path worker() const;
 
   private:
-    std::filesystem::path top_;
+    TemporaryFolder top_;
     std::filesystem::path contents_;
 };

@@ -8,6 +8,7 @@
 #include <string>
 #include <system_error>
 
+#include "tests/temporary_folder.h"
 #include "tests/worker/processes/live_worker.h"
 #include "tests/worker/processes/pace.h"
 
@@ -92,20 +93,19 @@ class ClosedAtTheStart : public testing::TestWithParam<const char*> {};
 
 TEST_P(ClosedAtTheStart, NoLineOfTheWorkerLandsInAFile) {
     Plan plan = started_by(std::string("exec \"$@\" ") + GetParam());
-    char pattern[] = "/tmp/processes-XXXXXX";
-    const std::filesystem::path folder = mkdtemp(pattern);
-    plan.environment = {{"CAMERA_SIM_JOURNAL", folder / "journal"}};
+    const TemporaryFolder folder;
+    const std::string journal_file = folder.path() / "journal";
+    plan.environment = {{"CAMERA_SIM_JOURNAL", journal_file}};
     {
         LiveWorker worker(plan);
         worker.send_bytes("CONNECT\nCAPTURE\nQUIT\n");
         EXPECT_TRUE(worker.exit().clean());
     }
-    const std::string journal = content_of(folder / "journal");
+    const std::string journal = content_of(journal_file);
     EXPECT_NE(journal.find("\tInit 0\ttrue\n"), std::string::npos);
     EXPECT_NE(journal.find("\tRelease\ttrue\n"), std::string::npos);
     EXPECT_EQ(journal.find('|'), std::string::npos) << journal;
     EXPECT_EQ(journal.find("camera-sim"), std::string::npos) << journal;
-    std::filesystem::remove_all(folder);
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, ClosedAtTheStart,

@@ -4,12 +4,12 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <string>
 #include <unistd.h>
 #include <vector>
 
 #include "host/process/fields.h"
+#include "tests/temporary_folder.h"
 #include "tests/worker/processes/live_worker.h"
 #include "tests/worker/processes/pace.h"
 
@@ -20,13 +20,8 @@ namespace fs = std::filesystem;
 class Folders : public testing::Test {
   protected:
     Folders() {
-        char pattern[] = "/tmp/processes-XXXXXX";
-        top_ = mkdtemp(pattern);
         fs::create_directory(top_ / "pictures");
         std::ofstream(top_ / "pictures/one.jpg") << "\xFF\xD8\xFF\xD9";
-    }
-    ~Folders() override {
-        fs::remove_all(top_);
     }
 
     // The lines that one shot into the folder brings.
@@ -58,7 +53,8 @@ class Folders : public testing::Test {
         }
     }
 
-    fs::path top_;
+    const TemporaryFolder made_;
+    const fs::path top_ = made_.path();
 };
 
 TEST_F(Folders, AMissingOneCostsTheShotNotTheWorker) {

@@ -4,14 +4,12 @@
 #include <string>
 
 #include "host/process/pipe.h"
+#include "tests/temporary_folder.h"
 #include "tests/worker/processes/live_worker.h"
 
 class OutputPipe {
   public:
     OutputPipe();
-    ~OutputPipe();
-    OutputPipe(const OutputPipe&) = delete;
-    OutputPipe& operator=(const OutputPipe&) = delete;
 
     // Starts the worker with its standard output in the pipe.
     Plan plan() const;
@@ -29,6 +27,7 @@ class OutputPipe {
     host::Descriptor writing_end() const;
     bool read_some(std::string& bytes);
 
-    std::string path_;
+    const TemporaryFolder folder_;
+    const std::string path_ = folder_.path() / "output";
     host::Descriptor read_end_;
 };

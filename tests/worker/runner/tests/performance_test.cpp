@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include "tests/temporary_folder.h"
 #include "tests/worker/runner/reading/read_transcript.h"
 
 namespace {
@@ -16,12 +17,7 @@ namespace fs = std::filesystem;
 class PerformanceTest : public testing::Test {
   protected:
     PerformanceTest() {
-        char pattern[] = "/tmp/performance-XXXXXX";
-        folder_ = mkdtemp(pattern);
         fs::create_directories(folder_ / "Contents/MacOS");
-    }
-    ~PerformanceTest() override {
-        fs::remove_all(folder_);
     }
 
     // Plays the steps against the script; "ok" or what was expected and what came.
@@ -42,7 +38,8 @@ class PerformanceTest : public testing::Test {
                failure->came + (failure->complaints.empty() ? "" : " / " + failure->complaints);
     }
 
-    fs::path folder_;
+    const TemporaryFolder made_;
+    const fs::path folder_ = made_.path();
 };
 
 // Answers "hello" to the first line and ends on the second.

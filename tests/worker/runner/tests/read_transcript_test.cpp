@@ -4,7 +4,8 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <stdlib.h>
+
+#include "tests/temporary_folder.h"
 
 namespace {
 
@@ -14,14 +15,6 @@ using std::chrono::milliseconds;
 
 class ReadTranscript : public testing::Test {
   protected:
-    ReadTranscript() {
-        char pattern[] = "/tmp/read-transcript-XXXXXX";
-        folder_ = mkdtemp(pattern);
-    }
-    ~ReadTranscript() override {
-        fs::remove_all(folder_);
-    }
-
     fs::path write(const std::string& name, const std::string& text) {
         fs::create_directories((folder_ / name).parent_path());
         std::ofstream(folder_ / name) << text;
@@ -43,7 +36,8 @@ class ReadTranscript : public testing::Test {
         return error.starts_with(prefix) ? error.substr(prefix.size()) : error;
     }
 
-    fs::path folder_;
+    const TemporaryFolder made_;
+    const fs::path folder_ = made_.path();
 };
 
 TEST_F(ReadTranscript, SceneAndDirectivesStandBeforeTheSteps) {

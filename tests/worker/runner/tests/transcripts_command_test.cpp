@@ -2,9 +2,9 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include "tests/host/child.h"
+#include "tests/temporary_folder.h"
 
 namespace {
 
@@ -13,15 +13,10 @@ namespace fs = std::filesystem;
 class TranscriptsCommand : public testing::Test {
   protected:
     TranscriptsCommand() {
-        char pattern[] = "/tmp/transcripts-command-XXXXXX";
-        folder_ = mkdtemp(pattern);
         std::ofstream(folder_ / "good.transcript") << "# Ends.\n@ cold\n@ exits 0\n";
         std::ofstream(folder_ / "slow.transcript") << "# Ends late.\n@ slow\n@ cold\n@ exits 0\n";
         std::ofstream(folder_ / "bad.transcript") << "# Ends badly.\n@ cold\n@ exits 1\n";
         std::ofstream(folder_ / "broken.transcript") << "# Says nothing.\n> PRIME\n";
-    }
-    ~TranscriptsCommand() override {
-        fs::remove_all(folder_);
     }
 
     struct Run {
@@ -49,7 +44,8 @@ class TranscriptsCommand : public testing::Test {
         return folder_ / (name + ".transcript");
     }
 
-    fs::path folder_;
+    const TemporaryFolder made_;
+    const fs::path folder_ = made_.path();
 };
 
 TEST_F(TranscriptsCommand, StatusTellsWhetherAllPassed) {
