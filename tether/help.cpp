@@ -44,6 +44,21 @@ class Formatter : public CLI::Formatter {
                        make_option_desc(option), option_margin);
     }
 
+    // The library's own words for this differ from version to version.
+    std::string make_option_opts(const CLI::Option* option) const override {
+        std::string words;
+        if (!option->get_type_name().empty()) {
+            words += " " + option->get_type_name();
+        }
+        if (!option->get_default_str().empty()) {
+            words += " [" + option->get_default_str() + "]";
+        }
+        for (const CLI::Option* needed : option->get_needs()) {
+            words += " (with " + needed->get_name() + ")";
+        }
+        return words;
+    }
+
     std::string make_subcommand(const CLI::App* command) const override {
         return wrapped("  " + command->get_name(), command->get_description(), option_margin);
     }
