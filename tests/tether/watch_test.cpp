@@ -1,5 +1,10 @@
 // A watch that stays with a camera.
+#include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <signal.h>
+#include <sstream>
+#include <utility>
 
 #include "tests/tether/command_test.h"
 
@@ -111,20 +116,20 @@ TEST_F(WatchTest, AtMostTwoProgramsRunAtATime) {
         tell_camera("shutter");
         read_to(" + ");
     }
+    const host::TimePoint deadline = host::after(patience);
+    const auto await = [&](const std::string& line, std::size_t times) {
+        const auto count = [&] {
+            std::istringstream lines(read("log"));
+            return std::count(std::istream_iterator<std::string>(lines), {}, line);
+        };
+        while (std::cmp_less(count(), times) && host::Clock::now() < deadline) {
+            tell_camera("wait");
+        }
+    };
+    await("begin", 2);
     write("gate", "");
     // Each picture's program is over before the watch is.
-    const host::TimePoint deadline = host::after(patience);
-    const auto ends = [&] {
-        const std::string text = read("log");
-        std::size_t count = 0;
-        for (std::size_t at = 0; (at = text.find("end\n", at)) != std::string::npos; ++at) {
-            ++count;
-        }
-        return count;
-    };
-    while (ends() < 5 && host::Clock::now() < deadline) {
-        tell_camera("wait");
-    }
+    await("end", 5);
     EXPECT_EQ(interrupted(), "status 0");
     int running = 0;
     int most = 0;
