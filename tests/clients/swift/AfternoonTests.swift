@@ -84,7 +84,14 @@ struct AfternoonTests {
     /// What is done before a shot.
     private func prepare(_ shot: Int, _ camera: Camera, _ virtual: VirtualCamera, _ folders: [String]) async throws {
         switch shot {
-        case 8, 32: try await virtual.do("card out")
+        case 8: try await virtual.do("card out")
+        case 32:
+            // Until the destination has changed, a shot may be sent to the card that is out.
+            let changed = await camera.next { event in
+                if case .state(let state) = event { state.saveDestination.inForce == .disk } else { false }
+            }
+            try await virtual.do("card out")
+            _ = try await changed.value
         case 11, 34: try await virtual.do("card in")
         case 18: try await camera.configure(folder: folders[1])
         case 23: try await pull("unplug", camera, virtual)
