@@ -14,16 +14,21 @@ std::optional<std::uint64_t> shot_of(Stage& stage, const std::string& name) {
     return 0;
 }
 
+// No file came of the shot before it: a late one may be either's.
+RequestId shoot_in_doubt(Stage& stage) {
+    stage.shoot();
+    stage.after(seconds(21));
+    return stage.shoot();
+}
+
 TEST(BrainAttribution, APictureOfTheButtonOnTheBodyIsUnasked) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.file("DSC00001.JPG");
     EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
 }
 
 TEST(BrainAttribution, AFileSoonerThan650MillisecondsAfterCaptureIsUnasked) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.ask(Capture{});
     stage.after(milliseconds(649));
     stage.file("DSC00001.JPG");
@@ -35,8 +40,7 @@ TEST(BrainAttribution, AFileSoonerThan650MillisecondsAfterCaptureIsUnasked) {
 }
 
 TEST(BrainAttribution, ItIsTheTimeOfTheReportThatCountsAndNotThatOfTheDisk) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.ask(Capture{});
     stage.after(milliseconds(600));
     stage.disk_answers = false;
@@ -48,9 +52,7 @@ TEST(BrainAttribution, ItIsTheTimeOfTheReportThatCountsAndNotThatOfTheDisk) {
 }
 
 TEST(BrainAttribution, AnotherStemThanTheShotsOwnIsUnasked) {
-    Stage stage;
-    stage.dial = "both";
-    stage.get_ready();
+    ReadyStage stage(Dial{"both"});
     const RequestId capture = stage.shoot();
     stage.file("DSC00001.ARW");
     stage.file("DSC00002.ARW");
@@ -63,8 +65,7 @@ TEST(BrainAttribution, AnotherStemThanTheShotsOwnIsUnasked) {
 }
 
 TEST(BrainAttribution, AFileReportedTwiceCountsOnce) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
     stage.file("DSC00001.JPG");
     const RequestId second = stage.shoot();
@@ -76,8 +77,7 @@ TEST(BrainAttribution, AFileReportedTwiceCountsOnce) {
 }
 
 TEST(BrainAttribution, AFileReportedTwiceBeforeItIsPlacedCountsOnce) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
     stage.disk_answers = false;
     stage.file("DSC00001.JPG");
@@ -89,11 +89,8 @@ TEST(BrainAttribution, AFileReportedTwiceBeforeItIsPlacedCountsOnce) {
 }
 
 TEST(BrainAttribution, AfterAShotWithoutFilesALateFileDoesNotCountForTheNext) {
-    Stage stage;
-    stage.get_ready();
-    stage.shoot();
-    stage.after(seconds(21));
-    const RequestId second = stage.shoot();
+    ReadyStage stage;
+    const RequestId second = shoot_in_doubt(stage);
     stage.file("DSC00001.JPG");  // the first one's, late
     stage.after(seconds(1));
     EXPECT_TRUE(stage.pictures().empty()) << "in doubt";
@@ -105,16 +102,11 @@ TEST(BrainAttribution, AfterAShotWithoutFilesALateFileDoesNotCountForTheNext) {
 }
 
 TEST(BrainAttribution, AHalfBehindALossSharesTheDoubtOfTheOtherOne) {
-    Stage stage;
-    stage.dial = "both";
-    stage.get_ready();
+    ReadyStage stage(Dial{"both"});
     stage.hear("FILE_TYPE|both");
-    stage.shoot();
-    stage.after(seconds(21));
-    const RequestId second = stage.shoot();
+    const RequestId second = shoot_in_doubt(stage);
     stage.file("DSC00002.ARW");
-    stage.session = false;
-    stage.hear("DISCONNECTED|");
+    stage.lose();
     stage.after(milliseconds(1));
     ASSERT_EQ(stage.state().state, State::lost);
     stage.file("DSC00002.JPG");
@@ -127,11 +119,8 @@ TEST(BrainAttribution, AHalfBehindALossSharesTheDoubtOfTheOtherOne) {
 }
 
 TEST(BrainAttribution, AfterAShotWithoutFilesTheNextOnesFileIsBelievedAfter2Seconds) {
-    Stage stage;
-    stage.get_ready();
-    stage.shoot();
-    stage.after(seconds(21));
-    const RequestId second = stage.shoot();
+    ReadyStage stage;
+    const RequestId second = shoot_in_doubt(stage);
     stage.file("DSC00001.JPG");
     stage.after(milliseconds(1900));
     EXPECT_FALSE(stage.is_answered(second));
@@ -140,11 +129,8 @@ TEST(BrainAttribution, AfterAShotWithoutFilesTheNextOnesFileIsBelievedAfter2Seco
 }
 
 TEST(BrainAttribution, ANewerFileThatTheDiskHasNotLookedAtInTimeSpeaksAgainstALateOneToo) {
-    Stage stage;
-    stage.get_ready();
-    stage.shoot();
-    stage.after(seconds(21));
-    const RequestId second = stage.shoot();
+    ReadyStage stage;
+    const RequestId second = shoot_in_doubt(stage);
     stage.file("DSC00001.JPG");  // the first one's, late
     stage.after(seconds(1));
     stage.disk_answers = false;
@@ -157,12 +143,8 @@ TEST(BrainAttribution, ANewerFileThatTheDiskHasNotLookedAtInTimeSpeaksAgainstALa
 }
 
 TEST(BrainAttribution, BothHalvesOfALatePairAreUnaskedAndStillAPair) {
-    Stage stage;
-    stage.dial = "both";
-    stage.get_ready();
-    stage.shoot();
-    stage.after(seconds(21));
-    const RequestId second = stage.shoot();
+    ReadyStage stage(Dial{"both"});
+    const RequestId second = shoot_in_doubt(stage);
     stage.file("DSC00001.ARW");
     stage.file("DSC00001.JPG");
     stage.file("DSC00002.ARW");
@@ -179,11 +161,8 @@ TEST(BrainAttribution, BothHalvesOfALatePairAreUnaskedAndStillAPair) {
 }
 
 TEST(BrainAttribution, AnOlderStemBehindTheNewOneIsALateOne) {
-    Stage stage;
-    stage.get_ready();
-    stage.shoot();
-    stage.after(seconds(21));
-    const RequestId second = stage.shoot();
+    ReadyStage stage;
+    const RequestId second = shoot_in_doubt(stage);
     stage.file("DSC00002.JPG");
     stage.file("DSC00001.JPG");
     stage.after(seconds(3));
@@ -192,11 +171,8 @@ TEST(BrainAttribution, AnOlderStemBehindTheNewOneIsALateOne) {
 }
 
 TEST(BrainAttribution, ALateFileDoesNotCountForAShotFurtherOnEither) {
-    Stage stage;
-    stage.get_ready();
-    stage.shoot();
-    stage.after(seconds(21));
-    stage.shoot();
+    ReadyStage stage;
+    shoot_in_doubt(stage);
     stage.file("DSC00002.JPG");
     stage.after(seconds(3));
     const RequestId third = stage.shoot();
@@ -207,8 +183,7 @@ TEST(BrainAttribution, ALateFileDoesNotCountForAShotFurtherOnEither) {
 }
 
 TEST(BrainAttribution, ALateFileBetweenTwoShotsIsUnasked) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
     stage.after(seconds(21));
     stage.file("DSC00001.JPG");
@@ -216,8 +191,7 @@ TEST(BrainAttribution, ALateFileBetweenTwoShotsIsUnasked) {
 }
 
 TEST(BrainAttribution, ACounterThatIsSetBackDoesNotTakeShotsTheirFiles) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
     stage.file("DSC00100.JPG");
     const RequestId second = stage.shoot();
@@ -226,9 +200,7 @@ TEST(BrainAttribution, ACounterThatIsSetBackDoesNotTakeShotsTheirFiles) {
 }
 
 TEST(BrainAttribution, ANameThatComesAgainAfter2MinutesMakesNoPairWithTheOldOne) {
-    Stage stage;
-    stage.dial = "both";
-    stage.get_ready();
+    ReadyStage stage(Dial{"both"});
     stage.file("DSC00001.JPG");
     stage.after(minutes(3));
     stage.shoot();
@@ -238,9 +210,7 @@ TEST(BrainAttribution, ANameThatComesAgainAfter2MinutesMakesNoPairWithTheOldOne)
 }
 
 TEST(BrainAttribution, AHalfMayComeAsLateAsItsShotHasPatience) {
-    Stage stage;
-    stage.dial = "both";
-    stage.get_ready();
+    ReadyStage stage(Dial{"both"});
     Capture capture;
     capture.patience = minutes(10);
     const RequestId request = stage.ask(capture);
@@ -252,12 +222,9 @@ TEST(BrainAttribution, AHalfMayComeAsLateAsItsShotHasPatience) {
 }
 
 TEST(BrainAttribution, AnotherCamerasPictureOfTheSameNameMakesNoPairWithTheFirstOnes) {
-    Stage stage;
-    stage.dial = "both";
-    stage.get_ready();
+    ReadyStage stage(Dial{"both"});
     stage.file("DSC00001.JPG");
-    stage.session = false;
-    stage.hear("DISCONNECTED|");
+    stage.lose();
     stage.camera_name = "MODEL-B";
     stage.after(seconds(10));
     EXPECT_EQ(stage.state().camera, "MODEL-B");
@@ -267,9 +234,7 @@ TEST(BrainAttribution, AnotherCamerasPictureOfTheSameNameMakesNoPairWithTheFirst
 }
 
 TEST(BrainAttribution, AnUnaskedPairIsAPair) {
-    Stage stage;
-    stage.dial = "both";
-    stage.get_ready();
+    ReadyStage stage(Dial{"both"});
     stage.file("DSC00001.ARW");
     stage.after(seconds(3));
     stage.file("DSC00001.JPG");
@@ -297,8 +262,7 @@ TEST(BrainAttribution, AShotsNameIsThatOfBothItsHalves) {
 }
 
 TEST(BrainAttribution, AFileThatCouldNotBePlacedAndIsReportedAgainIsOfTheShotThatItWasOf) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId first = stage.shoot();
     stage.takes_files = false;
     stage.file("DSC00001.JPG");
@@ -314,9 +278,7 @@ TEST(BrainAttribution, AFileThatCouldNotBePlacedAndIsReportedAgainIsOfTheShotTha
 
 TEST(BrainAttribution, ADialTurnedRightAtTheShotMakesAPairOfItsHalves) {
     for (const std::string dial : {"jpeg", "raw"}) {
-        Stage stage;
-        stage.dial = dial;
-        stage.get_ready();
+        ReadyStage stage(Dial{dial});
         const RequestId capture = stage.shoot();
         stage.file(dial == "jpeg" ? "DSC00001.ARW" : "DSC00001.HIF");
         EXPECT_FALSE(stage.is_answered(capture)) << dial;

@@ -13,21 +13,8 @@ Configure destination(SaveDestination value) {
     return configure;
 }
 
-Configure type(FileType value) {
-    Configure configure;
-    configure.file_type = value;
-    return configure;
-}
-
-Configure folder(const std::string& value) {
-    Configure configure;
-    configure.folder = value;
-    return configure;
-}
-
 TEST(BrainConfiguring, IsAnsweredWhenAllIsInForce) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     Configure configure = destination(SaveDestination::both);
     configure.file_type = FileType::both;
     const RequestId request = stage.ask(configure);
@@ -54,8 +41,7 @@ TEST(BrainConfiguring, IsAnsweredWhenAProblemSaysWhatIsNot) {
 }
 
 TEST(BrainConfiguring, DuringAShotItWaitsForItsTurn) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId first = stage.shoot();
     const RequestId configure = stage.ask(type(FileType::raw));
     const RequestId second = stage.ask(Capture{});
@@ -92,8 +78,7 @@ TEST(BrainConfiguring, WhileTheSessionIsAwayTheProblemThatHindersItIsTheAnswer) 
 }
 
 TEST(BrainConfiguring, ANameIsForTheFilesThatFollow) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     Configure configure;
     configure.name = "{date}-{n}";
     stage.answer_to<SessionState>(stage.ask(configure));
@@ -103,8 +88,7 @@ TEST(BrainConfiguring, ANameIsForTheFilesThatFollow) {
 }
 
 TEST(BrainConfiguring, AnotherFolderIsOpenedAndTheWorkerMovedBehindTheFence) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId request = stage.ask(folder("/new"));
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new");
@@ -117,8 +101,7 @@ TEST(BrainConfiguring, AnotherFolderIsOpenedAndTheWorkerMovedBehindTheFence) {
 }
 
 TEST(BrainConfiguring, TheFolderOfBeforeIsSweptAndClosedWhenTheWorkerHasEnded) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.ask(folder("/new"));
     stage.after(milliseconds(1));
     stage.forget();
@@ -133,8 +116,7 @@ TEST(BrainConfiguring, TheFolderOfBeforeIsSweptAndClosedWhenTheWorkerHasEnded) {
 }
 
 TEST(BrainConfiguring, AWorkerThatWasMovedIsKnownByTheRunThatItWasStartedFor) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.ask(folder("/new"));
     stage.after(milliseconds(1));
     stage.worker_ends = false;
@@ -147,8 +129,7 @@ TEST(BrainConfiguring, AWorkerThatWasMovedIsKnownByTheRunThatItWasStartedFor) {
 }
 
 TEST(BrainConfiguring, AFileMeantForTheFolderOfBeforeIsLookedForThere) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.ask(folder("/new"));
     stage.after(milliseconds(1));
     stage.report("DSC00001.JPG");
@@ -158,27 +139,12 @@ TEST(BrainConfiguring, AFileMeantForTheFolderOfBeforeIsLookedForThere) {
     EXPECT_FALSE(sweeps[0].over);
 }
 
-TEST(BrainConfiguring, AFolderThatCannotBeOpenedLeavesTheOldOneInForce) {
-    Stage stage;
-    stage.get_ready();
-    stage.disk_answers = false;
-    const RequestId request = stage.ask(folder("/new"));
-    stage.after(milliseconds(1));
-    stage.answer(FolderNotOpened{stage.asked_of_disk<OpenFolder>().at(0).ticket,
-                                 {Code::folder_not_permitted, "no", {}, {}}});
-    const auto state = stage.answer_to<SessionState>(request);
-    EXPECT_EQ(state.folder, "/shots");
-    EXPECT_EQ(state.problems.at(0).code, Code::folder_not_permitted);
-    EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
-}
-
 TEST(BrainConfiguring, WhyAFolderWasNotChangedIsStillThereWhenTheOldOneWasOpenedMeanwhile) {
     Stage stage;
     stage.disk_answers = false;
     const RequestId configure = stage.ask(folder("/new"));
     stage.ask(Connect{});
-    stage.answer(FolderNotOpened{stage.asked_of_disk<OpenFolder>().at(0).ticket,
-                                 {Code::folder_gone, "/new is not there", {}, {}}});
+    stage.refuse_folder(Code::folder_gone, "/new is not there");
     stage.disk_answers = true;
     stage.after(seconds(3));
     const auto state = stage.answer_to<SessionState>(configure);
@@ -187,10 +153,9 @@ TEST(BrainConfiguring, WhyAFolderWasNotChangedIsStillThereWhenTheOldOneWasOpened
 }
 
 TEST(BrainConfiguring, AFolderThatTheSdkDidNotTakeIsGivenToItAgainOnDemand) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.hear("ERROR|Could not set the download folder (0x00008000)");
-    EXPECT_TRUE(stage.stands(Code::folder_not_taken));
+    EXPECT_EQ(stage.standing(Code::folder_not_taken).sdk, 0x8000U);
     const RequestId request = stage.ask(folder("/shots"));
     stage.after(milliseconds(1));
     EXPECT_TRUE(stage.said("SET_DOWNLOAD_DIR|/shots/.incoming/run-2"));
@@ -198,8 +163,7 @@ TEST(BrainConfiguring, AFolderThatTheSdkDidNotTakeIsGivenToItAgainOnDemand) {
 }
 
 TEST(BrainConfiguring, AFolderThatTheSdkRefusesLeavesTheOldOneInForce) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.worker_answers = false;
     const RequestId request = stage.ask(folder("/new"));
     stage.hear("PRIME_DONE|OK");
@@ -217,8 +181,7 @@ TEST(BrainConfiguring, AFolderThatTheSdkRefusesLeavesTheOldOneInForce) {
 }
 
 TEST(BrainConfiguring, APathThatDoesNotFitInALineIsNotTaken) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId request = stage.ask(folder("/" + std::string(2000, '|')));
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.answer_to<SessionState>(request).problems.at(0).code, Code::folder_not_taken);
@@ -242,15 +205,13 @@ TEST(BrainConfiguring, NorIsItWithoutAWorkerOrAtTheStart) {
 }
 
 TEST(BrainConfiguring, TheSameFolderIsNotOpenedAgain) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.answer_to<SessionState>(stage.ask(folder("/shots")));
     EXPECT_TRUE(stage.asked_of_disk<OpenFolder>().empty());
 }
 
 TEST(BrainConfiguring, AFolderThatIsGoneIsOpenedAgainOnDemand) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.folder_there = false;
     stage.ask(Capture{});
     stage.ask(folder("/shots"));
@@ -261,8 +222,7 @@ TEST(BrainConfiguring, AFolderThatIsGoneIsOpenedAgainOnDemand) {
 
 TEST(BrainConfiguring, AWorkerThatDiesInEachStepOfAMoveIsReplacedAndTheRequestAnswered) {
     for (int step = 0; step < 4; ++step) {
-        Stage stage;
-        stage.get_ready();
+        ReadyStage stage;
         stage.worker_answers = false;
         stage.disk_answers = false;
         const RequestId request = stage.ask(folder("/new"));
@@ -271,10 +231,7 @@ TEST(BrainConfiguring, AWorkerThatDiesInEachStepOfAMoveIsReplacedAndTheRequestAn
         }
         stage.disk_answers = step >= 3;
         if (step == 2) {
-            FolderOpened opened;
-            opened.ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
-            opened.folder = "/new";
-            stage.answer(opened);  // the run is being made
+            stage.answer(stage.opened("/new"));  // the run is being made
         }
         if (step == 3) {
             stage.after(milliseconds(1));  // the worker is being moved
@@ -292,8 +249,7 @@ TEST(BrainConfiguring, AWorkerThatDiesInEachStepOfAMoveIsReplacedAndTheRequestAn
 
 TEST(BrainConfiguring, AWorkerThatIsLostWhileTheDiskOpensTheFolderIsReplacedInIt) {
     for (const bool floods : {true, false}) {
-        Stage stage;
-        stage.get_ready();
+        ReadyStage stage;
         stage.disk_answers = false;
         const RequestId request = stage.ask(folder("/new"));
         stage.after(milliseconds(1));
@@ -313,47 +269,37 @@ TEST(BrainConfiguring, AWorkerThatIsLostWhileTheDiskOpensTheFolderIsReplacedInIt
 }
 
 TEST(BrainConfiguring, IsAnsweredAfter60SecondsAtTheLatest) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.disk_answers = false;
     const RequestId request = stage.ask(folder("/new"));
     stage.after(seconds(59));
     EXPECT_FALSE(stage.is_answered(request));
     stage.after(seconds(2));
-    EXPECT_EQ(stage.answers(request), 1U);
+    EXPECT_EQ(stage.answer_to<Problem>(request).code, Code::folder_not_taken);
     EXPECT_EQ(stage.state().folder, "/shots");
+    EXPECT_FALSE(stage.stands(Code::folder_not_taken)) << "it is of a folder not in force";
 }
 
 TEST(BrainConfiguring, WhyAFolderWasNotTakenIsAnsweredAndDoesNotStandAgainstTheOneInForce) {
     for (const Code code : {Code::folder_in_use, Code::folder_not_permitted, Code::folder_gone,
                             Code::folder_not_taken}) {
-        Stage stage;
-        stage.get_ready();
+        ReadyStage stage;
         stage.disk_answers = false;
         const RequestId request = stage.ask(folder("/new"));
         stage.after(milliseconds(1));
-        stage.answer(FolderNotOpened{stage.asked_of_disk<OpenFolder>().at(0).ticket,
-                                     {code, "/new", {}, {}}});
+        stage.refuse_folder(code, "/new");
         const auto state = stage.answer_to<SessionState>(request);
+        EXPECT_EQ(state.folder, "/shots") << word(code);
+        EXPECT_EQ(state.problems.at(0).code, code);
         EXPECT_EQ(state.problems.at(0).text, "/new");
+        EXPECT_EQ(stage.said(), (Lines{"PRIME"})) << word(code);
         EXPECT_TRUE(stage.told(code));
         EXPECT_TRUE(stage.state().problems.empty()) << word(code);
     }
 }
 
-TEST(BrainConfiguring, NorDoesItWhenTheDiskHasNotAnsweredIn60Seconds) {
-    Stage stage;
-    stage.get_ready();
-    stage.disk_answers = false;
-    const RequestId request = stage.ask(folder("/new"));
-    stage.after(seconds(61));
-    EXPECT_EQ(stage.answer_to<Problem>(request).code, Code::folder_not_taken);
-    EXPECT_FALSE(stage.stands(Code::folder_not_taken));
-}
-
 TEST(BrainConfiguring, WhatStoodAgainstTheFolderInForceStandsBehindTheAnswerToo) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.hear("ERROR|Could not set the download folder (0x00008000)");
     const Problem before = stage.standing(Code::folder_not_taken);
     const RequestId request = stage.ask(folder("/" + std::string(2000, '|')));

@@ -7,8 +7,7 @@ namespace {
 using States = std::vector<State>;
 
 TEST(BrainEnding, AnIdleSessionIsEndedWith5SecondsARungAndTellsHow) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId shutdown = stage.ask(Shutdown{});
     EXPECT_EQ(stage.ladders().at(0).rung, seconds(5));
     EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::quit, 0}));
@@ -19,8 +18,7 @@ TEST(BrainEnding, AnIdleSessionIsEndedWith5SecondsARungAndTellsHow) {
 }
 
 TEST(BrainEnding, FilesOnTheirWayAreWaitedFor) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.shoot();
     const RequestId shutdown = stage.ask(Shutdown{});
     stage.after(seconds(9));
@@ -32,8 +30,7 @@ TEST(BrainEnding, FilesOnTheirWayAreWaitedFor) {
 }
 
 TEST(BrainEnding, FilesOnTheirWayAreWaitedForNoLongerThan10Seconds) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.shoot();
     stage.ask(Shutdown{});
     stage.after(milliseconds(9'900));
@@ -44,24 +41,18 @@ TEST(BrainEnding, FilesOnTheirWayAreWaitedForNoLongerThan10Seconds) {
 }
 
 TEST(BrainEnding, APatienceOfItsOwnCounts) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
-    Shutdown shutdown;
-    shutdown.patience = Time{};
-    const RequestId request = stage.ask(shutdown);
+    const RequestId request = stage.ask(Shutdown{Time{}});
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.answers(request), 1U);
 }
 
 TEST(BrainEnding, ASecondShutdownSharesTheEndAndMayHastenIt) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
     const RequestId first = stage.ask(Shutdown{});
-    Shutdown now;
-    now.patience = Time{};
-    const RequestId second = stage.ask(now);
+    const RequestId second = stage.ask(Shutdown{Time{}});
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.answer_to<Ended>(first), stage.answer_to<Ended>(second));
     EXPECT_EQ(stage.ladders().size(), 1U);
@@ -88,13 +79,10 @@ TEST(BrainEnding, WithoutAWorkerItIsOverAtOnce) {
 }
 
 TEST(BrainEnding, EverythingThatWaitsIsAnswered) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
     const RequestId capture = stage.ask(Capture{});
-    Configure raw;
-    raw.file_type = FileType::raw;
-    const RequestId configure = stage.ask(raw);
+    const RequestId configure = stage.ask(type(FileType::raw));
     const RequestId disconnect = stage.ask(Disconnect{});
     const RequestId shutdown = stage.ask(Shutdown{});
     EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::refused);
@@ -106,13 +94,12 @@ TEST(BrainEnding, EverythingThatWaitsIsAnswered) {
     EXPECT_EQ(late.status, ShotStatus::refused);
     EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Connect{})).code, Code::not_connected);
     EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Start{})).code, Code::not_connected);
-    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(raw)).code, Code::not_connected);
+    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(type(FileType::raw))).code, Code::not_connected);
     EXPECT_EQ(stage.answer_to<SessionState>(stage.ask(Disconnect{})).state, State::down);
 }
 
 TEST(BrainEnding, AWorkerThatDiesMeanwhileIsToldAsGone) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
     const RequestId shutdown = stage.ask(Shutdown{});
     stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 139});
@@ -121,8 +108,7 @@ TEST(BrainEnding, AWorkerThatDiesMeanwhileIsToldAsGone) {
 }
 
 TEST(BrainEnding, AWorkerThatIsBeingReplacedIsWaitedFor) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.worker_ends = false;
     stage.tell(WorkerFlooded{stage.run, "much"});
     const RequestId shutdown = stage.ask(Shutdown{});
@@ -154,8 +140,7 @@ TEST(BrainEnding, AFolderThatIsOpenedTooLateIsClosedAgain) {
 }
 
 TEST(BrainEnding, AWorkerThatNothingEndsIsNamedAndNotWaitedForForEver) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.worker_ends = false;
     const RequestId shutdown = stage.ask(Shutdown{});
     stage.after(seconds(16));
@@ -166,8 +151,7 @@ TEST(BrainEnding, AWorkerThatNothingEndsIsNamedAndNotWaitedForForEver) {
 }
 
 TEST(BrainEnding, AStuckDiskDoesNotKeepTheEndFromBeingTold) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.disk_answers = false;
     const RequestId shutdown = stage.ask(Shutdown{});
     stage.after(seconds(29));
@@ -178,8 +162,7 @@ TEST(BrainEnding, AStuckDiskDoesNotKeepTheEndFromBeingTold) {
 }
 
 TEST(BrainEnding, AStopPastTheTimeOutLeavesAMomentToEndTheWorkerInOrder) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
     const RequestId end = stage.ask(Shutdown{});
     stage.stand_still(seconds(100));

@@ -30,8 +30,7 @@ const std::vector<std::string> forged_lines{
 
 TEST(BrainForging, ANameWithALineInItChangesNothingButBringsItsPicture) {
     for (const std::string& forged : forged_lines) {
-        Stage stage;
-        stage.get_ready();
+        ReadyStage stage;
         const SessionState before = stage.state();
         stage.file("x.JPG\n" + forged + "\nz.JPG");
         stage.after(seconds(10));
@@ -44,8 +43,7 @@ TEST(BrainForging, ANameWithALineInItChangesNothingButBringsItsPicture) {
 }
 
 TEST(BrainForging, AllLinesInOneNameChangeNothingDuringAShot) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     std::string name = "DSC00001";
     for (const std::string& forged : forged_lines) {
         name += "\n" + forged;
@@ -64,24 +62,18 @@ TEST(BrainForging, AllLinesInOneNameChangeNothingDuringAShot) {
 }
 
 TEST(BrainForging, AForgedFenceDoesNotFireTheNextShot) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.ask(Capture{});
     stage.after(milliseconds(1));
     stage.file("x\nREMOTE_CAPTURED|OK\nPRIME_DONE|OK\n.JPG");
     stage.ask(Capture{});
     stage.after(milliseconds(400));
-    std::size_t captures = 0;
-    for (const std::string& line : stage.said()) {
-        captures += line == "CAPTURE" ? 1 : 0;
-    }
-    EXPECT_EQ(captures, 1U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 1U);
     EXPECT_EQ(stage.shots().back().status, ShotStatus::fired);
 }
 
 TEST(BrainForging, ALossThatANameForgesTooLateToBeSeenIsFoundByTheProbe) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.hear("LOG|[SONY] landed x");
     stage.hear("DISCONNECTED|");
     stage.after(seconds(1));
@@ -91,8 +83,7 @@ TEST(BrainForging, ALossThatANameForgesTooLateToBeSeenIsFoundByTheProbe) {
 }
 
 TEST(BrainForging, AReportOutsideTheStagingFolderIsRefused) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.say_landed("a.JPG", "/elsewhere/");
     stage.after(milliseconds(20));
     EXPECT_TRUE(stage.told(Code::picture_outside));
@@ -101,8 +92,7 @@ TEST(BrainForging, AReportOutsideTheStagingFolderIsRefused) {
 }
 
 TEST(BrainForging, APathThatNoFileCanHaveIsNotAskedAbout) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.hear("DOWNLOADED|/" + std::string(60'000, 'x'));
     stage.after(milliseconds(20));
     EXPECT_TRUE(stage.asked_of_disk<Examine>().empty());
@@ -110,8 +100,7 @@ TEST(BrainForging, APathThatNoFileCanHaveIsNotAskedAbout) {
 }
 
 TEST(BrainForging, LinesThatNobodyKnowsChangeNothing) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     for (const std::string line :
          {"", "|", "CONNECTED", "DISCONNECTED", "DISCONNECTED|x", "SAVE_DEST|", "SAVE_DEST|Disk",
           "FILE_TYPE|JPEG", "PRIME_DONE|", "READY|", "nonsense", "LOG|", "LOG|[SONY] 0x", "ERROR|",

@@ -8,10 +8,8 @@ using Lines = std::vector<std::string>;
 using States = std::vector<State>;
 
 TEST(BrainLosing, ALossIsProbedBeforeItIsBelieved) {
-    Stage stage;
-    stage.get_ready();
-    stage.session = false;
-    stage.hear("DISCONNECTED|");
+    ReadyStage stage;
+    stage.lose();
     EXPECT_EQ(stage.said(), (Lines{"SET_SAVE_DEST|disk", "PRIME"}));
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.state().state, State::lost);
@@ -20,8 +18,7 @@ TEST(BrainLosing, ALossIsProbedBeforeItIsBelieved) {
 }
 
 TEST(BrainLosing, ALossThatTheProbeDoesNotFindChangesNothing) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.hear("DISCONNECTED|");
     stage.after(seconds(1));
     EXPECT_EQ(stage.states(), States{});
@@ -30,13 +27,10 @@ TEST(BrainLosing, ALossThatTheProbeDoesNotFindChangesNothing) {
 }
 
 TEST(BrainLosing, ACameraThatTheSdkBringsBackWithin4SecondsIsSettledAgain) {
-    Stage stage;
-    stage.get_ready();
-    stage.session = false;
-    stage.hear("DISCONNECTED|");
+    ReadyStage stage;
+    stage.lose();
     stage.after(seconds(3));
-    stage.session = true;
-    stage.hear("CONNECTED|MODEL-A");
+    stage.bring_back();
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.states(), (States{State::lost, State::settling, State::ready}));
     EXPECT_FALSE(stage.said("DISCONNECT"));
@@ -44,11 +38,8 @@ TEST(BrainLosing, ACameraThatTheSdkBringsBackWithin4SecondsIsSettledAgain) {
 }
 
 TEST(BrainLosing, OneThatStaysAwayIsClosedAndOpenedAnewForAsLongAsItTakes) {
-    Stage stage;
-    stage.get_ready();
-    stage.session = false;
-    stage.camera_there = false;
-    stage.hear("DISCONNECTED|");
+    ReadyStage stage;
+    stage.unplug();
     stage.after(seconds(5));
     EXPECT_EQ(stage.states(), (States{State::lost, State::closing, State::idle, State::opening,
                                       State::closing, State::idle}));
@@ -60,16 +51,12 @@ TEST(BrainLosing, OneThatStaysAwayIsClosedAndOpenedAnewForAsLongAsItTakes) {
 }
 
 TEST(BrainLosing, SettingsAreAskedAgainAfterALoss) {
-    Wishes wishes;
-    wishes.file_type = FileType::raw;
-    Stage stage(wishes);
-    stage.get_ready();
+    ReadyStage stage(wishes(SaveDestination::disk, FileType::raw));
     stage.session = false;
     stage.dial = "jpeg";
     stage.hear("DISCONNECTED|");
     stage.after(seconds(1));
-    stage.session = true;
-    stage.hear("CONNECTED|MODEL-A");
+    stage.bring_back();
     stage.hear("FILE_TYPE|jpeg");
     stage.after(seconds(1));
     EXPECT_TRUE(stage.said("SET_FILE_TYPE|raw"));
@@ -77,24 +64,20 @@ TEST(BrainLosing, SettingsAreAskedAgainAfterALoss) {
 }
 
 TEST(BrainLosing, TwoLinesForOneLossAreOneLoss) {
-    Stage stage;
-    stage.get_ready();
-    stage.session = false;
-    stage.hear("DISCONNECTED|");
+    ReadyStage stage;
+    stage.lose();
     stage.hear("DISCONNECTED|");
     stage.after(seconds(1));
     EXPECT_EQ(stage.states(), (States{State::lost}));
     EXPECT_EQ(stage.problems().size(), 1U);
-    stage.session = true;
-    stage.hear("CONNECTED|MODEL-A");
+    stage.bring_back();
     stage.hear("DISCONNECTED|");
     stage.after(seconds(1));
     EXPECT_EQ(stage.states(), (States{State::lost, State::settling, State::ready}));
 }
 
 TEST(BrainLosing, ACameraThatIsBackBeforeTheProbeIsAnsweredIsSettledAgain) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.hear("DISCONNECTED|");
     stage.hear("CONNECTED|MODEL-A");
     stage.after(seconds(1));
@@ -102,8 +85,7 @@ TEST(BrainLosing, ACameraThatIsBackBeforeTheProbeIsAnsweredIsSettledAgain) {
 }
 
 TEST(BrainLosing, ACameraThatIsBackBehindTheProbesBackIsNotTakenForLost) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.worker_answers = false;
     stage.hear("DISCONNECTED|");
     // The destination was sent before the camera was back, and so was not answered.
@@ -117,10 +99,8 @@ TEST(BrainLosing, ACameraThatIsBackBehindTheProbesBackIsNotTakenForLost) {
 }
 
 TEST(BrainLosing, AConnectedThatNoSessionIsBehindIsAskedAboutOnce) {
-    Stage stage;
-    stage.get_ready();
-    stage.session = false;
-    stage.hear("DISCONNECTED|");
+    ReadyStage stage;
+    stage.lose();
     stage.hear("CONNECTED|MODEL-A");
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.said(), (Lines{"SET_SAVE_DEST|disk", "PRIME", "SET_SAVE_DEST|disk", "PRIME"}));
@@ -128,8 +108,7 @@ TEST(BrainLosing, AConnectedThatNoSessionIsBehindIsAskedAboutOnce) {
 }
 
 TEST(BrainLosing, AConnectedThatComesAfterTheProbeFoundASessionSettlesItAgain) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.hear("DISCONNECTED|");
     stage.after(milliseconds(1));
     stage.hear("CONNECTED|MODEL-A");
@@ -138,8 +117,7 @@ TEST(BrainLosing, AConnectedThatComesAfterTheProbeFoundASessionSettlesItAgain) {
 }
 
 TEST(BrainLosing, NoShotIsFiredWhileALossIsProbed) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.worker_answers = false;
     stage.hear("DISCONNECTED|");
     stage.ask(Capture{});
@@ -151,11 +129,9 @@ TEST(BrainLosing, NoShotIsFiredWhileALossIsProbed) {
 }
 
 TEST(BrainLosing, AShotThatIsLostWithTheCameraIsOver) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.shoot();
-    stage.session = false;
-    stage.hear("DISCONNECTED|");
+    stage.lose();
     stage.after(milliseconds(1));
     const Shot shot = stage.answer_to<Shot>(capture);
     EXPECT_EQ(shot.status, ShotStatus::none);
@@ -164,13 +140,11 @@ TEST(BrainLosing, AShotThatIsLostWithTheCameraIsOver) {
 }
 
 TEST(BrainLosing, AFileThatWasReportedBeforeTheLossStillCounts) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.shoot();
     stage.disk_answers = false;
     stage.file("DSC00001.JPG");
-    stage.session = false;
-    stage.hear("DISCONNECTED|");
+    stage.lose();
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.state().state, State::lost);
     EXPECT_FALSE(stage.is_answered(capture));
@@ -180,8 +154,7 @@ TEST(BrainLosing, AFileThatWasReportedBeforeTheLossStillCounts) {
 }
 
 TEST(BrainLosing, AnErrorInMidSessionIsToldAndIsNoLoss) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.hear("LOG|[SONY] error 0x000000FF");
     stage.hear("ERROR|Camera reported 0x000000FF");
     stage.after(seconds(1));
@@ -193,8 +166,7 @@ TEST(BrainLosing, AnErrorInMidSessionIsToldAndIsNoLoss) {
 }
 
 TEST(BrainLosing, ALooseCableEndsInAReadySession) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     for (int loss = 0; loss < 1000; ++loss) {
         stage.hear("DISCONNECTED|");
         stage.hear("CONNECTED|MODEL-A");

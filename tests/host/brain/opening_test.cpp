@@ -7,6 +7,17 @@ namespace {
 using Lines = std::vector<std::string>;
 using States = std::vector<State>;
 
+// One whose camera has not answered for so long.
+class OpeningStage : public Stage {
+  public:
+    explicit OpeningStage(Time so_far) {
+        camera_answers = false;
+        get_idle();
+        ask(Connect{});
+        after(so_far);
+    }
+};
+
 TEST(BrainOpening, NoCameraIsAProblemAndTriedAgainWithABackOff) {
     Stage stage;
     stage.camera_there = false;
@@ -15,11 +26,7 @@ TEST(BrainOpening, NoCameraIsAProblemAndTriedAgainWithABackOff) {
     std::vector<Time> tries;
     const Time begin = stage.now;
     for (std::size_t seen = 0; stage.now < begin + seconds(40);) {
-        std::size_t connects = 0;
-        for (const std::string& line : stage.said()) {
-            connects += line == "CONNECT" ? 1 : 0;
-        }
-        for (; seen < connects; ++seen) {
+        for (const std::size_t connects = stage.times_said("CONNECT"); seen < connects; ++seen) {
             tries.push_back(stage.now - begin);
         }
         stage.after(milliseconds(100));
@@ -65,46 +72,31 @@ TEST(BrainOpening, ConnectIsAnsweredAfter60SecondsByWhatStandsInTheWayAndGoesOnT
     EXPECT_EQ(stage.answers(connect), 1U);
 }
 
-TEST(BrainOpening, ACameraThatRefusesIsToldWithItsCode) {
-    Stage stage;
-    stage.camera_answers = false;
-    stage.get_idle();
-    stage.ask(Connect{});
-    stage.after(milliseconds(50));
-    stage.hear("ERROR|Could not open the camera (0x00008208)");
-    EXPECT_EQ(stage.standing(Code::camera_refused).sdk, 0x8208U);
-    EXPECT_TRUE(stage.said("DISCONNECT"));
-}
-
-TEST(BrainOpening, AnErrorWhileOpeningIsAnsweredByDisconnect) {
-    Stage stage;
-    stage.camera_answers = false;
-    stage.get_idle();
-    stage.ask(Connect{});
-    stage.after(milliseconds(50));
-    stage.hear("LOG|[SONY] error 0x000000FF");
-    stage.hear("ERROR|Camera reported 0x000000FF");
-    EXPECT_EQ(stage.standing(Code::camera_error).sdk, 0xFFU);
-    EXPECT_TRUE(stage.said("DISCONNECT"));
-}
-
-TEST(BrainOpening, ACameraThatGoesAwayWhileItIsOpenedIsGivenBack) {
-    Stage stage;
-    stage.camera_answers = false;
-    stage.get_idle();
-    stage.ask(Connect{});
-    stage.after(milliseconds(50));
-    stage.hear("DISCONNECTED|");
-    EXPECT_TRUE(stage.stands(Code::camera_lost));
-    EXPECT_TRUE(stage.said("DISCONNECT"));
+TEST(BrainOpening, AnOpeningThatFailsIsToldWithItsCodeAndAnsweredByDisconnect) {
+    struct Failure {
+        Lines lines;
+        Code code;
+        std::optional<std::uint32_t> sdk;
+    };
+    for (const Failure& failure : {
+             Failure{
+                 {"ERROR|Could not open the camera (0x00008208)"}, Code::camera_refused, 0x8208},
+             Failure{{"LOG|[SONY] error 0x000000FF", "ERROR|Camera reported 0x000000FF"},
+                     Code::camera_error,
+                     0xFF},
+             Failure{{"DISCONNECTED|"}, Code::camera_lost, {}},
+         }) {
+        OpeningStage stage(milliseconds(50));
+        for (const std::string& line : failure.lines) {
+            stage.hear(line);
+        }
+        EXPECT_EQ(stage.standing(failure.code).sdk, failure.sdk) << word(failure.code);
+        EXPECT_TRUE(stage.said("DISCONNECT")) << word(failure.code);
+    }
 }
 
 TEST(BrainOpening, SilenceIsGivenUpAfter30Seconds) {
-    Stage stage;
-    stage.camera_answers = false;
-    stage.get_idle();
-    stage.ask(Connect{});
-    stage.after(seconds(29));
+    OpeningStage stage(seconds(29));
     EXPECT_EQ(stage.state().state, State::opening);
     stage.after(seconds(2));
     EXPECT_TRUE(stage.stands(Code::camera_no_answer));
@@ -112,11 +104,7 @@ TEST(BrainOpening, SilenceIsGivenUpAfter30Seconds) {
 }
 
 TEST(BrainOpening, AConnectedThatCrossesTheTimeOutLeadsToASessionAllTheSame) {
-    Stage stage;
-    stage.camera_answers = false;
-    stage.get_idle();
-    stage.ask(Connect{});
-    stage.after(seconds(20));
+    OpeningStage stage(seconds(20));
     stage.hear("ERROR|Could not open the camera (timeout) — replug the camera");
     EXPECT_TRUE(stage.stands(Code::camera_no_answer));
     stage.camera_answers = true;
@@ -127,11 +115,7 @@ TEST(BrainOpening, AConnectedThatCrossesTheTimeOutLeadsToASessionAllTheSame) {
 }
 
 TEST(BrainOpening, AHandleThatIsOutAlreadyIsGivenBackWhenNoSessionAnswers) {
-    Stage stage;
-    stage.camera_answers = false;
-    stage.get_idle();
-    stage.ask(Connect{});
-    stage.after(milliseconds(50));
+    OpeningStage stage(milliseconds(50));
     stage.hear("CONNECTED|already");
     stage.camera_answers = true;
     stage.after(seconds(2));
@@ -140,11 +124,7 @@ TEST(BrainOpening, AHandleThatIsOutAlreadyIsGivenBackWhenNoSessionAnswers) {
 }
 
 TEST(BrainOpening, ASessionThatIsUpAlreadyIsTaken) {
-    Stage stage;
-    stage.camera_answers = false;
-    stage.get_idle();
-    stage.ask(Connect{});
-    stage.after(milliseconds(50));
+    OpeningStage stage(milliseconds(50));
     stage.session = true;
     stage.hear("CONNECTED|already");
     stage.after(seconds(1));
@@ -210,8 +190,7 @@ TEST(BrainOpening, DisconnectIsAnsweredInEveryState) {
         EXPECT_EQ(stage.answer_to<SessionState>(stage.ask(Disconnect{})).state, State::idle);
     }
     {
-        Stage stage;
-        stage.get_ready();
+        ReadyStage stage;
         const RequestId request = stage.ask(Disconnect{});
         stage.after(milliseconds(1));
         EXPECT_EQ(stage.answer_to<SessionState>(request).state, State::idle);
@@ -219,8 +198,7 @@ TEST(BrainOpening, DisconnectIsAnsweredInEveryState) {
 }
 
 TEST(BrainOpening, DisconnectWaitsForTheShotButNotForLong) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.shoot();
     const RequestId disconnect = stage.ask(Disconnect{});
     stage.after(seconds(9));
@@ -231,8 +209,7 @@ TEST(BrainOpening, DisconnectWaitsForTheShotButNotForLong) {
 }
 
 TEST(BrainOpening, DisconnectOfAHangingWorkerIsAnsweredIn20Seconds) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.worker_answers = false;
     stage.worker_ends = false;
     const RequestId disconnect = stage.ask(Disconnect{});
@@ -271,15 +248,11 @@ TEST(BrainOpening, NothingIsWrongWithACameraThatNobodyAsksForAnyMore) {
 }
 
 TEST(BrainOpening, WithTheCameraGoWhatItsSettingsLacked) {
-    Wishes wishes;
-    wishes.save_destination = SaveDestination::both;
-    Stage stage(wishes);
+    Stage stage(wishes(SaveDestination::both));
     stage.card = false;
     stage.takes_type = false;
     stage.get_ready();
-    Configure type;
-    type.file_type = FileType::raw;
-    stage.ask(type);
+    stage.ask(type(FileType::raw));
     stage.after(seconds(2));
     ASSERT_TRUE(stage.stands(Code::card_missing));
     ASSERT_TRUE(stage.stands(Code::file_type_not_taken));
@@ -289,8 +262,7 @@ TEST(BrainOpening, WithTheCameraGoWhatItsSettingsLacked) {
 }
 
 TEST(BrainOpening, ConnectBehindADisconnectThatWaitsIsAnsweredByTheNextSession) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId shot = stage.shoot();
     const RequestId disconnect = stage.ask(Disconnect{});
     const RequestId connect = stage.ask(Connect{});

@@ -27,8 +27,7 @@ void bring(Stage& stage, State state) {
             break;
         case State::lost:
             stage.get_ready();
-            stage.session = false;
-            stage.hear("DISCONNECTED|");
+            stage.lose();
             break;
         case State::closing:
             stage.get_ready();
@@ -81,8 +80,7 @@ TEST(BrainRestarting, AWorkerThatDiesInAnyStateIsReplacedAndTheSessionComesBack)
 }
 
 TEST(BrainRestarting, WhatAWorkerSaidBeforeItsEndIsInItsProblem) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.worker_gets_ready = false;
     stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 134, "assertion failed"});
     EXPECT_EQ(stage.standing(Code::worker_gone).text,
@@ -111,15 +109,13 @@ TEST(BrainRestarting, AWorkerThatHangsInAnyStateIsEndedWith1SecondARungAndReplac
 }
 
 TEST(BrainRestarting, AnIdleSessionIsFencedEvery5Seconds) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.after(seconds(51));
     EXPECT_EQ(stage.said(), std::vector<std::string>(10, "PRIME"));
 }
 
 TEST(BrainRestarting, AWorkerThatFloodsIsReplaced) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.tell(WorkerFlooded{stage.run, "50,000 lines in 1 s"});
     stage.after(seconds(1));
     EXPECT_TRUE(stage.told(Code::worker_floods));
@@ -128,8 +124,7 @@ TEST(BrainRestarting, AWorkerThatFloodsIsReplaced) {
 }
 
 TEST(BrainRestarting, AWorkerThatTakesNoCommandsIsReplaced) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.tell(WorkerInputFull{stage.run});
     stage.after(seconds(1));
     EXPECT_TRUE(stage.told(Code::worker_hangs));
@@ -137,8 +132,7 @@ TEST(BrainRestarting, AWorkerThatTakesNoCommandsIsReplaced) {
 }
 
 TEST(BrainRestarting, ALineThatIsTooLongIsAProblemAndNoReasonToEndTheWorker) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.tell(LineTooLong{stage.run});
     EXPECT_TRUE(stage.told(Code::worker_floods));
     EXPECT_EQ(stage.state().state, State::ready);
@@ -146,8 +140,7 @@ TEST(BrainRestarting, ALineThatIsTooLongIsAProblemAndNoReasonToEndTheWorker) {
 }
 
 TEST(BrainRestarting, TheSixthLossIn3MinutesMeansDownWithOneProblemAndATryAMinute) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     for (int loss = 0; loss < 5; ++loss) {
         stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 139});
         stage.after(seconds(5));
@@ -167,28 +160,28 @@ TEST(BrainRestarting, TheSixthLossIn3MinutesMeansDownWithOneProblemAndATryAMinut
     EXPECT_TRUE(stage.state().problems.empty());
 }
 
-TEST(BrainRestarting, ConnectTriesAtOnceAfterTooManyLosses) {
-    Stage stage;
-    stage.get_ready();
+void lose_too_many_workers(Stage& stage) {
     for (int loss = 0; loss < 6; ++loss) {
         stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
         stage.after(seconds(2));
     }
-    EXPECT_EQ(stage.state().state, State::down);
+    ASSERT_EQ(stage.state().state, State::down);
+}
+
+TEST(BrainRestarting, ConnectTriesAtOnceAfterTooManyLosses) {
+    ReadyStage stage;
+    lose_too_many_workers(stage);
     const RequestId connect = stage.ask(Connect{});
     stage.after(seconds(2));
     EXPECT_EQ(stage.answer_to<SessionState>(connect).state, State::ready);
 }
 
 TEST(BrainRestarting, AShotThatTheWorkerDiesInIsOverAndNotFiredAgain) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId fired = stage.shoot("1");
     const RequestId queued = stage.ask(Capture{});
     stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 137});
-    const Shot shot = stage.answer_to<Shot>(fired);
-    EXPECT_EQ(shot.status, ShotStatus::none);
-    EXPECT_EQ(shot.problems.at(0).code, Code::worker_gone);
+    EXPECT_EQ(stage.outcome(fired), (Outcome{ShotStatus::none, Code::worker_gone}));
     stage.after(seconds(2));
     stage.file("DSC00007.JPG");
     stage.after(seconds(3));
@@ -197,8 +190,7 @@ TEST(BrainRestarting, AShotThatTheWorkerDiesInIsOverAndNotFiredAgain) {
 }
 
 TEST(BrainRestarting, FilesThatWereReportedBeforeTheEndAreNotLeftToTheSweep) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.shoot();
     stage.disk_answers = false;
     stage.say_landed("DSC00001.JPG", "/shots/.incoming/run-1/");
@@ -212,8 +204,7 @@ TEST(BrainRestarting, FilesThatWereReportedBeforeTheEndAreNotLeftToTheSweep) {
 }
 
 TEST(BrainRestarting, WhatTheSweepBringsInIsTold) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.disk_answers = false;
     stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 137});
     Picture found;
@@ -224,8 +215,7 @@ TEST(BrainRestarting, WhatTheSweepBringsInIsTold) {
 }
 
 TEST(BrainRestarting, AWorkerThatSurvivesSigkillIsNamedByItsNumberAndReplaced) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.worker_ends = false;
     stage.tell(WorkerFlooded{stage.run, "much"});
     EXPECT_EQ(stage.state().state, State::starting);
@@ -242,9 +232,7 @@ TEST(BrainRestarting, AWorkerThatSurvivesSigkillIsNamedByItsNumberAndReplaced) {
 }
 
 TEST(BrainRestarting, AStemOfTheWorkerBeforeIsAnotherPicture) {
-    Stage stage;
-    stage.dial = "both";
-    stage.get_ready();
+    ReadyStage stage(Dial{"both"});
     stage.file("DSC00001.ARW");
     stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
     stage.after(seconds(2));
@@ -255,8 +243,7 @@ TEST(BrainRestarting, AStemOfTheWorkerBeforeIsAnotherPicture) {
 }
 
 TEST(BrainRestarting, WhatAWorkerBroughtThatEndsAfterItWasGivenUpIsBroughtIn) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.worker_answers = false;
     stage.worker_ends = false;
     stage.after(seconds(26));
@@ -275,9 +262,7 @@ TEST(BrainRestarting, AWorkerThatHasNoNumberYetIsNamedWithoutOne) {
     Stage stage;
     stage.disk_answers = false;
     stage.ask(Start{});
-    FolderOpened opened;
-    opened.ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
-    opened.folder = "/shots";
+    FolderOpened opened = stage.opened("/shots");
     stage.brain.tell(opened, stage.now);
     stage.brain.tell(RunOpened{2, "r", "/shots/.incoming/r", 7}, stage.now);
     stage.brain.take();  // nobody starts it
@@ -290,17 +275,10 @@ TEST(BrainRestarting, AWorkerThatHasNoNumberYetIsNamedWithoutOne) {
 }
 
 TEST(BrainRestarting, AnotherFolderAfterTooManyLossesDoesNotHastenTheNextWorker) {
-    Stage stage;
-    stage.get_ready();
-    for (int loss = 0; loss < 6; ++loss) {
-        stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
-        stage.after(seconds(2));
-    }
-    ASSERT_EQ(stage.state().state, State::down);
+    ReadyStage stage;
+    lose_too_many_workers(stage);
     stage.forget();
-    Configure configure;
-    configure.folder = "/new";
-    const RequestId request = stage.ask(configure);
+    const RequestId request = stage.ask(folder("/new"));
     stage.after(seconds(50));
     EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new");
     EXPECT_TRUE(stage.workers().empty());

@@ -6,29 +6,8 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-Capture tagged(const std::string& tag) {
-    Capture capture;
-    capture.tag = tag;
-    return capture;
-}
-
-Stage& with_dial(Stage& stage, const std::string& dial) {
-    stage.dial = dial;
-    stage.get_ready();
-    return stage;
-}
-
-std::size_t captures(Stage& stage) {
-    std::size_t count = 0;
-    for (const std::string& line : stage.said()) {
-        count += line == "CAPTURE" ? 1 : 0;
-    }
-    return count;
-}
-
 TEST(BrainShots, ACaptureIsFiredAndCompleteWhenItsFileIsInItsPlace) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.shoot("portrait");
     EXPECT_EQ(stage.said(), (Lines{"CAPTURE", "PRIME"}));
     EXPECT_EQ(stage.shots().at(0).status, ShotStatus::fired);
@@ -49,8 +28,7 @@ TEST(BrainShots, ACaptureIsFiredAndCompleteWhenItsFileIsInItsPlace) {
 }
 
 TEST(BrainShots, AFileIsInItsPlaceAtTheTimeOfItsReport) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.shoot();
     stage.staged.insert("DSC00001.JPG");
     stage.say_landed("DSC00001.JPG", "/shots/.incoming/run-1/");
@@ -59,25 +37,21 @@ TEST(BrainShots, AFileIsInItsPlaceAtTheTimeOfItsReport) {
 }
 
 TEST(BrainShots, TheFolderIsLookedAtBeforeEachShot) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.folder_there = false;
     const RequestId capture = stage.ask(Capture{});
-    const Shot shot = stage.answer_to<Shot>(capture);
-    EXPECT_EQ(shot.status, ShotStatus::refused);
-    EXPECT_EQ(shot.problems.at(0).code, Code::folder_gone);
+    EXPECT_EQ(stage.outcome(capture), (Outcome{ShotStatus::refused, Code::folder_gone}));
     EXPECT_TRUE(stage.stands(Code::folder_gone));
-    EXPECT_EQ(captures(stage), 0U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 0U);
     stage.folder_there = true;
     stage.ask(Capture{});
     stage.after(milliseconds(1));
     EXPECT_FALSE(stage.stands(Code::folder_gone));
-    EXPECT_EQ(captures(stage), 1U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 1U);
 }
 
 TEST(BrainShots, APairIsCompleteWhenBothHalvesAreThere) {
-    Stage stage;
-    with_dial(stage, "both");
+    ReadyStage stage(Dial{"both"});
     const RequestId capture = stage.shoot();
     stage.file("DSC00001.ARW");
     stage.after(seconds(10));
@@ -91,8 +65,7 @@ TEST(BrainShots, APairIsCompleteWhenBothHalvesAreThere) {
 }
 
 TEST(BrainShots, APairInTheOtherOrderIsCompleteToo) {
-    Stage stage;
-    with_dial(stage, "both");
+    ReadyStage stage(Dial{"both"});
     const RequestId capture = stage.shoot();
     stage.file("DSC00001.JPG");
     stage.file("DSC00001.ARW");
@@ -100,22 +73,18 @@ TEST(BrainShots, APairInTheOtherOrderIsCompleteToo) {
 }
 
 TEST(BrainShots, AHalfThatDoesNotComeIsMissedAfterThePatience) {
-    Stage stage;
-    with_dial(stage, "both");
+    ReadyStage stage(Dial{"both"});
     const RequestId capture = stage.shoot();
     stage.file("DSC00001.ARW");
     stage.after(milliseconds(19'900));
     EXPECT_FALSE(stage.is_answered(capture));
     stage.after(milliseconds(200));
-    const Shot shot = stage.answer_to<Shot>(capture);
-    EXPECT_EQ(shot.status, ShotStatus::incomplete);
-    EXPECT_EQ(shot.problems.at(0).code, Code::half_missing);
+    EXPECT_EQ(stage.outcome(capture), (Outcome{ShotStatus::incomplete, Code::half_missing}));
     EXPECT_TRUE(stage.told(Code::half_missing));
 }
 
 TEST(BrainShots, AHalfThatComesLaterIsToldWithItsShotsNumber) {
-    Stage stage;
-    with_dial(stage, "both");
+    ReadyStage stage(Dial{"both"});
     stage.shoot("first");
     stage.file("DSC00001.ARW");
     stage.after(seconds(21));
@@ -132,8 +101,7 @@ TEST(BrainShots, AHalfThatComesLaterIsToldWithItsShotsNumber) {
 }
 
 TEST(BrainShots, RawAndHeifIsAPairAlthoughTheTypeIsOther) {
-    Stage stage;
-    with_dial(stage, "other");
+    ReadyStage stage(Dial{"other"});
     const RequestId capture = stage.shoot();
     stage.file("DSC00001.ARW");
     stage.after(seconds(4));
@@ -143,8 +111,7 @@ TEST(BrainShots, RawAndHeifIsAPairAlthoughTheTypeIsOther) {
 }
 
 TEST(BrainShots, WithTypeOtherASingleFileIsAllAfter5Seconds) {
-    Stage stage;
-    with_dial(stage, "other");
+    ReadyStage stage(Dial{"other"});
     const RequestId capture = stage.shoot();
     stage.file("DSC00001.HIF");
     stage.after(milliseconds(5100));
@@ -154,8 +121,7 @@ TEST(BrainShots, WithTypeOtherASingleFileIsAllAfter5Seconds) {
 }
 
 TEST(BrainShots, ADialTurnedDuringTheShotLeavesItOpenWhatIsDue) {
-    Stage stage;
-    with_dial(stage, "both");
+    ReadyStage stage(Dial{"both"});
     const RequestId capture = stage.shoot();
     stage.hear("FILE_TYPE|jpeg");
     stage.file("DSC00001.JPG");
@@ -164,10 +130,7 @@ TEST(BrainShots, ADialTurnedDuringTheShotLeavesItOpenWhatIsDue) {
 }
 
 TEST(BrainShots, ForTheCardItIsCompleteWithoutPicturesOnceItWasFired) {
-    Wishes wishes;
-    wishes.save_destination = SaveDestination::card;
-    Stage stage(wishes);
-    stage.get_ready();
+    ReadyStage stage(wishes(SaveDestination::card));
     const RequestId capture = stage.ask(Capture{});
     stage.after(milliseconds(700));
     EXPECT_FALSE(stage.is_answered(capture));
@@ -179,10 +142,7 @@ TEST(BrainShots, ForTheCardItIsCompleteWithoutPicturesOnceItWasFired) {
 
 // Nothing of it is seen here, so whatever the camera warns of may have cost the picture.
 TEST(BrainShots, ForTheCardItIsNotCompleteWhenTheCameraWarns) {
-    Wishes wishes;
-    wishes.save_destination = SaveDestination::card;
-    Stage stage(wishes);
-    stage.get_ready();
+    ReadyStage stage(wishes(SaveDestination::card));
     const RequestId capture = stage.ask(Capture{});
     stage.after(milliseconds(700));
     stage.hear("LOG|[SONY] warning 0x00025101");
@@ -194,9 +154,7 @@ TEST(BrainShots, ForTheCardItIsNotCompleteWhenTheCameraWarns) {
 }
 
 TEST(BrainShots, WithoutACardTheFilesOfACardShotAreDueOnTheComputer) {
-    Wishes wishes;
-    wishes.save_destination = SaveDestination::card;
-    Stage stage(wishes);
+    Stage stage(wishes(SaveDestination::card));
     stage.card = false;
     stage.get_ready();
     const RequestId capture = stage.shoot();
@@ -206,8 +164,7 @@ TEST(BrainShots, WithoutACardTheFilesOfACardShotAreDueOnTheComputer) {
 }
 
 TEST(BrainShots, AShotWithoutAFileIsOverAfterItsPatience) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.ask(Capture{});
     stage.after(milliseconds(20'700));
     EXPECT_FALSE(stage.is_answered(capture));
@@ -219,8 +176,7 @@ TEST(BrainShots, AShotWithoutAFileIsOverAfterItsPatience) {
 }
 
 TEST(BrainShots, APatienceOfItsOwnCounts) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     Capture capture;
     capture.patience = milliseconds(100);
     const RequestId request = stage.ask(capture);
@@ -233,8 +189,7 @@ TEST(BrainShots, AShotWithoutAFileAfterAWarningCarriesItsCode) {
                                    "LOG|[SONY] the camera is showing a caution on its own screen "
                                    "(0x00025103)",
                                    "LOG|[SONY] error 0x00025103"}) {
-        Stage stage;
-        stage.get_ready();
+        ReadyStage stage;
         const RequestId capture = stage.shoot();
         stage.hear(line);
         stage.after(seconds(21));
@@ -243,8 +198,7 @@ TEST(BrainShots, AShotWithoutAFileAfterAWarningCarriesItsCode) {
 }
 
 TEST(BrainShots, ADamagedFileIsShownAndTheShotIncomplete) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.damaged.insert("DSC00001.JPG");
     const RequestId capture = stage.shoot();
     stage.file("DSC00001.JPG");
@@ -256,20 +210,16 @@ TEST(BrainShots, ADamagedFileIsShownAndTheShotIncomplete) {
 }
 
 TEST(BrainShots, AMissingFileIsNamedInTheShot) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.shoot();
     stage.report("DSC00001.JPG");
     EXPECT_TRUE(stage.told(Code::picture_not_there));
     stage.after(seconds(21));
-    const Shot shot = stage.answer_to<Shot>(capture);
-    EXPECT_EQ(shot.status, ShotStatus::none);
-    EXPECT_EQ(shot.problems.at(0).code, Code::picture_not_there);
+    EXPECT_EQ(stage.outcome(capture), (Outcome{ShotStatus::none, Code::picture_not_there}));
 }
 
 TEST(BrainShots, AMovieIsPlacedAndNobodyAskedForIt) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId capture = stage.shoot();
     stage.file("C0001.MP4");
     EXPECT_EQ(stage.pictures().at(0).shot, std::nullopt);
@@ -277,23 +227,21 @@ TEST(BrainShots, AMovieIsPlacedAndNobodyAskedForIt) {
 }
 
 TEST(BrainShots, CapturesAreQueuedAndFiredInOrderTheNextWhenTheOneBeforeIsOver) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId first = stage.ask(tagged("1"));
     const RequestId second = stage.ask(tagged("2"));
     stage.after(seconds(4));
-    EXPECT_EQ(captures(stage), 1U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 1U);
     stage.file("DSC00001.JPG");
     EXPECT_EQ(stage.answer_to<Shot>(first).tag, "1");
-    EXPECT_EQ(captures(stage), 2U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 2U);
     stage.after(seconds(1));
     stage.file("DSC00002.JPG");
     EXPECT_EQ(stage.answer_to<Shot>(second).pictures.at(0).camera_name, "DSC00002.JPG");
 }
 
 TEST(BrainShots, EightCapturesMayWaitAndTheNinthIsRefusedAsBusy) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
     std::vector<RequestId> requests;
     requests.reserve(8);
@@ -318,21 +266,16 @@ TEST(BrainShots, BeforeTheSessionWasEverReadyACaptureIsAnError) {
 }
 
 TEST(BrainShots, AfterDisconnectACaptureIsRefused) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.ask(Disconnect{});
     stage.after(seconds(1));
-    const Shot shot = stage.answer_to<Shot>(stage.ask(Capture{}));
-    EXPECT_EQ(shot.status, ShotStatus::refused);
-    EXPECT_EQ(shot.problems.at(0).code, Code::not_connected);
+    EXPECT_EQ(stage.outcome(stage.ask(Capture{})),
+              (Outcome{ShotStatus::refused, Code::not_connected}));
 }
 
 TEST(BrainShots, AShotThatCouldNotBeFiredInTimeIsRefusedAndNeverFired) {
-    Stage stage;
-    stage.get_ready();
-    stage.session = false;
-    stage.camera_there = false;
-    stage.hear("DISCONNECTED|");
+    ReadyStage stage;
+    stage.unplug();
     stage.after(seconds(1));
     const RequestId capture = stage.ask(Capture{});
     stage.after(milliseconds(4900));
@@ -345,34 +288,26 @@ TEST(BrainShots, AShotThatCouldNotBeFiredInTimeIsRefusedAndNeverFired) {
     stage.camera_there = true;
     stage.after(minutes(2));
     EXPECT_EQ(stage.state().state, State::ready);
-    EXPECT_EQ(captures(stage), 0U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 0U);
 }
 
 TEST(BrainShots, AShotThatWaitedForTheSessionIsFiredOnceItIsBack) {
-    Stage stage;
-    stage.get_ready();
-    stage.session = false;
-    stage.hear("DISCONNECTED|");
+    ReadyStage stage;
+    stage.lose();
     stage.after(milliseconds(100));
     stage.ask(Capture{});
     stage.after(seconds(2));
-    EXPECT_EQ(captures(stage), 0U);
-    stage.session = true;
-    stage.hear("CONNECTED|MODEL-A");
+    EXPECT_EQ(stage.times_said("CAPTURE"), 0U);
+    stage.bring_back();
     stage.after(seconds(1));
-    EXPECT_EQ(captures(stage), 1U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 1U);
 }
 
 TEST(BrainShots, ATimeToExpireOfItsOwnCounts) {
-    Stage stage;
-    stage.get_ready();
-    stage.session = false;
-    stage.camera_there = false;
-    stage.hear("DISCONNECTED|");
+    ReadyStage stage;
+    stage.unplug();
     stage.after(seconds(1));
-    Capture capture;
-    capture.expires = seconds(60);
-    const RequestId request = stage.ask(capture);
+    const RequestId request = stage.ask(expiring(seconds(60)));
     stage.after(seconds(59));
     EXPECT_FALSE(stage.is_answered(request));
     stage.after(seconds(2));
@@ -380,32 +315,27 @@ TEST(BrainShots, ATimeToExpireOfItsOwnCounts) {
 }
 
 TEST(BrainShots, TimeToExpireBeginsWithTheTurn) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
     const RequestId second = stage.ask(Capture{});
     stage.after(seconds(19));
     EXPECT_FALSE(stage.is_answered(second));
     stage.after(seconds(2));
-    EXPECT_EQ(captures(stage), 2U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 2U);
 }
 
 TEST(BrainShots, CancelRefusesWhatIsQueued) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot("1");
     const RequestId second = stage.ask(tagged("2"));
     const RequestId third = stage.ask(tagged("3"));
     EXPECT_EQ(stage.answer_to<Done>(stage.ask(Cancel{"2"})), Done{});
-    const Shot shot = stage.answer_to<Shot>(second);
-    EXPECT_EQ(shot.status, ShotStatus::refused);
-    EXPECT_EQ(shot.problems.at(0).code, Code::cancelled);
+    EXPECT_EQ(stage.outcome(second), (Outcome{ShotStatus::refused, Code::cancelled}));
     EXPECT_FALSE(stage.is_answered(third));
 }
 
 TEST(BrainShots, CancelEndsAFiredShotNowWithWhatItHas) {
-    Stage stage;
-    with_dial(stage, "both");
+    ReadyStage stage(Dial{"both"});
     const RequestId capture = stage.shoot("1");
     stage.file("DSC00001.ARW");
     stage.ask(Cancel{"1"});
@@ -417,8 +347,7 @@ TEST(BrainShots, CancelEndsAFiredShotNowWithWhatItHas) {
 
 TEST(BrainShots, CancelInEachMomentOfAShotAnswersItOnce) {
     for (int moment = 0; moment < 6; ++moment) {
-        Stage stage;
-        stage.get_ready();
+        ReadyStage stage;
         if (moment == 0) {
             stage.disk_answers = false;  // while the folder is looked at
         }
@@ -434,29 +363,27 @@ TEST(BrainShots, CancelInEachMomentOfAShotAnswersItOnce) {
             stage.file("DSC00001.JPG");  // when it is over
         }
         if (moment == 5) {
-            stage.session = false;
-            stage.hear("DISCONNECTED|");  // while a loss is probed
+            stage.lose();  // while a loss is probed
         }
         const RequestId cancel = stage.ask(Cancel{"1"});
         stage.disk_answers = true;
         stage.after(minutes(2));
         EXPECT_EQ(stage.answers(capture), 1U) << moment;
         EXPECT_EQ(stage.answers(cancel), 1U) << moment;
-        EXPECT_LE(captures(stage), 1U) << moment;
+        EXPECT_LE(stage.times_said("CAPTURE"), 1U) << moment;
         EXPECT_EQ(stage.pictures().size(), moment == 3 || moment == 4 ? 1U : 0U) << moment;
     }
 }
 
 TEST(BrainShots, TheShotAfterACancelledOneIsNotFiredBeforeTheWorkerIsDoneWithIt) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.ask(tagged("1"));
     stage.ask(tagged("2"));
     stage.after(milliseconds(100));
     stage.ask(Cancel{"1"});
-    EXPECT_EQ(captures(stage), 1U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 1U);
     stage.after(milliseconds(700));
-    EXPECT_EQ(captures(stage), 2U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 2U);
 }
 
 TEST(BrainShots, CancelOfATagThatNobodyHasIsDone) {
@@ -465,29 +392,23 @@ TEST(BrainShots, CancelOfATagThatNobodyHasIsDone) {
 }
 
 TEST(BrainShots, ACaptureThatTheCameraDidNotTakeIsOverAndTheSessionIsProbed) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.session = false;  // and nobody has said so
     const RequestId capture = stage.shoot();
-    const Shot shot = stage.answer_to<Shot>(capture);
-    EXPECT_EQ(shot.status, ShotStatus::none);
-    EXPECT_EQ(shot.problems.at(0).code, Code::camera_lost);
+    EXPECT_EQ(stage.outcome(capture), (Outcome{ShotStatus::none, Code::camera_lost}));
     EXPECT_EQ(stage.state().state, State::lost);
 }
 
 TEST(BrainShots, AHangingShotIsAnsweredAfter15Seconds) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.worker_answers = false;
     const RequestId capture = stage.ask(Capture{});
     stage.after(milliseconds(14'900));
     EXPECT_FALSE(stage.is_answered(capture));
     stage.worker_answers = true;
     stage.after(milliseconds(200));
-    const Shot shot = stage.answer_to<Shot>(capture);
-    EXPECT_EQ(shot.status, ShotStatus::none);
-    EXPECT_EQ(shot.problems.at(0).code, Code::worker_hangs);
-    EXPECT_EQ(captures(stage), 1U) << "CAPTURE is sent once or not at all";
+    EXPECT_EQ(stage.outcome(capture), (Outcome{ShotStatus::none, Code::worker_hangs}));
+    EXPECT_EQ(stage.times_said("CAPTURE"), 1U) << "CAPTURE is sent once or not at all";
 }
 
 TEST(BrainShots, TheStateIsToldBeforeTheAnswerThatFollowsFromIt) {
@@ -543,12 +464,9 @@ TEST(BrainShots, RoomForLessThan50OfTheLastFilesIsAProblem) {
 }
 
 TEST(BrainShots, AShotThatExpiredWhileThisProcessStoodStillIsNotFiredBehindTheStop) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.worker_answers = false;
-    Capture capture;
-    capture.tag = "first";
-    const RequestId first = stage.ask(capture);
+    const RequestId first = stage.ask(tagged("first"));
     EXPECT_TRUE(stage.said("CAPTURE"));
     const RequestId second = stage.ask(Capture{});
     stage.ask(Cancel{"first"});
@@ -563,49 +481,38 @@ TEST(BrainShots, AShotThatExpiredWhileThisProcessStoodStillIsNotFiredBehindTheSt
 }
 
 TEST(BrainShots, ACaptureThatIsToBeFiredNowOrNeverIsFired) {
-    Stage stage;
-    stage.get_ready();
-    Capture capture;
-    capture.expires = Time{};
+    ReadyStage stage;
     stage.disk_answers = false;
-    const RequestId request = stage.ask(capture);
+    const RequestId request = stage.ask(expiring(Time{}));
     stage.after(milliseconds(898));
     EXPECT_FALSE(stage.is_answered(request)) << "the disk is still looking";
     stage.disk_answers = true;
     stage.after(milliseconds(1));
     stage.after(milliseconds(800));
-    EXPECT_EQ(captures(stage), 1U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 1U);
     stage.file("DSC00001.JPG");
     EXPECT_EQ(stage.answer_to<Shot>(request).status, ShotStatus::complete);
 }
 
 TEST(BrainShots, ACaptureThatIsToBeFiredNowOrNeverIsRefusedWhereItCannotBe) {
-    Stage stage;
-    stage.get_ready();
-    Capture capture;
-    capture.expires = Time{};
+    ReadyStage stage;
     stage.disk_answers = false;
-    const RequestId slow = stage.ask(capture);
+    const RequestId slow = stage.ask(expiring(Time{}));
     stage.after(milliseconds(901));
     EXPECT_EQ(stage.answer_to<Shot>(slow).problems.at(0).code, Code::expired);
     stage.disk_answers = true;
-    stage.session = false;
-    stage.camera_there = false;
-    stage.hear("DISCONNECTED|");
+    stage.unplug();
     stage.after(seconds(1));
-    const RequestId without_camera = stage.ask(capture);
+    const RequestId without_camera = stage.ask(expiring(Time{}));
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.answer_to<Shot>(without_camera).problems.at(0).code, Code::expired);
-    EXPECT_EQ(captures(stage), 0U);
+    EXPECT_EQ(stage.times_said("CAPTURE"), 0U);
 }
 
 TEST(BrainShots, AShotFiredAtTheLastMomentIsAnsweredInTimeAllTheSame) {
-    Stage stage;
-    stage.get_ready();
-    Capture capture;
-    capture.expires = Time{};
+    ReadyStage stage;
     stage.disk_answers = false;
-    const RequestId request = stage.ask(capture);
+    const RequestId request = stage.ask(expiring(Time{}));
     stage.after(milliseconds(890));
     stage.disk_answers = true;
     stage.after(milliseconds(1));
@@ -618,8 +525,7 @@ TEST(BrainShots, AShotFiredAtTheLastMomentIsAnsweredInTimeAllTheSame) {
 }
 
 TEST(BrainShots, AShotKeepsTheFirst63ProblemsAndTheLast) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     const RequestId request = stage.shoot();
     for (int file = 0; file < 1000; ++file) {
         stage.report("F" + std::to_string(file) + ".JPG");
@@ -634,8 +540,7 @@ TEST(BrainShots, AShotKeepsTheFirst63ProblemsAndTheLast) {
 }
 
 TEST(BrainShots, TheNameOfAFileIsShownUpTo255BytesAndNotCutInACharacter) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.shoot();
     std::string name = "x";
     while (name.size() < 400) {
@@ -659,15 +564,10 @@ TEST(BrainShots, TheNameOfAFileIsShownUpTo255BytesAndNotCutInACharacter) {
 }
 
 TEST(BrainShots, ACaptureThatMayWaitForEverIsRefusedAfterAnHour) {
-    Stage stage;
-    stage.get_ready();
-    stage.session = false;
-    stage.camera_there = false;
-    stage.hear("DISCONNECTED|");
+    ReadyStage stage;
+    stage.unplug();
     stage.after(seconds(1));
-    Capture capture;
-    capture.expires = Time::max();
-    const RequestId request = stage.ask(capture);
+    const RequestId request = stage.ask(expiring(Time::max()));
     stage.after(minutes(59));
     EXPECT_FALSE(stage.is_answered(request));
     stage.after(minutes(2));

@@ -1,10 +1,72 @@
 #include "tests/host/brain/stage.h"
 
 #include <algorithm>
+#include <functional>
+#include <type_traits>
 
 #include "host/process/fields.h"
 
 namespace host::brain {
+namespace {
+
+template <typename Kind, typename Part>
+auto each(const std::vector<Effect>& log, Part part) {
+    std::vector<std::decay_t<std::invoke_result_t<Part, const Kind&>>> found;
+    for (const Effect& effect : log) {
+        if (const auto* one = std::get_if<Kind>(&effect)) {
+            found.push_back(std::invoke(part, *one));
+        }
+    }
+    return found;
+}
+
+bool contains(const std::vector<Problem>& problems, Code code) {
+    return std::any_of(problems.begin(), problems.end(),
+                       [code](const Problem& problem) { return problem.code == code; });
+}
+
+}  // namespace
+
+Wishes wishes(SaveDestination destination, std::optional<FileType> type) {
+    Wishes all;
+    all.save_destination = destination;
+    all.file_type = type;
+    return all;
+}
+
+Capture tagged(const std::string& tag) {
+    Capture capture;
+    capture.tag = tag;
+    return capture;
+}
+
+Capture expiring(Time after) {
+    Capture capture;
+    capture.expires = after;
+    return capture;
+}
+
+Configure folder(const std::string& value) {
+    Configure configure;
+    configure.folder = value;
+    return configure;
+}
+
+Configure type(FileType value) {
+    Configure configure;
+    configure.file_type = value;
+    return configure;
+}
+
+ReadyStage::ReadyStage(Wishes wishes) : Stage(std::move(wishes)) {
+    get_ready();
+}
+
+ReadyStage::ReadyStage(Dial of_the_camera) {
+    dial = std::move(of_the_camera.at);
+    get_ready();
+}
+
 Stage::Stage(Wishes wishes) : brain(std::move(wishes)) {
     tell(TimeOfDayIs{std::chrono::milliseconds(1'700'000'000'000)});
 }
@@ -81,10 +143,31 @@ void Stage::hear_what_is_due() {
     }
 }
 
+void Stage::lose() {
+    session = false;
+    hear("DISCONNECTED|");
+}
+
+void Stage::unplug() {
+    camera_there = false;
+    lose();
+}
+
+void Stage::bring_back() {
+    session = true;
+    hear("CONNECTED|MODEL-A");
+}
+
+FolderOpened Stage::opened(const std::string& folder) {
+    return {asked_of_disk<OpenFolder>().at(0).ticket, folder, {}, {}, 0, {}};
+}
+
+void Stage::refuse_folder(Code code, const std::string& text) {
+    answer(FolderNotOpened{asked_of_disk<OpenFolder>().at(0).ticket, {code, text, {}, {}}});
+}
+
 RequestId Stage::shoot(const std::string& tag) {
-    Capture capture;
-    capture.tag = tag;
-    const RequestId request = ask(capture);
+    const RequestId request = ask(tagged(tag));
     after(milliseconds(800));
     return request;
 }
@@ -308,86 +391,47 @@ Examined Stage::examine(const Examine& work) {
 }
 
 std::vector<std::string> Stage::said() {
-    std::vector<std::string> lines;
-    for (const Effect& effect : log_) {
-        if (const auto* say = std::get_if<Say>(&effect)) {
-            lines.push_back(say->line);
-        }
-    }
-    return lines;
+    return each<Say>(log_, &Say::line);
 }
 
 bool Stage::said(const std::string& line) {
+    return times_said(line) != 0;
+}
+
+std::size_t Stage::times_said(const std::string& line) {
     const std::vector<std::string> lines = said();
-    return std::find(lines.begin(), lines.end(), line) != lines.end();
+    return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
 }
 
 std::vector<State> Stage::states() {
-    std::vector<State> found;
-    for (const Effect& effect : log_) {
-        if (const auto* changed = std::get_if<StateChanged>(&effect)) {
-            if (found.empty() || found.back() != changed->state.state) {
-                found.push_back(changed->state.state);
-            }
-        }
-    }
+    std::vector<State> found =
+        each<StateChanged>(log_, [](const StateChanged& changed) { return changed.state.state; });
+    found.erase(std::unique(found.begin(), found.end()), found.end());
     return found;
 }
 
 std::vector<Picture> Stage::pictures() {
-    std::vector<Picture> found;
-    for (const Effect& effect : log_) {
-        if (const auto* came = std::get_if<PictureCame>(&effect)) {
-            found.push_back(came->picture);
-        }
-    }
-    return found;
+    return each<PictureCame>(log_, &PictureCame::picture);
 }
 
 std::vector<Shot> Stage::shots() {
-    std::vector<Shot> found;
-    for (const Effect& effect : log_) {
-        if (const auto* changed = std::get_if<ShotChanged>(&effect)) {
-            found.push_back(changed->shot);
-        }
-    }
-    return found;
+    return each<ShotChanged>(log_, &ShotChanged::shot);
 }
 
 std::vector<Problem> Stage::problems() {
-    std::vector<Problem> found;
-    for (const Effect& effect : log_) {
-        if (const auto* came = std::get_if<ProblemCame>(&effect)) {
-            found.push_back(came->problem);
-        }
-    }
-    return found;
+    return each<ProblemCame>(log_, &ProblemCame::problem);
 }
 
 bool Stage::told(Code code) {
-    const std::vector<Problem> all = problems();
-    return std::any_of(all.begin(), all.end(),
-                       [code](const Problem& problem) { return problem.code == code; });
+    return contains(problems(), code);
 }
 
 std::vector<StartWorker> Stage::workers() {
-    std::vector<StartWorker> found;
-    for (const Effect& effect : log_) {
-        if (const auto* start = std::get_if<StartWorker>(&effect)) {
-            found.push_back(*start);
-        }
-    }
-    return found;
+    return each<StartWorker>(log_, std::identity{});
 }
 
 std::vector<EndWorker> Stage::ladders() {
-    std::vector<EndWorker> found;
-    for (const Effect& effect : log_) {
-        if (const auto* end = std::get_if<EndWorker>(&effect)) {
-            found.push_back(*end);
-        }
-    }
-    return found;
+    return each<EndWorker>(log_, std::identity{});
 }
 
 void Stage::forget() {
@@ -404,9 +448,12 @@ std::size_t Stage::answers(RequestId request) const {
 }
 
 bool Stage::stands(Code code) const {
-    const SessionState all = state();
-    return std::any_of(all.problems.begin(), all.problems.end(),
-                       [code](const Problem& problem) { return problem.code == code; });
+    return contains(state().problems, code);
+}
+
+Outcome Stage::outcome(RequestId capture) {
+    const Shot shot = answer_to<Shot>(capture);
+    return {shot.status, shot.problems.at(0).code};
 }
 
 Problem Stage::standing(Code code) const {

@@ -9,6 +9,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/brain/brain.h"
@@ -18,6 +19,14 @@ namespace host::brain {
 using std::chrono::milliseconds;
 using std::chrono::minutes;
 using std::chrono::seconds;
+
+using Outcome = std::pair<ShotStatus, Code>;
+
+Wishes wishes(SaveDestination destination, std::optional<FileType> type = {});
+Capture tagged(const std::string& tag);
+Capture expiring(Time after);
+Configure folder(const std::string& value);
+Configure type(FileType value);
 
 class Stage {
   public:
@@ -39,6 +48,15 @@ class Stage {
     // Nobody calls the brain for so long; then pass() is called.
     void stand_still(Time duration);
 
+    // The session is lost, and the worker says so. Unplugged, the camera does not come back.
+    void lose();
+    void unplug();
+    void bring_back();
+
+    // For a disk that does not answer by itself: what it says of the folder that it was asked for.
+    FolderOpened opened(const std::string& folder);
+    void refuse_folder(Code code, const std::string& text);
+
     // A capture, up to the moment when its shutter sequence was sent.
     RequestId shoot(const std::string& tag = {});
 
@@ -51,6 +69,7 @@ class Stage {
     // What the brain has said and told since these were last asked.
     std::vector<std::string> said();
     bool said(const std::string& line);
+    std::size_t times_said(const std::string& line);
     std::vector<State> states();
     std::vector<Picture> pictures();
     std::vector<Shot> shots();
@@ -65,6 +84,8 @@ class Stage {
     // The one answer to the request: not given so far, or given twice, is a failure of the test.
     template <typename Kind>
     Kind answer_to(RequestId request);
+    // What became of the shot, and its first problem.
+    Outcome outcome(RequestId capture);
     bool is_answered(RequestId request) const;
     std::size_t answers(RequestId request) const;
 
@@ -127,6 +148,17 @@ class Stage {
     std::string destination_ = "both";
     unsigned int runs_ = 0;
     RequestId last_request_ = 0;
+};
+
+struct Dial {
+    std::string at;
+};
+
+// One with a session.
+class ReadyStage : public Stage {
+  public:
+    explicit ReadyStage(Wishes wishes = {});
+    explicit ReadyStage(Dial of_the_camera);
 };
 
 template <typename Work>

@@ -42,9 +42,7 @@ TEST(BrainStarting, WhatWasLeftByARunOfThePastIsToldAndTheDiskKnowsThatItWas) {
     Picture left;
     left.id = "left";
     left.recovered = true;
-    FolderOpened opened;
-    opened.ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
-    opened.folder = "/shots";
+    FolderOpened opened = stage.opened("/shots");
     opened.pictures = {left};
     opened.problems = {{Code::picture_not_placed, "x stays where it is", {}, {}}};
     stage.answer(opened);
@@ -56,9 +54,7 @@ TEST(BrainStarting, ShotsAreNumberedOnFromTheLedger) {
     Stage stage;
     stage.disk_answers = false;
     stage.ask(Connect{});
-    FolderOpened opened;
-    opened.ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
-    opened.folder = "/shots";
+    FolderOpened opened = stage.opened("/shots");
     opened.last_shot = 41;
     stage.answer(opened);
     stage.answer(RunOpened{stage.asked_of_disk<OpenRun>().at(0).ticket, "run-1", "/s", 7});
@@ -100,8 +96,7 @@ TEST(BrainStarting, AFolderInUseIsAnErrorOfStartAndTriedAgain) {
     Stage stage;
     stage.disk_answers = false;
     const RequestId start = stage.ask(Start{});
-    stage.answer(FolderNotOpened{stage.asked_of_disk<OpenFolder>().at(0).ticket,
-                                 {Code::folder_in_use, "in use", {}, {}}});
+    stage.refuse_folder(Code::folder_in_use, "in use");
     EXPECT_EQ(stage.answer_to<Problem>(start).code, Code::folder_in_use);
     EXPECT_EQ(stage.state().state, State::down);
     stage.forget();
@@ -153,9 +148,7 @@ TEST(BrainStarting, WhatSaysReadyWithoutSayingWhoItIsIsNoWorker) {
     stage.worker_gets_ready = false;
     stage.disk_answers = false;
     stage.ask(Start{});
-    FolderOpened opened;
-    opened.ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
-    opened.folder = "/shots";
+    FolderOpened opened = stage.opened("/shots");
     stage.brain.tell(opened, stage.now);
     stage.brain.tell(RunOpened{2, "r", "/s", 7}, stage.now);
     stage.brain.tell(WorkerStarted{"r", 1}, stage.now);
@@ -188,8 +181,7 @@ TEST(BrainStarting, StartIsAnsweredAfter30SecondsAtTheLatest) {
 }
 
 TEST(BrainStarting, NewsOfAWorkerThatWasGivenUpCountForNothing) {
-    Stage stage;
-    stage.get_ready();
+    ReadyStage stage;
     stage.tell(WorkerEnded{"another-run", WorkerEnd::gone, 1});
     stage.tell(WorkerFlooded{"another-run", "much"});
     stage.tell(WorkerInputFull{"another-run"});
