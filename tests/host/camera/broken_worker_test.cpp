@@ -37,6 +37,16 @@ while read -r line; do
 done
 )" + after + "\n");
     }
+
+    // The first one writes it without end; the next is a worker.
+    void expect_replaced_when_it_writes(const std::string& text) {
+        times_.rung_when_hung = milliseconds(200);
+        const std::string flooded = folder_ / "flooded";
+        options_.worker = script("flooding", "[ -e " + flooded + " ] && exec " WORKER "\n: > " +
+                                                 flooded + "\nexec yes " + text + "\n");
+        connect();
+        await_problem(Code::worker_floods);
+    }
 };
 
 TEST_F(BrokenWorkerTest, OneThatIsKilledIsReplaced) {
@@ -78,25 +88,13 @@ TEST_F(BrokenWorkerTest, OneThatHangsIsReplaced) {
 }
 
 TEST_F(BrokenWorkerTest, OneThatFloodsIsReplaced) {
-    times_.rung_when_hung = milliseconds(200);
-    options_.worker = script(
-        "flooding", "[ -e " + (folder_ / "flooded").string() + " ] && exec " WORKER "\n: > " +
-                        (folder_ / "flooded").string() + "\nexec yes 'LOG|" + too_much + "'\n");
-    const auto problem = make().connect();
-    EXPECT_FALSE(problem) << problem->text;
-    await_problem(Code::worker_floods);
+    expect_replaced_when_it_writes("'LOG|" + too_much + "'");
     EXPECT_EQ(camera_->capture().status, ShotStatus::complete);
     EXPECT_LT(told().lines.size(), 200'000u) << "what comes behind a flood is not told";
 }
 
 TEST_F(BrokenWorkerTest, OneThatFloodsItsStandardErrorIsReplaced) {
-    times_.rung_when_hung = milliseconds(200);
-    options_.worker = script(
-        "flooding", "[ -e " + (folder_ / "flooded").string() + " ] && exec " WORKER "\n: > " +
-                        (folder_ / "flooded").string() + "\nexec yes '" + too_much + "' >&2\n");
-    const auto problem = make().connect();
-    EXPECT_FALSE(problem) << problem->text;
-    await_problem(Code::worker_floods);
+    expect_replaced_when_it_writes("'" + too_much + "' >&2");
 }
 
 TEST_F(BrokenWorkerTest, ALineThatIsTooLongIsAProblemAndNoAllocation) {

@@ -212,25 +212,28 @@ TEST_F(CameraSessionTest, FilesOnTheirWayAreWaitedForAtTheEnd) {
     EXPECT_EQ(told().pictures[0].shot, 1u);
 }
 
+host::PicturesAnswer listed(host::Camera& camera, const std::string& after, std::size_t limit) {
+    host::Mutex mutex;
+    std::condition_variable given;
+    std::optional<host::PicturesAnswer> answer;
+    camera.pictures(after, limit, [&](const host::PicturesAnswer& pictures) {
+        const host::MutexLock lock(mutex);
+        answer = pictures;
+        given.notify_all();
+    });
+    const host::MutexLock lock(mutex);
+    while (!answer) {
+        mutex.wait(given);
+    }
+    return *answer;
+}
+
 TEST_F(CameraSessionTest, ThePicturesAreListedFromTheLedger) {
     connect();
     const host::Shot first = camera_->capture();
     const host::Shot second = camera_->capture();
-    std::optional<host::PicturesAnswer> answer;
     const auto list = [&](const std::string& after, std::size_t limit) {
-        answer.reset();
-        host::Mutex mutex;
-        std::condition_variable given;
-        camera_->pictures(after, limit, [&](const host::PicturesAnswer& pictures) {
-            const host::MutexLock lock(mutex);
-            answer = pictures;
-            given.notify_all();
-        });
-        const host::MutexLock lock(mutex);
-        while (!answer) {
-            mutex.wait(given);
-        }
-        return std::get<std::vector<host::Picture>>(*answer);
+        return std::get<std::vector<host::Picture>>(listed(*camera_, after, limit));
     };
     ASSERT_EQ(first.pictures.size() + second.pictures.size(), 2u);
     EXPECT_EQ(list("", 100), (std::vector<host::Picture>{first.pictures[0], second.pictures[0]}));
@@ -246,22 +249,9 @@ TEST_F(CameraSessionTest, AListIsAnsweredWhileTheDiskIsStuck) {
     host::Camera other(second);
     other.ask(host::Start{}, [](const host::Answer&) {});
     const auto asked = host::Clock::now();
-    host::Mutex mutex;
-    std::condition_variable given;
-    std::optional<host::PicturesAnswer> answer;
-    other.pictures("", 100, [&](const host::PicturesAnswer& pictures) {
-        const host::MutexLock lock(mutex);
-        answer = pictures;
-        given.notify_all();
-    });
-    {
-        const host::MutexLock lock(mutex);
-        while (!answer) {
-            mutex.wait(given);
-        }
-    }
+    const host::PicturesAnswer answer = listed(other, "", 100);
     EXPECT_LT(host::Clock::now() - asked, std::chrono::seconds(5)) << "not the 20 s of the lock";
-    ASSERT_TRUE(std::holds_alternative<host::Problem>(*answer));
+    ASSERT_TRUE(std::holds_alternative<host::Problem>(answer));
 }
 
 }  // namespace
