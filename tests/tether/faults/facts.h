@@ -17,11 +17,11 @@ struct Fact {
     const char* name;  // of the test
     const char* form;  // as the tables of docs/simulator.md write it, one alternative of it
     const char* scene;
-    std::vector<Moment> moments;
-    std::vector<const char*> options;  // of tether shoot, beside those of every one
-    int status;
-    const char* brought;              // "1 shot, 1 file"
-    const char* lost;                 // "nothing lost"
+    std::vector<Moment> moments{};
+    std::vector<const char*> options{};  // of tether shoot, beside those of every one
+    int status = 0;
+    const char* brought = "1 shot, 1 file";
+    const char* lost = "nothing lost";
     std::vector<const char*> said{};  // the lines behind "! ", all of them
     bool in_any_order = false;        // several threads have caused them
 };
