@@ -171,6 +171,12 @@ class Host:
         self.initialize()
         return self.call("connect")
 
+    def fire(self):
+        """The id of a capture whose shutter has been released."""
+        request = self.ask("capture")
+        self.next("shot", lambda shot: shot["status"] == "fired")
+        return request
+
     def camera(self, line):
         lines = self.call("simulate", line=line)["lines"]
         if lines[-1] != "ok":
@@ -189,6 +195,12 @@ class Host:
         if self.wrong:
             raise Misbehaved(self.wrong)
         return status
+
+    def shut_down(self):
+        self.call("shutdown")
+        status = self.end()
+        if status != 0:
+            raise Misbehaved(f"it ended with status {status}")
 
     def kill(self):
         if self.process.poll() is None:

@@ -78,6 +78,12 @@ class Stage:
         self.hosts.append(host)
         return host
 
+    def program(self, name, text):
+        file = self.folder / name
+        file.write_text(text, encoding="utf-8")
+        file.chmod(0o755)
+        return file
+
     def worker_option(self):
         return ["--worker", str(self.worker)] if self.worker else []
 
@@ -134,8 +140,7 @@ def ends_in_order_when_its_input_ends(stage):
 def answers_what_was_asked_before_its_input_ended(stage):
     with stage.host() as host:
         host.connect()
-        fired = host.ask("capture")
-        host.next("shot", lambda shot: shot["status"] == "fired")
+        fired = host.fire()
         waiting = host.ask("capture")
         host.end_input()
         require(host.end() == 0, "another status")
@@ -156,28 +161,15 @@ def ends_in_order_at_half_a_message(stage):
     stage.nothing_is_left(worker)
 
 
-def _ends_at_signal(stage, number):
-    with stage.host() as host:
-        host.connect()
-        worker = host.worker()
-        host.process.send_signal(number)
-        require(host.end() == 0, "another status")
-    stage.nothing_is_left(worker)
-
-
 @scenario
-def ends_in_order_at_sigterm(stage):
-    _ends_at_signal(stage, signal.SIGTERM)
-
-
-@scenario
-def ends_in_order_at_sigint(stage):
-    _ends_at_signal(stage, signal.SIGINT)
-
-
-@scenario
-def ends_in_order_at_sighup(stage):
-    _ends_at_signal(stage, signal.SIGHUP)
+def ends_in_order_at_a_signal(stage):
+    for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+        with stage.host() as host:
+            host.connect()
+            worker = host.worker()
+            host.process.send_signal(number)
+            require(host.end() == 0, f"another status behind {number.name}")
+        stage.nothing_is_left(worker)
 
 
 @scenario
@@ -217,8 +209,7 @@ def ends_in_order_when_nobody_reads_it_any_more(stage):
 def waits_for_the_files_of_a_shot_that_is_under_way(stage):
     with stage.host(scene=("timing instant", "picture 600x400", "next file late 3s")) as host:
         host.connect()
-        shot = host.ask("capture")
-        host.next("shot", lambda params: params["status"] == "fired")
+        shot = host.fire()
         end = host.ask("shutdown", patience=20)
         require(host.answer(shot)["status"] == "complete", f"the shot is lost: {host.answer(shot)}")
         require(host.answer(end)["worker"] == "quit", "the worker was not asked")
@@ -231,8 +222,7 @@ def waits_for_the_files_of_a_shot_that_is_under_way(stage):
 def a_hundred_requests_to_end_are_each_answered_and_the_shot_is_waited_for(stage):
     with stage.host(scene=("timing instant", "picture 600x400", "next file late 2s")) as host:
         host.connect()
-        shot = host.ask("capture")
-        host.next("shot", lambda params: params["status"] == "fired")
+        shot = host.fire()
         ends = [host.ask("shutdown") for _ in range(100)]
         require(host.end() == 0, "another status")
         require(host.answer(shot)["status"] == "complete", f"the shot is lost: {host.answer(shot)}")
@@ -252,8 +242,7 @@ def a_camera_that_is_not_given_back_is_answered_in_time(stage):
         host.wait_until(lambda: host.answers.get(request), "an answer")
         require(time.monotonic() - begun < 21, f"after {time.monotonic() - begun} s")
         # A worker that hangs in a call does not see the end of its input: who leaves in order leaves none behind.
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
     stage.nothing_is_left(worker)
 
 
@@ -262,8 +251,7 @@ def a_signal_cuts_the_patience_of_a_shutdown_short(stage):
     scene = ("timing instant", "picture 600x400", "next file late 600s")
     with stage.host("--patience", "3600", scene=scene) as host:
         host.connect()
-        shot = host.ask("capture")
-        host.next("shot", lambda params: params["status"] == "fired")
+        shot = host.fire()
         # All that a client may ask for; the signal still has its place.
         ends = [host.ask("shutdown", patience=3600) for _ in range(70)]
         host.next("state", lambda state: state["state"] == "ending")
@@ -281,8 +269,7 @@ def a_signal_cuts_the_patience_of_a_shutdown_short(stage):
 def the_end_of_input_leaves_a_shutdown_its_patience(stage):
     with stage.host(scene=("timing instant", "picture 600x400", "next file late 12s")) as host:
         host.connect()
-        shot = host.ask("capture")
-        host.next("shot", lambda params: params["status"] == "fired")
+        shot = host.fire()
         host.ask("shutdown", patience=60)
         host.end_input()
         require(host.end() == 0, "another status")
@@ -376,8 +363,7 @@ def takes_five_hundred_messages_of_garbage(stage):
         for message in [*host.without_id, *(host.answers[id] for id in host.answers if isinstance(id, str))]:
             require(message["error"]["code"] in (-32700, -32600, -32601), f"answered {message}")
         stage.memory_is_bounded(host)
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 @scenario
@@ -494,8 +480,7 @@ def a_client_that_does_not_read_loses_no_picture_and_no_answer(stage):
         require(set(told) <= {picture["id"] for picture in known}, "a picture was told that is in no list")
         require(any(line["dropped"] > 0 for line in host.all_told("line")) or
                 (host.camera("shutter"), host.next("line", lambda line: line["dropped"] > 0)), "no line was dropped")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 @scenario
@@ -535,8 +520,7 @@ def a_picture_that_was_not_told_is_told_after_a_kill_with_the_same_id(stage):
         require(told["cameraName"] == "DSC00001.JPG", f"told {told}")
         require(told["id"] in ledger, f"{told['id']} is not the id from before: {ledger}")
         require([picture["id"] for picture in host.call("pictures")["pictures"]] == [told["id"]], "another list")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
     # Now it is known.
     with stage.host() as host:
         host.initialize()
@@ -565,8 +549,7 @@ def a_file_that_came_while_the_server_was_killed_is_brought_in(stage):
         told = host.next("picture")
         require(told["recovered"] and told["cameraName"] == "DSC00077.JPG" and not told["whole"], f"told {told}")
         require("DSC00077.JPG" in stage.files(), f"files: {stage.files()}")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 @scenario
@@ -577,8 +560,7 @@ def a_worker_that_is_killed_is_replaced(stage):
         host.next("problem", lambda problem: problem["code"] == "worker-gone")
         host.next("state", lambda state: state["state"] == "ready" and state["restarts"] == 1)
         require(host.call("capture")["status"] == "complete", "no picture")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 @scenario
@@ -596,8 +578,7 @@ def workers_that_die_too_often_mean_down_with_one_problem_until_connect(stage):
         require(host.call("connect")["state"] == "ready", "no session")
         require(time.monotonic() - begun < 30, "connect waits for the minute to be over")
         require(host.call("capture")["status"] == "complete", "no picture")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 FLOOD = """#!/bin/sh
@@ -614,17 +595,14 @@ exec {worker} "$@"
 @scenario
 def workers_that_flood_cost_no_memory_and_are_replaced(stage):
     worker = stage.worker or pathlib.Path(stage.tether).parents[1] / "Contents/MacOS/sony-worker"
-    script = stage.folder / "worker"
-    script.write_text(FLOOD.format(folder=stage.folder, worker=worker), encoding="utf-8")
-    script.chmod(0o755)
+    script = stage.program("worker", FLOOD.format(folder=stage.folder, worker=worker))
     with stage.host("--worker", str(script)) as host:
         require(host.connect()["restarts"] == 2, f"restarts: {host.call('state')['restarts']}")
         codes = [problem["code"] for problem in host.all_told("problem")]
         require("worker-floods" in codes, f"problems: {codes}")
         require(host.call("capture")["status"] == "complete", "no picture")
         stage.memory_is_bounded(host)
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 @scenario
@@ -639,8 +617,7 @@ def goes_on_after_it_was_stopped(stage):
         require(host.call("capture")["status"] == "complete", "no picture")
         state = host.call("state")
         require(state["restarts"] == 0 and not state["problems"], f"{state}")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 @scenario
@@ -656,8 +633,7 @@ def a_folder_that_is_moved_away_is_gone_and_nothing_is_made_in_its_stead(stage):
         elsewhere.rename(stage.shots)
         require(host.call("capture")["status"] == "complete", "no picture once it is back")
         require(stage.files() == ["DSC00001.JPG", "DSC00002.JPG"], f"files: {stage.files()}")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 @scenario
@@ -669,13 +645,11 @@ def two_servers_on_one_folder_do_not_mix(stage):
         took = time.monotonic() - begun
         require(error.code == -32000 and error.problem["code"] == "folder-in-use", f"it fails with {error.problem}")
         require(19 < took < 31, f"after {took} s")
-        first.call("shutdown")
-        require(first.end() == 0, "another status")
+        first.shut_down()
         # It may be asked once more.
         second.initialize()
         require(second.call("state")["state"] == "idle", "it is not ready for a camera")
-        second.call("shutdown")
-        require(second.end() == 0, "another status")
+        second.shut_down()
 
 
 # The first host.
@@ -754,23 +728,19 @@ def an_empty_worker_is_missing_like_any_other(stage):
     with stage.host("--worker", "") as host:
         error = host.error("initialize", client={"name": "tests", "version": "1"})
         require(error.problem["code"] == "worker-missing", f"it fails with {error.problem}")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 @scenario
 def a_worker_that_says_nothing_is_a_problem_in_time(stage):
-    silent = stage.folder / "silent"
-    silent.write_text("#!/bin/sh\nexec cat >/dev/null\n", encoding="utf-8")
-    silent.chmod(0o755)
+    silent = stage.program("silent", "#!/bin/sh\nexec cat >/dev/null\n")
     with stage.host("--worker", str(silent)) as host:
         begun = time.monotonic()
         error = host.error("initialize", client={"name": "tests", "version": "1"})
         took = time.monotonic() - begun
         require(error.problem["code"] == "worker-not-starting", f"it fails with {error.problem}")
         require(took < 31, f"after {took} s")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 REAL_WORKER = """#!{python}
@@ -799,9 +769,7 @@ while True:
 
 @scenario
 def a_worker_that_outlived_its_server_is_ended_by_the_next(stage):
-    script = stage.folder / "worker"
-    script.write_text(STUBBORN_WORKER.format(python=sys.executable), encoding="utf-8")
-    script.chmod(0o755)
+    script = stage.program("worker", STUBBORN_WORKER.format(python=sys.executable))
     with stage.host("--worker", str(script), scene=None) as host:
         host.initialize()
         worker = host.worker()
@@ -819,31 +787,25 @@ def a_worker_that_outlived_its_server_is_ended_by_the_next(stage):
 @scenario
 def a_relative_worker_counts_from_the_folder_of_the_start(stage):
     (stage.folder / "bin").mkdir()
-    worker = stage.folder / "bin" / "worker"
-    worker.write_text(REAL_WORKER.format(python=sys.executable), encoding="utf-8")
-    worker.chmod(0o755)
+    stage.program("bin/worker", REAL_WORKER.format(python=sys.executable))
     there = ("sh", "-c", 'cd "$0" && exec "$@"', str(stage.folder))
     # Not in PATH, where there is one of that name.
     os.symlink("/bin/false", stage.folder / "worker")
     with stage.host("--worker", "bin/worker", scene=None, before=there,
                     environment={"PATH": f"{stage.folder}:{os.environ['PATH']}"}) as host:
         require(host.initialize()["worker"]["path"] == str(stage.folder / "bin/worker"), "another worker")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 @scenario
 def simulate_is_not_found_with_a_real_camera(stage):
-    worker = stage.folder / "worker"
-    worker.write_text(REAL_WORKER.format(python=sys.executable), encoding="utf-8")
-    worker.chmod(0o755)
+    worker = stage.program("worker", REAL_WORKER.format(python=sys.executable))
     with stage.host("--worker", str(worker), scene=None) as host:
         require(host.initialize()["worker"] == {"path": str(worker), "banner": "START sony-1.0", "simulated": False},
                 "another worker")
         error = host.error("simulate", line="card out")
         require(error.code == -32601 and error.problem is None, f"it fails with {error}")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 @scenario
@@ -914,8 +876,7 @@ def a_stuck_disk_holds_up_neither_the_state_nor_the_list_of_pictures(stage):
         require(host.answer(shot)["status"] in ("complete", "refused", "none"), f"{host.answer(shot)}")
         host.next("state", lambda state: state["state"] == "ready" and not state["problems"])
         require(len(host.call("pictures")["pictures"]) >= 1, "the list is empty")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
 
 
 # The record.
@@ -926,8 +887,7 @@ def a_record_has_both_directions_and_standard_error(stage):
     with stage.host("--record", str(record)) as host:
         host.connect()
         host.call("capture")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
     lines = record.read_text(encoding="utf-8").splitlines()
     for wanted in (r" # \d{4}-\d\d-\d\d", r" # client: tests 1$", r" ! camera-sim: simulated SDK",
                    r" < READY\|OK$", r" > CONNECT$", r" > CAPTURE$", r" < DOWNLOADED\|/", r" > QUIT$"):
@@ -942,8 +902,7 @@ def a_redacted_record_names_no_folder_and_no_camera(stage):
     with stage.host("--record", str(record), "--redact") as host:
         host.connect()
         host.call("capture")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
     text = record.read_text(encoding="utf-8")
     # Of standard error nobody knows what stands in it.
     for secret in (str(stage.folder), "SIM-1", "DSC0", "camera-sim", "tests"):
@@ -962,8 +921,7 @@ def a_record_that_ends_early_is_said_at_once_and_costs_no_picture(stage):
         host.call("connect")
         wait_for(lambda: b"\n" in host.complaints, "a complaint")
         require(host.call("capture")["status"] == "complete", "no picture")
-        host.call("shutdown")
-        require(host.end() == 0, "another status")
+        host.shut_down()
         require(host.complaints == b"tether: the record ends here: Broken pipe\n", f"{host.complaints}")
 
 
