@@ -150,7 +150,8 @@ TEST_F(OptionsTest, TheVersionIsTold) {
     EXPECT_TRUE(output_.starts_with("tether 1.")) << output_;
 }
 
-TEST_F(OptionsTest, AWrongOptionNamesTheNearestRightOne) {
+// Of a name that there is not, the nearest; of an option that would count for nothing, its place.
+TEST_F(OptionsTest, AWrongOptionIsAnsweredByWhatIsRight) {
     const std::vector<std::pair<std::vector<std::string>, std::string>> calls{
         {{"--shts", "3"}, "there is no option --shts; the nearest is --shots"},
         {{"--shts=3"}, "there is no option --shts; the nearest is --shots"},
@@ -158,17 +159,6 @@ TEST_F(OptionsTest, AWrongOptionNamesTheNearestRightOne) {
         {{"tap", "--recrod", "x", "y"}, "there is no option --recrod; the nearest is --record"},
         {{"replay", "--quick", "x"}, "there is no option --quick; the nearest is --strict"},
         {{"wach"}, "there is no command wach; the nearest is watch"},
-    };
-    for (const auto& [arguments, sentence] : calls) {
-        fs::remove(folder_ / "errors");
-        tether_ = start({TETHER_COMMAND, arguments, {}, folder_ / "errors"});
-        EXPECT_EQ(status(), "status 2");
-        EXPECT_EQ(read("errors"), "tether: " + sentence + "\n");
-    }
-}
-
-TEST_F(OptionsTest, AnOptionThatWouldCountForNothingIsRefused) {
-    const std::vector<std::pair<std::vector<std::string>, std::string>> calls{
         {{"--folder", "x", "watch"}, "--folder stands before \"watch\": write it behind"},
         {{"--folder", "x", "serve"}, "--folder stands before \"serve\": write it behind"},
         {{"--interactive", "watch"}, "--interactive stands before \"watch\": write it behind"},

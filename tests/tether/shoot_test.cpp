@@ -87,19 +87,6 @@ TEST_F(ShootTest, ALostCameraIsConnectedAgain) {
     EXPECT_TRUE(printed("\nThe camera went away once.\n")) << output_;
 }
 
-// The first shot is on its way when the cable is pulled.
-TEST_F(ShootTest, AShotThatIsLostWithTheCameraIsSaidSo) {
-    write("scene", "timing instant\nnext file late 30s\ncamera \"MODEL-A\" over USB, card in\n");
-    start_tether({"--shots", "2"});
-    read_to("REMOTE_CAPTURED|OK");
-    tell_camera("unplug");
-    read_to("the camera went away; waiting for it");
-    tell_camera("plug");
-    EXPECT_EQ(status(), "status 1");
-    EXPECT_TRUE(printed("; 1 shot without a picture in time.\n")) << output_;
-    EXPECT_TRUE(printed("\n! shot 1 of 2: The camera went away.\n")) << output_;
-}
-
 TEST_F(ShootTest, AWorkerThatDiesAgainAndAgainIsSaidSo) {
     const std::string dying = script("dying", R"(
 echo 'CPP_WORKER|START sony-1.0'

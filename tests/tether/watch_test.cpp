@@ -152,7 +152,8 @@ TEST_F(WatchTest, AProgramThatFailsIsSaidAndCostsNoPicture) {
     EXPECT_TRUE(printed(" 2 pictures in ")) << output_;
 }
 
-TEST_F(WatchTest, AProgramThatHangsCostsNoPictureAndASecondInterruptKillsIt) {
+// A second interrupt kills the programs.
+TEST_F(WatchTest, AProgramThatHangsCostsNoPictureAndEachGetsItsOwnAtTheNextStart) {
     watch({"--exec", script("hanging", "exec sleep 600\n")});
     for (int picture = 1; picture <= 3; ++picture) {
         tell_camera("shutter");
@@ -165,19 +166,6 @@ TEST_F(WatchTest, AProgramThatHangsCostsNoPictureAndASecondInterruptKillsIt) {
     EXPECT_EQ(status(), "status 0");
     EXPECT_TRUE(printed(" ! hanging ended with signal 9\n")) << output_;
     EXPECT_TRUE(fs::exists(folder_ / "shots/DSC00003.JPG"));
-}
-
-TEST_F(WatchTest, PicturesWhoseProgramsTheUserKilledGetThemAtTheNextStart) {
-    watch({"--exec", script("hanging", "exec sleep 600\n")});
-    for (int picture = 1; picture <= 3; ++picture) {
-        tell_camera("shutter");
-        read_to(" + DSC0000" + std::to_string(picture));
-    }
-    tether_->signal(SIGINT);
-    read_to("waiting for 2 programs; once more to kill");
-    EXPECT_TRUE(printed(" ! 1 picture gets its program at the next start\n")) << output_;
-    tether_->signal(SIGINT);
-    EXPECT_EQ(status(), "status 0");
     EXPECT_TRUE(printed(" ! 2 pictures get their program at the next start\n")) << output_;
     const std::string program =
         script("program", "echo \"${1##*/}\" >> " + (folder_ / "ran").string() + "\n");
