@@ -10,7 +10,7 @@ export type SessionState =
  */
 export type SaveDestination = "disk" | "card" | "both";
 /**
- * What went wrong, for programs.
+ * What went wrong, as a code for programs.
  */
 export type ProblemCode =
   | "worker-missing"
@@ -43,27 +43,27 @@ export type ProblemCode =
   | "cancelled"
   | "expired";
 /**
- * error: what was asked for did not come. warning: it goes on, differently.
+ * error: what was asked for did not happen. warning: the work goes on, but differently.
  */
 export type Severity = "warning" | "error";
 /**
- * From 1 on, never used twice in one folder. null: of no shot, or in doubt.
+ * Counts from 1, never used twice in one folder. null: it belongs to no shot, or nobody can tell to which.
  */
 export type ShotNumber = number | null;
 /**
- * A file name without its ending, such as {date}-{n:4}: {camera} is the camera's own name for the file, {date} and {time} when it came, {shot} the shot's number, {n} a number of the folder's own; a width fills with zeros. A folder in front is made below the folder, .. is refused. Empty means {camera}.
+ * A file name without its extension, such as {date}-{n:4}. {camera} is the camera's own name for the file, {date} and {time} say when it came, {shot} is the shot's number, and {n} is the folder's own running number; a width such as :4 pads with zeros. A folder in front of the name is created inside the picture folder; .. is refused. Empty means {camera}.
  */
 export type NameTemplate = string;
 /**
- * Words of the host's own, empty when it gave none.
+ * The host's own text; empty if it gave none.
  */
 export type Tag = string;
 /**
- * fired: under way. complete: every file that is due is there and whole. incomplete: some are. none: no file came. refused: the shutter was never fired.
+ * fired: under way. complete: every expected file is there and whole. incomplete: some are not. none: no file came. refused: the shutter was never fired.
  */
 export type ShotStatus = "fired" | "complete" | "incomplete" | "none" | "refused";
 /**
- * raw: the sensor's data. developed: what can be shown. other: what nobody asked for, such as a movie.
+ * raw: the sensor's data. developed: a picture that can be shown. other: something nobody asked for, such as a movie.
  */
 export type PictureKind = "raw" | "developed" | "other";
 /**
@@ -71,15 +71,15 @@ export type PictureKind = "raw" | "developed" | "other";
  */
 export type PictureFormat = "jpeg" | "heif" | "arw" | "dng" | "other";
 /**
- * A time of day, ISO 8601 in UTC.
+ * A date and time, ISO 8601 in UTC.
  */
 export type Moment = string;
 /**
- * What can be asked of the camera; both is a RAW and a JPEG of each shot.
+ * What the camera can be asked for; both means a RAW and a JPEG of each shot.
  */
 export type FileType = "jpeg" | "raw" | "both";
 /**
- * What it took: QUIT, the end of its input, SIGTERM, SIGKILL; gone: there was none, or it had ended by itself.
+ * What it took to end it: QUIT, the end of its input, SIGTERM or SIGKILL. gone: there was no worker, or it had ended by itself.
  */
 export type WorkerEnd = "quit" | "input" | "sigterm" | "sigkill" | "gone";
 /**
@@ -113,21 +113,21 @@ export interface Methods {
     result: State;
   };
   /**
-   * Gives the camera back and leaves it alone until the next connect.
+   * Releases the camera and leaves it alone until the next connect.
    */
   disconnect: {
     parameters: DisconnectParameters;
     result: State;
   };
   /**
-   * Takes one picture and answers when its files are there, or when it is clear that they are not.
+   * Takes one picture and answers once its files are there, or once it is clear that they will not come.
    */
   capture: {
     parameters: CaptureParameters;
     result: Shot;
   };
   /**
-   * Gives up every capture with this tag.
+   * Cancels every capture with this tag.
    */
   cancel: {
     parameters: CancelParameters;
@@ -141,14 +141,14 @@ export interface Methods {
     result: State;
   };
   /**
-   * The state as it is now.
+   * The current state.
    */
   state: {
     parameters: StateParameters;
     result: State;
   };
   /**
-   * Pictures of this folder, oldest first, from its ledger.
+   * The pictures in this folder, oldest first, as its ledger lists them.
    */
   pictures: {
     parameters: PicturesParameters;
@@ -162,14 +162,14 @@ export interface Methods {
     result: Nothing;
   };
   /**
-   * Says one line of the scene language to the virtual camera.
+   * Sends one line of the scene language to the virtual camera.
    */
   simulate: {
     parameters: SimulateParameters;
     result: SimulatorAnswer;
   };
   /**
-   * Gives the camera back, ends the worker, and then this program.
+   * Releases the camera, ends the worker, and then this program.
    */
   shutdown: {
     parameters: ShutdownParameters;
@@ -181,11 +181,11 @@ export interface Methods {
  */
 export interface InitializeParameters {
   /**
-   * Who is speaking. It stands in the record that --record keeps.
+   * Who is speaking. It is noted in the record that --record keeps.
    */
   client: Client;
   /**
-   * The protocols that the client speaks; 1 must be among them.
+   * The protocol versions the client speaks; 1 must be among them.
    *
    * @maxItems 64
    */
@@ -196,11 +196,11 @@ export interface InitializeParameters {
  */
 export interface Client {
   /**
-   * Of the program.
+   * The program's name.
    */
   name: string;
   /**
-   * Of the program.
+   * The program's version.
    */
   version: string;
 }
@@ -210,7 +210,7 @@ export interface Client {
 export interface Initialized {
   server: Server;
   /**
-   * The one that is spoken from now on.
+   * The version spoken from now on.
    */
   protocol: 1;
   worker: Worker;
@@ -220,11 +220,11 @@ export interface Initialized {
  */
 export interface Server {
   /**
-   * Of the program.
+   * The program's name.
    */
   name: string;
   /**
-   * Of the program.
+   * The program's version.
    */
   version: string;
 }
@@ -233,7 +233,7 @@ export interface Server {
  */
 export interface Worker {
   /**
-   * Of the program, absolute.
+   * The program's absolute path.
    */
   path: string;
   /**
@@ -250,12 +250,12 @@ export interface Worker {
  */
 export interface ConnectParameters {}
 /**
- * All that a host can see of the session at any time.
+ * Everything a host can see of the session at any time.
  */
 export interface State {
   state: SessionState;
   /**
-   * Its model name, while a session is up or being waited for.
+   * Its model name, while a session is up or expected back.
    */
   camera: string | null;
   /**
@@ -263,22 +263,22 @@ export interface State {
    */
   simulated: boolean;
   /**
-   * The one in force.
+   * The folder in force.
    */
   folder: string;
   saveDestination: SaveDestinationSetting;
   fileType: FileTypeSetting;
   /**
-   * Workers that took the place of one that was lost.
+   * How many workers have replaced one that was lost.
    */
   restarts: number;
   /**
-   * Those that stand, at most one of a code.
+   * The problems that stand now, at most one per code.
    */
   problems: Problem[];
 }
 /**
- * What was asked, and what the camera does.
+ * What was asked for, and what the camera does.
  */
 export interface SaveDestinationSetting {
   asked: SaveDestination;
@@ -288,20 +288,20 @@ export interface SaveDestinationSetting {
   inForce: "disk" | "card" | "both" | null;
 }
 /**
- * What was asked, and what the camera does.
+ * What was asked for, and what the camera does.
  */
 export interface FileTypeSetting {
   /**
-   * null: the camera's own.
+   * null: the camera keeps its own.
    */
   asked: "jpeg" | "raw" | "both" | null;
   /**
-   * null while no session is up; other for what has no word, such as RAW+HEIF.
+   * null while no session is up; other for what has no name here, such as RAW+HEIF.
    */
   inForce: "jpeg" | "raw" | "both" | "other" | null;
 }
 /**
- * What went wrong, in words that can be shown.
+ * What went wrong, in words you can show to people.
  */
 export interface Problem {
   code: ProblemCode;
@@ -315,7 +315,7 @@ export interface Problem {
    */
   advice: string;
   /**
-   * The SDK's own code, where it gave one.
+   * The SDK's own code, if it gave one.
    */
   sdk: string | null;
   shot: ShotNumber;
@@ -329,19 +329,19 @@ export interface DisconnectParameters {}
  */
 export interface CaptureParameters {
   /**
-   * Seconds to wait for files, from the shutter or from the last file; without it what the program was started with, 20 s.
+   * Seconds to wait for files, counted from the shutter or from the last file. The default is what the program was started with, usually 20 s.
    */
   patience?: number;
   /**
-   * Seconds in which the shutter must have been fired, from the shot's turn on; later it is refused.
+   * Seconds within which the shutter must fire, counted from the shot's turn; after that it is refused.
    */
   expires?: number;
   /**
-   * How the files of this shot are named; without it what is configured.
+   * How the files of this shot are named. The default is what is configured.
    */
   name?: NameTemplate;
   /**
-   * Words of the host's own; come back in the shot and its pictures.
+   * The host's own text; it comes back in the shot and its pictures.
    */
   tag?: string;
 }
@@ -350,17 +350,17 @@ export interface CaptureParameters {
  */
 export interface Shot {
   /**
-   * From 1 on, never used twice in one folder.
+   * Counts from 1, never used twice in one folder.
    */
   shot: number;
   tag: Tag;
   status: ShotStatus;
   /**
-   * In UTC; null when it was never fired.
+   * In UTC; null if it was never fired.
    */
   firedAt: string | null;
   /**
-   * In the order in which they came.
+   * In the order they came.
    */
   pictures: Picture[];
   /**
@@ -373,7 +373,7 @@ export interface Shot {
  */
 export interface Picture {
   /**
-   * The same whenever this picture is told.
+   * The same each time this picture is sent.
    */
   id: string;
   shot: ShotNumber;
@@ -385,11 +385,11 @@ export interface Picture {
   kind: PictureKind;
   format: PictureFormat;
   /**
-   * Absolute, in the folder.
+   * The absolute path, in the folder.
    */
   path: string;
   /**
-   * As the camera called the file.
+   * What the camera called the file.
    */
   cameraName: string;
   /**
@@ -397,16 +397,16 @@ export interface Picture {
    */
   bytes: number;
   /**
-   * false: the file is doubtful, and a problem says why.
+   * false: the file may be damaged, and a problem says why.
    */
   whole: boolean;
   at: Moment;
   /**
-   * Milliseconds from the shutter's command to the worker's report; null without a shot.
+   * Milliseconds from the shutter command to the worker's report; null without a shot.
    */
   afterMs: number | null;
   /**
-   * Found in what an earlier run left, not by a report.
+   * Whether it was found among what an earlier run left, and not reported by the worker.
    */
   recovered: boolean;
 }
@@ -415,7 +415,7 @@ export interface Picture {
  */
 export interface CancelParameters {
   /**
-   * The tag given to capture; an empty one stands for captures without a tag.
+   * The tag given to capture; an empty one means captures without a tag.
    */
   tag: Tag;
 }
@@ -428,7 +428,7 @@ export interface Nothing {}
  */
 export interface ConfigureParameters {
   /**
-   * The folder for pictures. It must exist; its last part is made where it is missing.
+   * The folder for pictures. If only its last part is missing, that is created; the rest must exist.
    */
   folder?: string;
   /**
@@ -453,11 +453,11 @@ export interface StateParameters {}
  */
 export interface PicturesParameters {
   /**
-   * The id of the last picture that is known; those behind it are wanted. One that the folder does not know counts as none.
+   * The id of the last picture the host knows; the answer begins with the next one. An id that the folder does not know counts as none.
    */
   after?: string;
   /**
-   * The most pictures to answer with.
+   * The largest number of pictures to return.
    */
   limit?: number;
 }
@@ -475,7 +475,7 @@ export interface Pictures {
  */
 export interface SubscribeParameters {
   /**
-   * Whether each line to and from the worker is to be told.
+   * Whether to send each line to and from the worker.
    */
   lines: boolean;
 }
@@ -512,7 +512,7 @@ export interface ShutdownParameters {
 export interface Ended {
   worker: WorkerEnd;
   /**
-   * Its exit status; a signal n counts as 128 + n.
+   * Its exit status; 128 + n if signal n ended it.
    */
   status: number;
 }
@@ -540,7 +540,7 @@ export interface Line {
    */
   atMs: number;
   /**
-   * How many lines before this one were not told, because the client did not read.
+   * How many lines just before this one were not sent because the client did not read.
    */
   dropped: number;
 }

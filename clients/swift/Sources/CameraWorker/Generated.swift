@@ -4,9 +4,9 @@
 extension Camera {
     /// The host.
     public struct Client: Codable, Hashable, Sendable {
-        /// Of the program.
+        /// The program's name.
         public var name: String
-        /// Of the program.
+        /// The program's version.
         public var version: String
 
         /// With these values.
@@ -18,9 +18,9 @@ extension Camera {
 
     /// The program that answers.
     public struct Server: Codable, Hashable, Sendable {
-        /// Of the program.
+        /// The program's name.
         public var name: String
-        /// Of the program.
+        /// The program's version.
         public var version: String
 
         /// With these values.
@@ -32,7 +32,7 @@ extension Camera {
 
     /// The program that drives the camera.
     public struct Worker: Codable, Hashable, Sendable {
-        /// Of the program, absolute.
+        /// The program's absolute path.
         public var path: String
         /// What it calls itself, such as START sony-1.0.
         public var banner: String
@@ -51,7 +51,7 @@ extension Camera {
     public struct Initialized: Codable, Hashable, Sendable {
         /// The program that answers.
         public var server: Server
-        /// The one that is spoken from now on.
+        /// The version spoken from now on.
         public var `protocol`: Int
         /// The program that drives the camera.
         public var worker: Worker
@@ -100,7 +100,7 @@ extension Camera {
         public static let both = SaveDestination("both")
     }
 
-    /// What can be asked of the camera; both is a RAW and a JPEG of each shot.
+    /// What the camera can be asked for; both means a RAW and a JPEG of each shot.
     public struct FileType: CameraWord {
         /// As on the wire.
         public let rawValue: String
@@ -115,7 +115,7 @@ extension Camera {
         public static let both = FileType("both")
     }
 
-    /// What was asked, and what the camera does.
+    /// What was asked for, and what the camera does.
     public struct SaveDestinationSetting: Codable, Hashable, Sendable {
         /// Where the camera saves: to the computer, to its card, or to both.
         public var asked: SaveDestination
@@ -129,11 +129,11 @@ extension Camera {
         }
     }
 
-    /// What was asked, and what the camera does.
+    /// What was asked for, and what the camera does.
     public struct FileTypeSetting: Codable, Hashable, Sendable {
-        /// nil: the camera's own.
+        /// nil: the camera keeps its own.
         public var asked: FileType?
-        /// nil while no session is up; other for what has no word, such as RAW+HEIF.
+        /// nil while no session is up; other for what has no name here, such as RAW+HEIF.
         public var inForce: InForce?
 
         /// With these values.
@@ -142,7 +142,7 @@ extension Camera {
             self.inForce = inForce
         }
 
-        /// nil while no session is up; other for what has no word, such as RAW+HEIF.
+        /// nil while no session is up; other for what has no name here, such as RAW+HEIF.
         public struct InForce: CameraWord {
             /// As on the wire.
             public let rawValue: String
@@ -159,23 +159,23 @@ extension Camera {
         }
     }
 
-    /// All that a host can see of the session at any time.
+    /// Everything a host can see of the session at any time.
     public struct State: Codable, Hashable, Sendable {
         /// Where the session stands.
         public var state: SessionState
-        /// Its model name, while a session is up or being waited for.
+        /// Its model name, while a session is up or expected back.
         public var camera: String?
         /// Whether the camera is the virtual one.
         public var simulated: Bool
-        /// The one in force.
+        /// The folder in force.
         public var folder: String
-        /// What was asked, and what the camera does.
+        /// What was asked for, and what the camera does.
         public var saveDestination: SaveDestinationSetting
-        /// What was asked, and what the camera does.
+        /// What was asked for, and what the camera does.
         public var fileType: FileTypeSetting
-        /// Workers that took the place of one that was lost.
+        /// How many workers have replaced one that was lost.
         public var restarts: Int
-        /// Those that stand, at most one of a code.
+        /// The problems that stand now, at most one per code.
         public var problems: [Problem]
 
         /// With these values.
@@ -200,7 +200,8 @@ extension Camera {
         }
     }
 
-    /// raw: the sensor's data. developed: what can be shown. other: what nobody asked for, such as a movie.
+    /// raw: the sensor's data. developed: a picture that can be shown. other: something nobody asked for, such as a
+    /// movie.
     public struct PictureKind: CameraWord {
         /// As on the wire.
         public let rawValue: String
@@ -212,9 +213,9 @@ extension Camera {
 
         /// The sensor's data.
         public static let raw = PictureKind("raw")
-        /// What can be shown.
+        /// A picture that can be shown.
         public static let developed = PictureKind("developed")
-        /// What nobody asked for, such as a movie.
+        /// Something nobody asked for, such as a movie.
         public static let other = PictureKind("other")
     }
 
@@ -237,31 +238,32 @@ extension Camera {
 
     /// One file that the camera sent, in its place in the folder.
     public struct Picture: Codable, Hashable, Sendable {
-        /// The same whenever this picture is told.
+        /// The same each time this picture is sent.
         public var id: String
-        /// From 1 on, never used twice in one folder. nil: of no shot, or in doubt.
+        /// Counts from 1, never used twice in one folder. nil: it belongs to no shot, or nobody can tell to which.
         public var shot: Int?
-        /// Words of the host's own, empty when it gave none.
+        /// The host's own text; empty if it gave none.
         public var tag: String
         /// The same for both halves of a RAW pair.
         public var pair: String
-        /// raw: the sensor's data. developed: what can be shown. other: what nobody asked for, such as a movie.
+        /// raw: the sensor's data. developed: a picture that can be shown. other: something nobody asked for, such as a
+        /// movie.
         public var kind: PictureKind
         /// What the file is.
         public var format: PictureFormat
-        /// Absolute, in the folder.
+        /// The absolute path, in the folder.
         public var path: String
-        /// As the camera called the file.
+        /// What the camera called the file.
         public var cameraName: String
         /// Its size.
         public var bytes: Int
-        /// false: the file is doubtful, and a problem says why.
+        /// false: the file may be damaged, and a problem says why.
         public var whole: Bool
-        /// A time of day, ISO 8601 in UTC.
+        /// A date and time, ISO 8601 in UTC.
         public var at: String
-        /// Milliseconds from the shutter's command to the worker's report; nil without a shot.
+        /// Milliseconds from the shutter command to the worker's report; nil without a shot.
         public var afterMs: Int?
-        /// Found in what an earlier run left, not by a report.
+        /// Whether it was found among what an earlier run left, and not reported by the worker.
         public var recovered: Bool
 
         /// With these values.
@@ -307,7 +309,7 @@ extension Camera {
         }
     }
 
-    /// fired: under way. complete: every file that is due is there and whole. incomplete: some are. none: no file
+    /// fired: under way. complete: every expected file is there and whole. incomplete: some are not. none: no file
     /// came. refused: the shutter was never fired.
     public struct ShotStatus: CameraWord {
         /// As on the wire.
@@ -320,9 +322,9 @@ extension Camera {
 
         /// Under way.
         public static let fired = ShotStatus("fired")
-        /// Every file that is due is there and whole.
+        /// Every expected file is there and whole.
         public static let complete = ShotStatus("complete")
-        /// Some are.
+        /// Some are not.
         public static let incomplete = ShotStatus("incomplete")
         /// No file came.
         public static let none = ShotStatus("none")
@@ -332,16 +334,16 @@ extension Camera {
 
     /// One capture, from the request to its last file.
     public struct Shot: Codable, Hashable, Sendable {
-        /// From 1 on, never used twice in one folder.
+        /// Counts from 1, never used twice in one folder.
         public var shot: Int
-        /// Words of the host's own, empty when it gave none.
+        /// The host's own text; empty if it gave none.
         public var tag: String
-        /// fired: under way. complete: every file that is due is there and whole. incomplete: some are. none: no file
+        /// fired: under way. complete: every expected file is there and whole. incomplete: some are not. none: no file
         /// came. refused: the shutter was never fired.
         public var status: ShotStatus
-        /// In UTC; nil when it was never fired.
+        /// In UTC; nil if it was never fired.
         public var firedAt: String?
-        /// In the order in which they came.
+        /// In the order they came.
         public var pictures: [Picture]
         /// What went wrong with this shot.
         public var problems: [Problem]
@@ -364,7 +366,7 @@ extension Camera {
         }
     }
 
-    /// What went wrong, for programs.
+    /// What went wrong, as a code for programs.
     public struct ProblemCode: CameraWord {
         /// As on the wire.
         public let rawValue: String
@@ -434,7 +436,7 @@ extension Camera {
         public static let expired = ProblemCode("expired")
     }
 
-    /// error: what was asked for did not come. warning: it goes on, differently.
+    /// error: what was asked for did not happen. warning: the work goes on, but differently.
     public struct Severity: CameraWord {
         /// As on the wire.
         public let rawValue: String
@@ -444,25 +446,25 @@ extension Camera {
             self.rawValue = rawValue
         }
 
-        /// It goes on, differently.
+        /// The work goes on, but differently.
         public static let warning = Severity("warning")
-        /// What was asked for did not come.
+        /// What was asked for did not happen.
         public static let error = Severity("error")
     }
 
-    /// What went wrong, in words that can be shown.
+    /// What went wrong, in words you can show to people.
     public struct Problem: Codable, Hashable, Sendable {
-        /// What went wrong, for programs.
+        /// What went wrong, as a code for programs.
         public var code: ProblemCode
-        /// error: what was asked for did not come. warning: it goes on, differently.
+        /// error: what was asked for did not happen. warning: the work goes on, but differently.
         public var severity: Severity
         /// What happened.
         public var text: String
         /// What to do about it.
         public var advice: String
-        /// The SDK's own code, where it gave one.
+        /// The SDK's own code, if it gave one.
         public var sdk: String?
-        /// From 1 on, never used twice in one folder. nil: of no shot, or in doubt.
+        /// Counts from 1, never used twice in one folder. nil: it belongs to no shot, or nobody can tell to which.
         public var shot: Int?
 
         /// With these values.
@@ -505,7 +507,7 @@ extension Camera {
         public var text: String
         /// Milliseconds since the start.
         public var atMs: Int
-        /// How many lines before this one were not told, because the client did not read.
+        /// How many lines just before this one were not sent because the client did not read.
         public var dropped: Int
 
         /// With these values.
@@ -528,7 +530,8 @@ extension Camera {
         }
     }
 
-    /// What it took: QUIT, the end of its input, SIGTERM, SIGKILL; gone: there was none, or it had ended by itself.
+    /// What it took to end it: QUIT, the end of its input, SIGTERM or SIGKILL. gone: there was no worker, or it had
+    /// ended by itself.
     public struct WorkerEnd: CameraWord {
         /// As on the wire.
         public let rawValue: String
@@ -542,15 +545,16 @@ extension Camera {
         public static let input = WorkerEnd("input")
         public static let sigterm = WorkerEnd("sigterm")
         public static let sigkill = WorkerEnd("sigkill")
-        /// There was none, or it had ended by itself.
+        /// There was no worker, or it had ended by itself.
         public static let gone = WorkerEnd("gone")
     }
 
     /// How the worker ended.
     public struct Ended: Codable, Hashable, Sendable {
-        /// What it took: QUIT, the end of its input, SIGTERM, SIGKILL; gone: there was none, or it had ended by itself.
+        /// What it took to end it: QUIT, the end of its input, SIGTERM or SIGKILL. gone: there was no worker, or it had
+        /// ended by itself.
         public var worker: WorkerEnd
-        /// Its exit status; a signal n counts as 128 + n.
+        /// Its exit status; 128 + n if signal n ended it.
         public var status: Int
 
         /// With these values.
@@ -568,9 +572,9 @@ extension Camera {
 
     /// What initialize takes.
     public struct InitializeParameters: Codable, Hashable, Sendable {
-        /// Who is speaking. It stands in the record that --record keeps.
+        /// Who is speaking. It is noted in the record that --record keeps.
         public var client: Client
-        /// The protocols that the client speaks; 1 must be among them.
+        /// The protocol versions the client speaks; 1 must be among them.
         public var protocols: [Int]?
 
         /// With these values.
@@ -594,14 +598,14 @@ extension Camera {
 
     /// What capture takes.
     public struct CaptureParameters: Codable, Hashable, Sendable {
-        /// Seconds to wait for files, from the shutter or from the last file; without it what the program was started
-        /// with, 20 s.
+        /// Seconds to wait for files, counted from the shutter or from the last file. The default is what the program
+        /// was started with, usually 20 s.
         public var patience: Double?
-        /// Seconds in which the shutter must have been fired, from the shot's turn on; later it is refused.
+        /// Seconds within which the shutter must fire, counted from the shot's turn; after that it is refused.
         public var expires: Double?
-        /// How the files of this shot are named; without it what is configured.
+        /// How the files of this shot are named. The default is what is configured.
         public var name: String?
-        /// Words of the host's own; come back in the shot and its pictures.
+        /// The host's own text; it comes back in the shot and its pictures.
         public var tag: String?
 
         /// With these values.
@@ -615,7 +619,7 @@ extension Camera {
 
     /// What cancel takes.
     public struct CancelParameters: Codable, Hashable, Sendable {
-        /// The tag given to capture; an empty one stands for captures without a tag.
+        /// The tag given to capture; an empty one means captures without a tag.
         public var tag: String
 
         /// With these values.
@@ -626,7 +630,7 @@ extension Camera {
 
     /// What configure takes.
     public struct ConfigureParameters: Codable, Hashable, Sendable {
-        /// The folder for pictures. It must exist; its last part is made where it is missing.
+        /// The folder for pictures. If only its last part is missing, that is created; the rest must exist.
         public var folder: String?
         /// Where the camera saves.
         public var saveDestination: SaveDestination?
@@ -657,10 +661,10 @@ extension Camera {
 
     /// What pictures takes.
     public struct PicturesParameters: Codable, Hashable, Sendable {
-        /// The id of the last picture that is known; those behind it are wanted. One that the folder does not know
-        /// counts as none.
+        /// The id of the last picture the host knows; the answer begins with the next one. An id that the folder does
+        /// not know counts as none.
         public var after: String?
-        /// The most pictures to answer with.
+        /// The largest number of pictures to return.
         public var limit: Int?
 
         /// With these values.
@@ -672,7 +676,7 @@ extension Camera {
 
     /// What subscribe takes.
     public struct SubscribeParameters: Codable, Hashable, Sendable {
-        /// Whether each line to and from the worker is to be told.
+        /// Whether to send each line to and from the worker.
         public var lines: Bool
 
         /// With these values.
@@ -715,17 +719,17 @@ extension Camera.Method where Parameters == Camera.ConnectParameters, Answer == 
 }
 
 extension Camera.Method where Parameters == Camera.DisconnectParameters, Answer == Camera.State {
-    /// Gives the camera back and leaves it alone until the next connect.
+    /// Releases the camera and leaves it alone until the next connect.
     public static var disconnect: Self { Self("disconnect") }
 }
 
 extension Camera.Method where Parameters == Camera.CaptureParameters, Answer == Camera.Shot {
-    /// Takes one picture and answers when its files are there, or when it is clear that they are not.
+    /// Takes one picture and answers once its files are there, or once it is clear that they will not come.
     public static var capture: Self { Self("capture") }
 }
 
 extension Camera.Method where Parameters == Camera.CancelParameters, Answer == Camera.Nothing {
-    /// Gives up every capture with this tag.
+    /// Cancels every capture with this tag.
     public static var cancel: Self { Self("cancel") }
 }
 
@@ -735,12 +739,12 @@ extension Camera.Method where Parameters == Camera.ConfigureParameters, Answer =
 }
 
 extension Camera.Method where Parameters == Camera.StateParameters, Answer == Camera.State {
-    /// The state as it is now.
+    /// The current state.
     public static var state: Self { Self("state") }
 }
 
 extension Camera.Method where Parameters == Camera.PicturesParameters, Answer == Camera.Pictures {
-    /// Pictures of this folder, oldest first, from its ledger.
+    /// The pictures in this folder, oldest first, as its ledger lists them.
     public static var pictures: Self { Self("pictures") }
 }
 
@@ -750,12 +754,12 @@ extension Camera.Method where Parameters == Camera.SubscribeParameters, Answer =
 }
 
 extension Camera.Method where Parameters == Camera.SimulateParameters, Answer == Camera.SimulatorAnswer {
-    /// Says one line of the scene language to the virtual camera.
+    /// Sends one line of the scene language to the virtual camera.
     public static var simulate: Self { Self("simulate") }
 }
 
 extension Camera.Method where Parameters == Camera.ShutdownParameters, Answer == Camera.Ended {
-    /// Gives the camera back, ends the worker, and then this program.
+    /// Releases the camera, ends the worker, and then this program.
     public static var shutdown: Self { Self("shutdown") }
 }
 
