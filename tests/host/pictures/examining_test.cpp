@@ -8,24 +8,16 @@ namespace {
 
 using host::Verdict;
 
-class Examining : public testing::Test {
+class Examining : public OpenDesk {
   protected:
-    Examining() : desk_(folder_.path()) {
-        desk_.open();
-        run_ = desk_.open_run();
-    }
     host::Examined examine_path(const std::string& path) {
-        return desk_.ask<host::Examined>(host::Examine{desk_.next_ticket(), run_.name, path});
+        return desk_->ask<host::Examined>(host::Examine{desk_->next_ticket(), run_.name, path});
     }
-
-    TemporaryFolder folder_;
-    Desk desk_;
-    OpenedRun run_;
 };
 
 TEST_F(Examining, AFileSaysWhatItIs) {
     write_file(run_.staging / "DSC00001.ARW", sample_raw("one"));
-    const auto found = desk_.examine(run_, "DSC00001.ARW");
+    const auto found = desk_->examine(run_, "DSC00001.ARW");
     EXPECT_EQ(found.verdict, Verdict::there);
     EXPECT_EQ(found.camera_name, "DSC00001.ARW");
     EXPECT_EQ(found.stem, "DSC00001");
@@ -40,7 +32,7 @@ TEST_F(Examining, AFileSaysWhatItIs) {
 
 TEST_F(Examining, AFileWithSomethingMissingSaysWhat) {
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("one").substr(0, 150));
-    const auto found = desk_.examine(run_, "DSC00001.JPG");
+    const auto found = desk_->examine(run_, "DSC00001.JPG");
     EXPECT_EQ(found.verdict, Verdict::there);
     EXPECT_FALSE(found.whole);
     EXPECT_EQ(found.why, "it ends before its picture does");
@@ -48,7 +40,7 @@ TEST_F(Examining, AFileWithSomethingMissingSaysWhat) {
 
 TEST_F(Examining, AnEmptyFileIsNotWhole) {
     write_file(run_.staging / "DSC00001.JPG", "");
-    const auto found = desk_.examine(run_, "DSC00001.JPG");
+    const auto found = desk_->examine(run_, "DSC00001.JPG");
     EXPECT_EQ(found.verdict, Verdict::there);
     EXPECT_FALSE(found.whole);
     EXPECT_EQ(found.why, "it is empty");
@@ -56,32 +48,32 @@ TEST_F(Examining, AnEmptyFileIsNotWhole) {
 
 TEST_F(Examining, AFileReportedTwiceCountsOnce) {
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg());
-    const auto first = desk_.examine(run_, "DSC00001.JPG");
-    EXPECT_EQ(desk_.examine(run_, "DSC00001.JPG").verdict, Verdict::reported_before);
-    desk_.place(first);
-    EXPECT_EQ(desk_.examine(run_, "DSC00001.JPG").verdict, Verdict::reported_before);
+    const auto first = desk_->examine(run_, "DSC00001.JPG");
+    EXPECT_EQ(desk_->examine(run_, "DSC00001.JPG").verdict, Verdict::reported_before);
+    desk_->place(first);
+    EXPECT_EQ(desk_->examine(run_, "DSC00001.JPG").verdict, Verdict::reported_before);
 }
 
 TEST_F(Examining, ASweptFileWasReportedBefore) {
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg());
-    EXPECT_EQ(desk_.sweep(run_, false).pictures.size(), 1U);
-    EXPECT_EQ(desk_.examine(run_, "DSC00001.JPG").verdict, Verdict::reported_before);
+    EXPECT_EQ(desk_->sweep(run_, false).pictures.size(), 1U);
+    EXPECT_EQ(desk_->examine(run_, "DSC00001.JPG").verdict, Verdict::reported_before);
 }
 
 TEST_F(Examining, ANewFileOfAnOldNameIsAnotherPicture) {
-    desk_.bring(run_, "DSC00001.JPG", sample_jpeg("one"));
+    desk_->bring(run_, "DSC00001.JPG", sample_jpeg("one"));
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("two"));
-    EXPECT_EQ(desk_.examine(run_, "DSC00001.JPG").verdict, Verdict::there);
+    EXPECT_EQ(desk_->examine(run_, "DSC00001.JPG").verdict, Verdict::there);
 }
 
 TEST_F(Examining, AFileThatNeverCameIsNotThere) {
-    EXPECT_EQ(desk_.examine(run_, "DSC00001.JPG").verdict, Verdict::not_there);
-    EXPECT_EQ(desk_.examine(run_, std::string(300, 'x')).verdict, Verdict::not_there);
+    EXPECT_EQ(desk_->examine(run_, "DSC00001.JPG").verdict, Verdict::not_there);
+    EXPECT_EQ(desk_->examine(run_, std::string(300, 'x')).verdict, Verdict::not_there);
 }
 
 TEST_F(Examining, AFileOfAStagingFolderThatHasGoneIsNotThere) {
     fs::remove_all(folder_.path());
-    EXPECT_EQ(desk_.examine(run_, "DSC00001.JPG").verdict, Verdict::not_there);
+    EXPECT_EQ(desk_->examine(run_, "DSC00001.JPG").verdict, Verdict::not_there);
 }
 
 TEST_F(Examining, LinksFoldersAndHiddenNamesAreNoFiles) {
@@ -91,13 +83,13 @@ TEST_F(Examining, LinksFoldersAndHiddenNamesAreNoFiles) {
     write_file(run_.staging / ".hidden.JPG", sample_jpeg());
     ASSERT_EQ(::mkfifo((run_.staging / "pipe.JPG").c_str(), 0600), 0);
     for (const char* name : {"link.JPG", "folder.JPG", ".hidden.JPG", "pipe.JPG", ".", ".."}) {
-        EXPECT_EQ(desk_.examine(run_, name).verdict, Verdict::not_a_file) << name;
+        EXPECT_EQ(desk_->examine(run_, name).verdict, Verdict::not_a_file) << name;
     }
 }
 
 TEST_F(Examining, AFileElsewhereIsOutside) {
     write_file(folder_.path() / "mine.JPG", sample_jpeg());
-    const OpenedRun other = desk_.open_run();
+    const OpenedRun other = desk_->open_run();
     write_file(other.staging / "theirs.JPG", sample_jpeg());
     fs::create_directory(run_.staging / "below");
     write_file(run_.staging / "below/deep.JPG", sample_jpeg());
@@ -109,7 +101,7 @@ TEST_F(Examining, AFileElsewhereIsOutside) {
         EXPECT_EQ(examine_path(path).verdict, Verdict::outside) << path;
     }
     EXPECT_EQ(
-        desk_.ask<host::Examined>(host::Examine{desk_.next_ticket(), "run-unknown", "/x/y.JPG"})
+        desk_->ask<host::Examined>(host::Examine{desk_->next_ticket(), "run-unknown", "/x/y.JPG"})
             .verdict,
         Verdict::outside);
 }
@@ -129,19 +121,19 @@ TEST_F(Examining, AFolderThatLooksLikeTheStagingFolderIsOutside) {
     fs::rename(run_.staging, folder_.path() / ".incoming/aside");
     fs::create_directory(run_.staging);
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg());
-    EXPECT_EQ(desk_.examine(run_, "DSC00001.JPG").verdict, Verdict::outside);
+    EXPECT_EQ(desk_->examine(run_, "DSC00001.JPG").verdict, Verdict::outside);
 }
 
 TEST_F(Examining, AFileOfTheFolderOfBeforeIsFoundThere) {
     TemporaryFolder second;
-    desk_.ask<host::FolderOpened>(host::OpenFolder{desk_.next_ticket(), second.path().string()});
-    const auto moved = desk_.ask<host::RunOpened>(
-        host::OpenRun{desk_.next_ticket(), second.path().string(), run_.name});
+    desk_->ask<host::FolderOpened>(host::OpenFolder{desk_->next_ticket(), second.path().string()});
+    const auto moved = desk_->ask<host::RunOpened>(
+        host::OpenRun{desk_->next_ticket(), second.path().string(), run_.name});
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("late"));
-    const auto found = desk_.ask<host::Examined>(
-        host::Examine{desk_.next_ticket(), moved.run, (run_.staging / "DSC00001.JPG").string()});
+    const auto found = desk_->ask<host::Examined>(
+        host::Examine{desk_->next_ticket(), moved.run, (run_.staging / "DSC00001.JPG").string()});
     EXPECT_EQ(found.verdict, Verdict::there);
-    EXPECT_EQ(desk_.place(found).path, (folder_.path() / "DSC00001.JPG").string());
+    EXPECT_EQ(desk_->place(found).path, (folder_.path() / "DSC00001.JPG").string());
 }
 
 }  // namespace

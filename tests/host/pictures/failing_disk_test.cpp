@@ -139,12 +139,8 @@ INSTANTIATE_TEST_SUITE_P(ForEver, FailingDisk,
                                          Failure{ENOSPC, true, true}));
 
 // What no list of the folder shows: a disk may take names for the same that are not the same here.
-class DiskThatKnowsMoreNames : public testing::Test {
+class DiskThatKnowsMoreNames : public OpenDesk {
   protected:
-    DiskThatKnowsMoreNames() : desk_(folder_.path()) {
-        desk_.open();
-        run_ = desk_.open_run();
-    }
     ~DiskThatKnowsMoreNames() override {
         disk_calls::before = {};
     }
@@ -154,23 +150,19 @@ class DiskThatKnowsMoreNames : public testing::Test {
             return call == "renameat2" && names-- > 0 ? EEXIST : 0;
         };
     }
-
-    TemporaryFolder folder_;
-    Desk desk_;
-    OpenedRun run_;
 };
 
 TEST_F(DiskThatKnowsMoreNames, GetsTheNextOneEachTime) {
     refuse(3);
-    EXPECT_EQ(desk_.bring(run_, "DSC00001.JPG", sample_jpeg("1")).path,
+    EXPECT_EQ(desk_->bring(run_, "DSC00001.JPG", sample_jpeg("1")).path,
               folder_.path() / "DSC00001-4.JPG");
 }
 
 TEST_F(DiskThatKnowsMoreNames, GetsTheNextOneForAHalfToo) {
     const host::Place how{0, 7, "", "", "the pair", {}};
-    desk_.bring(run_, "DSC00001.ARW", sample_raw("1"), how);
+    desk_->bring(run_, "DSC00001.ARW", sample_raw("1"), how);
     refuse(2);
-    const host::Picture half = desk_.bring(run_, "DSC00001.JPG", sample_jpeg("1"), how);
+    const host::Picture half = desk_->bring(run_, "DSC00001.JPG", sample_jpeg("1"), how);
     EXPECT_EQ(half.path, folder_.path() / "DSC00001-3.JPG");
     EXPECT_EQ(half.pair, "the pair");
 }

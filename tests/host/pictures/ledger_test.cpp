@@ -2,11 +2,10 @@
 
 #include "host/pictures/ledger/ledger.h"
 
-#include <fcntl.h>
 #include <limits>
 
 #include "host/values/utf8.h"
-#include "tests/host/pictures/desk.h"
+#include "tests/host/pictures/long_ledger.h"
 
 namespace {
 
@@ -39,12 +38,8 @@ Placing some_placing() {
     return placing;
 }
 
-class LedgerFile : public testing::Test {
+class LedgerFile : public OpenLedger {
   protected:
-    LedgerFile() {
-        folder_fd_ = host::Descriptor(::open(folder_.path().c_str(), O_RDONLY | O_CLOEXEC));
-        EXPECT_EQ(ledger_.open(folder_fd_.number(), "ledger"), 0);
-    }
     std::vector<LedgerEntry> entries() const {
         std::vector<LedgerEntry> all;
         ledger_.read([&](const LedgerEntry& entry) {
@@ -53,13 +48,6 @@ class LedgerFile : public testing::Test {
         });
         return all;
     }
-    void add_bytes(const std::string& bytes) {
-        std::ofstream(folder_.path() / "ledger", std::ios::app | std::ios::binary) << bytes;
-    }
-
-    TemporaryFolder folder_;
-    host::Descriptor folder_fd_;
-    Ledger ledger_;
 };
 
 TEST_F(LedgerFile, EveryKindOfLineIsReadAsItWasWritten) {
@@ -83,9 +71,9 @@ TEST_F(LedgerFile, EveryKindOfLineIsReadAsItWasWritten) {
 
 TEST_F(LedgerFile, GarbageIsSkipped) {
     ASSERT_EQ(ledger_.append(PlacedAs{"0000000000000001"}), 0);
-    add_bytes("garbage\n\n{}\n[1,2]\nnull\n{\"placed\":1}\n{\"placed\":\"x\"}\n" +
-              std::string(100, '\0') + "\n" + std::string(200000, 'x') + "\n{\"told\":\n" +
-              std::string(30000, '[') + "\n\xFF\xFE\n{\"of a later version\":true}\r\n");
+    add("garbage\n\n{}\n[1,2]\nnull\n{\"placed\":1}\n{\"placed\":\"x\"}\n" +
+        std::string(100, '\0') + "\n" + std::string(200000, 'x') + "\n{\"told\":\n" +
+        std::string(30000, '[') + "\n\xFF\xFE\n{\"of a later version\":true}\r\n");
     ASSERT_EQ(ledger_.append(ToldOf{"0000000000000001"}), 0);
     EXPECT_EQ(entries(),
               (std::vector<LedgerEntry>{PlacedAs{"0000000000000001"}, ToldOf{"0000000000000001"}}));
@@ -93,7 +81,7 @@ TEST_F(LedgerFile, GarbageIsSkipped) {
 
 TEST_F(LedgerFile, ATornLastLineCostsOnlyItself) {
     ASSERT_EQ(ledger_.append(PlacedAs{"0000000000000001"}), 0);
-    add_bytes("{\"told\":\"00000");
+    add("{\"told\":\"00000");
     Ledger again;
     ASSERT_EQ(again.open(folder_fd_.number(), "ledger"), 0);
     ASSERT_EQ(again.append(PlacedAs{"0000000000000002"}), 0);
@@ -102,7 +90,7 @@ TEST_F(LedgerFile, ATornLastLineCostsOnlyItself) {
 }
 
 TEST_F(LedgerFile, ALineWithoutItsLineFeedIsNoLine) {
-    add_bytes("{\"placed\":\"0000000000000001\"}");
+    add("{\"placed\":\"0000000000000001\"}");
     EXPECT_EQ(entries(), std::vector<LedgerEntry>{});
 }
 

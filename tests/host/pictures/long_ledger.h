@@ -1,11 +1,32 @@
-// A ledger of many pictures, written at once.
+// A ledger, and the text of one of many pictures.
 #pragma once
 
+#include <fcntl.h>
 #include <string>
 #include <vector>
 
 #include "host/pictures/ledger/entry.h"
+#include "host/pictures/ledger/ledger.h"
 #include "tests/host/pictures/desk.h"
+
+// An empty ledger in a folder of its own, open.
+class OpenLedger : public testing::Test {
+  protected:
+    OpenLedger() {
+        folder_fd_ = host::Descriptor(::open(folder_.path().c_str(), O_RDONLY | O_CLOEXEC));
+        EXPECT_EQ(ledger_.open(folder_fd_.number(), "ledger"), 0);
+    }
+    fs::path path() const {
+        return folder_.path() / "ledger";
+    }
+    void add(const std::string& bytes) {
+        std::ofstream(path(), std::ios::app | std::ios::binary) << bytes;
+    }
+
+    TemporaryFolder folder_;
+    host::Descriptor folder_fd_;
+    host::pictures::Ledger ledger_;
+};
 
 // Those numbers, each announced, placed and told; in this order.
 inline std::string long_ledger(std::uint64_t first, std::uint64_t last) {

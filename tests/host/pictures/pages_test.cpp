@@ -2,7 +2,6 @@
 
 #include "host/pictures/ledger/pages.h"
 
-#include <fcntl.h>
 #include <numeric>
 
 #include "tests/host/pictures/long_ledger.h"
@@ -19,25 +18,12 @@ Numbers from_to(std::uint64_t first, std::uint64_t last) {
     return numbers;
 }
 
-class PagesTest : public testing::Test {
+class PagesTest : public OpenLedger {
   protected:
-    PagesTest() {
-        folder_fd_ = host::Descriptor(::open(folder_.path().c_str(), O_RDONLY | O_CLOEXEC));
-        EXPECT_EQ(ledger_.open(folder_fd_.number(), "ledger"), 0);
-    }
-    void add(const std::string& text) {
-        std::ofstream(path(), std::ios::app | std::ios::binary) << text;
-    }
-    fs::path path() const {
-        return folder_.path() / "ledger";
-    }
     Numbers behind(std::uint64_t number, std::size_t limit) {
         return numbers_of(pages_.behind(write_id(number), ledger_, limit));
     }
 
-    TemporaryFolder folder_;
-    host::Descriptor folder_fd_;
-    Ledger ledger_;
     Pages pages_;
 };
 

@@ -8,13 +8,8 @@
 
 namespace {
 
-class Placing : public testing::Test {
+class Placing : public OpenDesk {
   protected:
-    Placing() : desk_(folder_.path()) {
-        desk_.open();
-        run_ = desk_.open_run();
-    }
-
     std::string name_of(const host::Picture& picture) const {
         return fs::path(picture.path).lexically_relative(folder_.path()).string();
     }
@@ -24,17 +19,13 @@ class Placing : public testing::Test {
         host::Place how;
         how.name = name_template;
         how.shot = shot;
-        return name_of(desk_.bring(run_, camera_name, sample_jpeg(camera_name), how));
+        return name_of(desk_->bring(run_, camera_name, sample_jpeg(camera_name), how));
     }
-
-    TemporaryFolder folder_;
-    Desk desk_;
-    OpenedRun run_;
 };
 
 TEST_F(Placing, AFileComesWholeUnderTheCamerasName) {
     const std::string content = sample_jpeg("one");
-    const host::Picture picture = desk_.bring(run_, "DSC00001.JPG", content);
+    const host::Picture picture = desk_->bring(run_, "DSC00001.JPG", content);
     EXPECT_EQ(name_of(picture), "DSC00001.JPG");
     EXPECT_EQ(files_in(folder_.path()),
               (std::map<std::string, std::string>{{"DSC00001.JPG", content}}));
@@ -47,7 +38,7 @@ TEST_F(Placing, ThePictureSaysWhatItIs) {
     how.tag = "portrait";
     how.pair = "the pair";
     how.after = std::chrono::milliseconds(1234);
-    const host::Picture picture = desk_.bring(run_, "DSC00001.ARW", sample_raw("one"), how);
+    const host::Picture picture = desk_->bring(run_, "DSC00001.ARW", sample_raw("one"), how);
     EXPECT_EQ(picture.shot, std::uint64_t{7});
     EXPECT_EQ(picture.tag, "portrait");
     EXPECT_EQ(picture.pair, "the pair");
@@ -66,14 +57,14 @@ TEST_F(Placing, ThePictureSaysWhatItIs) {
 
 TEST_F(Placing, NothingIsOverwritten) {
     write_file(folder_.path() / "DSC00001.JPG", "a stranger's");
-    EXPECT_EQ(name_of(desk_.bring(run_, "DSC00001.JPG", sample_jpeg("one"))), "DSC00001-2.JPG");
+    EXPECT_EQ(name_of(desk_->bring(run_, "DSC00001.JPG", sample_jpeg("one"))), "DSC00001-2.JPG");
     EXPECT_EQ(read_file(folder_.path() / "DSC00001.JPG"), "a stranger's");
     EXPECT_EQ(read_file(folder_.path() / "DSC00001-2.JPG"), sample_jpeg("one"));
 }
 
 TEST_F(Placing, ALinkToNowhereIsNotOverwritten) {
     fs::create_symlink("nowhere", folder_.path() / "DSC00001.JPG");
-    EXPECT_EQ(name_of(desk_.bring(run_, "DSC00001.JPG", sample_jpeg("one"))), "DSC00001-2.JPG");
+    EXPECT_EQ(name_of(desk_->bring(run_, "DSC00001.JPG", sample_jpeg("one"))), "DSC00001-2.JPG");
     EXPECT_TRUE(fs::is_symlink(folder_.path() / "DSC00001.JPG"));
 }
 
@@ -81,32 +72,33 @@ TEST_F(Placing, AStemIsTakenByAFileOfAnyKindAndCase) {
     write_file(folder_.path() / "dsc00001.xmp", "");
     write_file(folder_.path() / "DSC00001-2", "");
     fs::create_directory(folder_.path() / "Dsc00001-3.folder");
-    EXPECT_EQ(name_of(desk_.bring(run_, "DSC00001.JPG", sample_jpeg("one"))), "DSC00001-4.JPG");
-    EXPECT_EQ(name_of(desk_.bring(run_, "DSC00001.JPG", sample_jpeg("two"))), "DSC00001-5.JPG");
+    EXPECT_EQ(name_of(desk_->bring(run_, "DSC00001.JPG", sample_jpeg("one"))), "DSC00001-4.JPG");
+    EXPECT_EQ(name_of(desk_->bring(run_, "DSC00001.JPG", sample_jpeg("two"))), "DSC00001-5.JPG");
 }
 
 TEST_F(Placing, AnotherStemIsNotTakenByALongerOne) {
     write_file(folder_.path() / "DSC000011.JPG", "");
     write_file(folder_.path() / "DSC00001-x.JPG", "");
     write_file(folder_.path() / "DSC00001.JPG.xmp", "");
-    EXPECT_EQ(name_of(desk_.bring(run_, "DSC00001.JPG", sample_jpeg("one"))), "DSC00001.JPG");
+    EXPECT_EQ(name_of(desk_->bring(run_, "DSC00001.JPG", sample_jpeg("one"))), "DSC00001.JPG");
 }
 
 TEST_F(Placing, TheHalvesOfAPairShareAStem) {
     write_file(folder_.path() / "DSC00001.JPG", "a stranger's");
     host::Place how;
     how.pair = "one pair";
-    EXPECT_EQ(name_of(desk_.bring(run_, "DSC00001.ARW", sample_raw("one"), how)), "DSC00001-2.ARW");
-    EXPECT_EQ(name_of(desk_.bring(run_, "dsc00001.jpg", sample_jpeg("one"), how)),
+    EXPECT_EQ(name_of(desk_->bring(run_, "DSC00001.ARW", sample_raw("one"), how)),
+              "DSC00001-2.ARW");
+    EXPECT_EQ(name_of(desk_->bring(run_, "dsc00001.jpg", sample_jpeg("one"), how)),
               "DSC00001-2.jpg");
 }
 
 TEST_F(Placing, AHalfWhoseNameAStrangerTookKeepsItsPair) {
     host::Place how;
     how.pair = "one pair";
-    desk_.bring(run_, "DSC00001.ARW", sample_raw("one"), how);
+    desk_->bring(run_, "DSC00001.ARW", sample_raw("one"), how);
     write_file(folder_.path() / "dsc00001.jpg", "a stranger's");
-    const host::Picture half = desk_.bring(run_, "DSC00001.JPG", sample_jpeg("one"), how);
+    const host::Picture half = desk_->bring(run_, "DSC00001.JPG", sample_jpeg("one"), how);
     EXPECT_EQ(name_of(half), "DSC00001-2.JPG");
     EXPECT_EQ(half.pair, "one pair");
     EXPECT_EQ(read_file(folder_.path() / "dsc00001.jpg"), "a stranger's");
@@ -127,9 +119,9 @@ TEST_F(Placing, ALinkIsNoFolderBelow) {
     TemporaryFolder elsewhere;
     fs::create_symlink(elsewhere.path(), folder_.path() / "a");
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("one"));
-    const auto examined = desk_.examine(run_, "DSC00001.JPG");
+    const auto examined = desk_->examine(run_, "DSC00001.JPG");
     const auto refused =
-        desk_.ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "a/{camera}", "p", {}});
+        desk_->ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "a/{camera}", "p", {}});
     EXPECT_EQ(refused.problem.code, host::Code::picture_not_placed);
     EXPECT_NE(refused.problem.text.find(run_.staging / "DSC00001.JPG"), std::string::npos);
     EXPECT_TRUE(fs::is_empty(elsewhere.path()));
@@ -140,11 +132,11 @@ TEST_F(Placing, ARunningNumberCountsPairsAndGoesOnAfterARestart) {
     host::Place how;
     how.name = "{n:4}";
     how.pair = "first";
-    EXPECT_EQ(name_of(desk_.bring(run_, "DSC00007.ARW", sample_raw("7"), how)), "0001.ARW");
-    EXPECT_EQ(name_of(desk_.bring(run_, "DSC00007.JPG", sample_jpeg("7"), how)), "0001.JPG");
+    EXPECT_EQ(name_of(desk_->bring(run_, "DSC00007.ARW", sample_raw("7"), how)), "0001.ARW");
+    EXPECT_EQ(name_of(desk_->bring(run_, "DSC00007.JPG", sample_jpeg("7"), how)), "0001.JPG");
     EXPECT_EQ(named("DSC00008.JPG", "{n:4}"), "0002.JPG");
-    desk_.sweep(run_);
-    desk_.store().work(host::CloseFolder{folder_.path().string()});
+    desk_->sweep(run_);
+    desk_->store().work(host::CloseFolder{folder_.path().string()});
 
     Desk next(folder_.path());
     next.open();
@@ -160,55 +152,55 @@ TEST_F(Placing, ATemplateThatNobodyHasLookedAtLosesNoPicture) {
 
 TEST_F(Placing, ANameThatIsTooLongIsShortened) {
     const std::string longest = std::string(251, 'x') + ".JPG";
-    const std::string name = name_of(desk_.bring(run_, longest, sample_jpeg("long")));
+    const std::string name = name_of(desk_->bring(run_, longest, sample_jpeg("long")));
     EXPECT_LE(name.size(), 255U);
     EXPECT_EQ(name.substr(name.size() - 4), ".JPG");
     EXPECT_EQ(read_file(folder_.path() / name), sample_jpeg("long"));
-    EXPECT_NE(name_of(desk_.bring(run_, longest, sample_jpeg("again"))), name);
+    EXPECT_NE(name_of(desk_->bring(run_, longest, sample_jpeg("again"))), name);
 }
 
 TEST_F(Placing, ANameThatIsNotUtf8IsKeptByteForByte) {
     const std::string odd = "DSC\xFF%41\"\n.JPG";
-    const host::Picture picture = desk_.bring(run_, odd, sample_jpeg("odd"));
+    const host::Picture picture = desk_->bring(run_, odd, sample_jpeg("odd"));
     EXPECT_EQ(picture.path, folder_.path().string() + "/" + odd);
-    EXPECT_EQ(desk_.store().list("", "", 10), std::vector<host::Picture>{picture});
+    EXPECT_EQ(desk_->store().list("", "", 10), std::vector<host::Picture>{picture});
 }
 
 TEST_F(Placing, AFileThatChangedSinceItWasExaminedIsLookedAtAgain) {
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("one").substr(0, 30));
-    const auto examined = desk_.examine(run_, "DSC00001.JPG");
+    const auto examined = desk_->examine(run_, "DSC00001.JPG");
     EXPECT_FALSE(examined.whole);
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("one"));
-    const host::Picture picture = desk_.place(examined);
+    const host::Picture picture = desk_->place(examined);
     EXPECT_TRUE(picture.whole);
     EXPECT_EQ(picture.bytes, sample_jpeg("one").size());
 }
 
 TEST_F(Placing, AFileThatWasReplacedSinceItWasExaminedIsNotTaken) {
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("one"));
-    const auto examined = desk_.examine(run_, "DSC00001.JPG");
+    const auto examined = desk_->examine(run_, "DSC00001.JPG");
     write_file(run_.staging / "other", sample_jpeg("another"));
     fs::rename(run_.staging / "other", run_.staging / "DSC00001.JPG");
     const auto refused =
-        desk_.ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "", "p", {}});
+        desk_->ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "", "p", {}});
     EXPECT_EQ(refused.problem.code, host::Code::picture_not_there);
-    EXPECT_EQ(desk_.examine(run_, "DSC00001.JPG").verdict, host::Verdict::there);
+    EXPECT_EQ(desk_->examine(run_, "DSC00001.JPG").verdict, host::Verdict::there);
 }
 
 TEST_F(Placing, ADamagedFileIsPlacedToo) {
     const std::string half = sample_jpeg("one").substr(0, 100);
-    const host::Picture picture = desk_.bring(run_, "DSC00001.JPG", half);
+    const host::Picture picture = desk_->bring(run_, "DSC00001.JPG", half);
     EXPECT_FALSE(picture.whole);
     EXPECT_EQ(read_file(picture.path), half);
 }
 
 TEST_F(Placing, AFolderThatHasGoneGetsNothingInItsStead) {
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("one"));
-    const auto examined = desk_.examine(run_, "DSC00001.JPG");
+    const auto examined = desk_->examine(run_, "DSC00001.JPG");
     TemporaryFolder elsewhere;
     fs::rename(folder_.path(), elsewhere.path() / "moved");
     const auto refused =
-        desk_.ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "", "p", {}});
+        desk_->ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "", "p", {}});
     EXPECT_EQ(refused.problem.code, host::Code::folder_gone);
     const fs::path now = elsewhere.path() / "moved/.incoming" / run_.name / "DSC00001.JPG";
     EXPECT_NE(refused.problem.text.find(now), std::string::npos) << refused.problem.text;
@@ -217,7 +209,7 @@ TEST_F(Placing, AFolderThatHasGoneGetsNothingInItsStead) {
 }
 
 TEST_F(Placing, AMovieIsPlacedAsAnother) {
-    const host::Picture movie = desk_.bring(run_, "C0001.MP4", "anything");
+    const host::Picture movie = desk_->bring(run_, "C0001.MP4", "anything");
     EXPECT_EQ(movie.kind, host::Kind::other);
     EXPECT_EQ(movie.format, host::Format::other);
     EXPECT_EQ(name_of(movie), "C0001.MP4");
