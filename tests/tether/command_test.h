@@ -65,6 +65,16 @@ class CommandTest : public VirtualCameraTest {
         return exit ? describe(*exit) : "still running";
     }
 
+    // What tether says of a call that it refuses, and all that it says.
+    std::string refusal_of(const std::vector<std::string>& arguments) {
+        fs::remove(folder_ / "errors");
+        output_.clear();
+        tether_ = start({TETHER_COMMAND, arguments, {}, folder_ / "errors"});
+        EXPECT_EQ(status(), "status 2") << arguments.front();
+        EXPECT_EQ(output_, "") << arguments.front();
+        return read("errors");
+    }
+
     static void expect_in_order(const std::string& text, const std::vector<std::string>& parts) {
         std::size_t at = 0;
         for (const std::string& part : parts) {

@@ -39,15 +39,12 @@ TEST_F(OptionsTest, NumbersOutsideOfTheirRangeAreRefused) {
                                          std::string(5000, '9')};
         numbers.insert(numbers.end(), own.begin(), own.end());
         for (const std::string& number : numbers) {
-            fs::remove(folder_ / "errors");
             std::string argument = option;
             argument.append("=").append(number);
-            const auto command = start({TETHER_COMMAND, {argument}, {}, folder_ / "errors"});
-            EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2");
             std::string sentence = "tether: ";
             sentence.append(option).append(": needs a number from ").append(range);
             sentence.append(", not ").append(number).append("\n");
-            EXPECT_EQ(read("errors"), sentence);
+            EXPECT_EQ(refusal_of({argument}), sentence);
         }
     }
 }
@@ -59,12 +56,9 @@ TEST_F(OptionsTest, NumbersAtTheEndsOfTheirRangeAreTaken) {
         {"--patience", "0.1"}, {"--patience", "3600"}, {"--patience", "1.5"},
     };
     for (const auto& arguments : good) {
-        fs::remove(folder_ / "errors");
         std::vector<std::string> all{"--worker", "/no/such/worker"};
         all.insert(all.begin(), arguments.begin(), arguments.end());
-        const auto command = start({TETHER_COMMAND, all, {}, folder_ / "errors"});
-        EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2");
-        EXPECT_EQ(read("errors"), "tether: --worker: File does not exist: /no/such/worker\n")
+        EXPECT_EQ(refusal_of(all), "tether: --worker: File does not exist: /no/such/worker\n")
             << arguments[0] << arguments[1];
     }
 }
@@ -74,13 +68,7 @@ TEST_F(OptionsTest, AFolderWithoutPicturesIsRefusedBeforeAnyShot) {
     write("empty/.a.jpg", "hidden");
     write("empty/a.txt", "no picture");
     for (const char* command : {"shoot", "watch", "serve"}) {
-        fs::remove(folder_ / "errors");
-        const auto tether = start(
-            {TETHER_COMMAND, {command, "--pictures", folder_ / "empty"}, {}, folder_ / "errors"});
-        const auto exit = tether->await_exit(host::after(patience));
-        ASSERT_TRUE(exit) << command;
-        EXPECT_EQ(describe(*exit), "status 2") << command;
-        EXPECT_EQ(read("errors"),
+        EXPECT_EQ(refusal_of({command, "--pictures", folder_ / "empty"}),
                   "tether: --pictures: there is no JPEG in " + (folder_ / "empty").string() + "\n");
     }
 }
@@ -166,10 +154,7 @@ TEST_F(OptionsTest, AWrongOptionIsAnsweredByWhatIsRight) {
         {{"replay", "x", "y", "--run=2"}, "--run=2 stands behind the record: write it before"},
     };
     for (const auto& [arguments, sentence] : calls) {
-        fs::remove(folder_ / "errors");
-        tether_ = start({TETHER_COMMAND, arguments, {}, folder_ / "errors"});
-        EXPECT_EQ(status(), "status 2");
-        EXPECT_EQ(read("errors"), "tether: " + sentence + "\n");
+        EXPECT_EQ(refusal_of(arguments), "tether: " + sentence + "\n");
     }
 }
 
@@ -208,13 +193,7 @@ TEST_F(OptionsTest, WrongArgumentsGetOneSentence) {
         {"surplus"},
     };
     for (const auto& arguments : wrong) {
-        const fs::path errors = folder_ / "errors";
-        fs::remove(errors);
-        const auto command = start({TETHER_COMMAND, arguments, {}, errors});
-        EXPECT_EQ(next_text(*command), "(end of output)") << arguments.front();
-        EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2")
-            << arguments.front();
-        const std::string sentence = read("errors");
+        const std::string sentence = refusal_of(arguments);
         EXPECT_EQ(sentence.substr(0, 8), "tether: ") << arguments.front();
         EXPECT_EQ(sentence.find('\n'), sentence.size() - 1) << sentence;
     }

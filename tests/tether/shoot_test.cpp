@@ -164,11 +164,9 @@ TEST_F(ShootTest, AFolderThatTheWorkerWouldCutIsRefused) {
 }
 
 TEST_F(ShootTest, AFolderWhoseParentIsMissingIsNotMade) {
-    const auto command =
-        start({TETHER_COMMAND, {"--folder", folder_ / "no/shots"}, {}, folder_ / "errors"});
-    EXPECT_EQ(describe(*command->await_exit(host::after(patience))), "status 2");
-    EXPECT_EQ(read("errors"), "tether: cannot make the folder " + (folder_ / "no/shots").string() +
-                                  ": the one that it is in is missing\n");
+    EXPECT_EQ(refusal_of({"--folder", folder_ / "no/shots"}),
+              "tether: cannot make the folder " + (folder_ / "no/shots").string() +
+                  ": the one that it is in is missing\n");
     EXPECT_FALSE(fs::exists(folder_ / "no"));
 }
 
