@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -69,8 +70,11 @@ TEST(FaultTable, HasEveryFormOfTheVirtualCamerasPage) {
     EXPECT_GT(page.size(), 75U);
     std::set<std::string> known;
     for (const Fact& fact : facts) {
-        known.insert(fact.form);
-        EXPECT_EQ(page.count(fact.form), 1U) << fact.form << " is not on the page";
+        std::istringstream forms(fact.form);
+        for (std::string form; std::getline(forms, form, ';');) {
+            known.insert(form);
+            EXPECT_EQ(page.count(form), 1U) << form << " is not on the page";
+        }
     }
     for (const std::string& form : page) {
         EXPECT_EQ(known.count(form), 1U) << form << " has no row";

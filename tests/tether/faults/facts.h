@@ -15,7 +15,8 @@ struct Moment {
 
 struct Fact {
     const char* name;  // of the test
-    const char* form;  // as the tables of docs/simulator.md write it, one alternative of it
+    const char* form;  // as the tables of docs/simulator.md write it, one alternative of it; ";"
+                       // between several
     const char* scene;
     std::vector<Moment> moments{};
     std::vector<const char*> options{};  // of tether shoot, beside those of every one
