@@ -29,7 +29,7 @@ class PagesTest : public OpenLedger {
 
 TEST_F(PagesTest, PagesOfAnySizeAreTheWholeInItsOrder) {
     add(long_ledger(1, 3000));
-    for (const std::size_t limit : {1, 7, 100, 999, 3000, 5000}) {
+    for (const std::size_t limit : {1U, 7U, 100U, 999U, 3000U, 5000U}) {
         Numbers all;
         for (Numbers page = behind(0, limit); !page.empty(); page = behind(all.back(), limit)) {
             EXPECT_LE(page.size(), limit);
@@ -41,7 +41,7 @@ TEST_F(PagesTest, PagesOfAnySizeAreTheWholeInItsOrder) {
 
 TEST_F(PagesTest, AnyPictureCanBeAskedBehind) {
     add(long_ledger(1, 2000));
-    for (const std::uint64_t number : {1999, 1, 1000, 2, 1998}) {
+    for (const std::uint64_t number : {1999U, 1U, 1000U, 2U, 1998U}) {
         EXPECT_EQ(behind(number, 5), from_to(number + 1, std::min<std::uint64_t>(number + 5, 2000)))
             << number;
     }
