@@ -31,6 +31,10 @@ def digest_of(*files):
     return digest.hexdigest()
 
 
+def digest_of_text(text):
+    return hashlib.sha1(text.encode()).hexdigest()
+
+
 def read_json(path):
     return json.loads(path.read_text()) if path.exists() else {}
 
