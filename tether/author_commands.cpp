@@ -68,7 +68,7 @@ void AuthorCommands::declare_tap(CLI::App& app) {
         ->type_name("FILE");
     tap_->add_flag("--redact", tapping_.redact, "Keep paths and names out of the record");
     tap_->add_flag("--strict", tapping_.strict, "End with 3 when there was a complaint");
-    tap_->prefix_command();
+    take_what_follows(*tap_, "WORKER [ARGUMENTS]");
     tap_->footer("tether tap --record a.record /path/to/sony-worker");
 }
 
@@ -83,7 +83,7 @@ void AuthorCommands::declare_replay(CLI::App& app) {
                      "next one")
         ->check(CLI::Range(1U, 1'000'000U).description(""))
         ->type_name("NUMBER");
-    replay_->prefix_command();
+    take_what_follows(*replay_, "RECORD");
     replay_->footer("tether replay --fast a.record");
 }
 

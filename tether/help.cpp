@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "tether/explain/pattern.h"
@@ -39,6 +40,17 @@ std::string wrapped(std::string begun, const std::string& text, std::size_t inde
 
 class Formatter : public CLI::Formatter {
   public:
+    explicit Formatter(std::string behind_options = "")
+        : behind_options_(std::move(behind_options)) {}
+
+    std::string make_usage(const CLI::App* app, std::string name) const override {
+        std::string usage = CLI::Formatter::make_usage(app, std::move(name));
+        if (!behind_options_.empty()) {
+            usage.insert(usage.find_last_not_of('\n') + 1, " " + behind_options_);
+        }
+        return usage;
+    }
+
     std::string make_option(const CLI::Option* option, bool is_positional) const override {
         return wrapped("  " + make_option_name(option, is_positional) + make_option_opts(option),
                        make_option_desc(option), option_margin);
@@ -71,6 +83,9 @@ class Formatter : public CLI::Formatter {
         const std::string footer = app->get_footer();
         return footer.empty() ? "" : "Example:\n  " + footer + "\n";
     }
+
+  private:
+    std::string behind_options_;
 };
 
 // Behind a sentence that says that there is no such thing.
@@ -94,6 +109,11 @@ std::string no_such_command(const CLI::App& app, const std::string& word) {
 
 void show_help_in_80_columns(CLI::App& app) {
     app.formatter(std::make_shared<Formatter>());
+}
+
+void take_what_follows(CLI::App& command, const std::string& words) {
+    command.prefix_command();
+    command.formatter(std::make_shared<Formatter>(words));
 }
 
 std::string no_such_option(const CLI::App& command, const std::string& word) {

@@ -10,6 +10,10 @@ namespace tether {
 // columns. A footer is an example.
 void show_help_in_80_columns(CLI::App& app);
 
+// Everything behind the options of this command is its own, whatever it begins with; the usage
+// names it in these words.
+void take_what_follows(CLI::App& command, const std::string& words);
+
 // What is wrong, a sentence; of an option that does not exist the nearest one that does.
 std::string what_is_wrong(const CLI::App& app, const CLI::ParseError& error);
 

@@ -132,6 +132,20 @@ TEST_F(OptionsTest, TheHelpOfEveryCommandFitsEightyColumnsAndShowsAnExample) {
     }
 }
 
+TEST_F(OptionsTest, TheUsageNamesWhatFollowsTheOptions) {
+    const std::vector<std::pair<std::string, std::string>> usages{
+        {"tap", "Usage: tether tap [OPTIONS] WORKER [ARGUMENTS]\n\nOptions:"},
+        {"replay", "Usage: tether replay [OPTIONS] RECORD\n\nOptions:"},
+        {"doctor", "Usage: tether doctor [OPTIONS] [bundle]\n\n"},
+    };
+    for (const auto& [command, usage] : usages) {
+        tether_ = start({TETHER_COMMAND, {command, "--help"}, {}, folder_ / "errors"});
+        output_.clear();
+        EXPECT_EQ(status(), "status 0");
+        EXPECT_TRUE(printed(usage)) << output_;
+    }
+}
+
 TEST_F(OptionsTest, TheVersionIsTold) {
     tether_ = start({TETHER_COMMAND, {"--version"}, {}, folder_ / "errors"});
     EXPECT_EQ(status(), "status 0");
