@@ -111,6 +111,23 @@ TEST_F(ShootTest, WhatAWorkerSaysBeforeItGivesUpIsSaid) {
     EXPECT_TRUE(printed("; 3 shots not fired.\n")) << output_;
 }
 
+// A camera's file name, or another worker, may hold what would clear the screen or rename the
+// window.
+TEST_F(ShootTest, WhatAWorkerSaysMovesNoCursor) {
+    const std::string odd = script("odd", R"(
+printf 'STATUS|a\033[2J\302\233m\302\265\n'
+printf '\033]0;x\007\n' >&2
+exit 3
+)");
+    tether_ = start(
+        {TETHER_COMMAND, {"--folder", folder_ / "shots", "--worker", odd}, {}, folder_ / "errors"});
+    EXPECT_EQ(status(), "status 1");
+    EXPECT_TRUE(printed("< STATUS|a\\x1B[2J\\xC2\\x9Bm\xC2\xB5\n")) << output_;
+    EXPECT_EQ(output_.find('\x1b'), std::string::npos) << output_;
+    const std::string errors = read("errors");
+    EXPECT_TRUE(errors.starts_with("\\x1B]0;x\\x07\n")) << errors;
+}
+
 // Found, opened, and silent: not the same as no camera.
 TEST_F(ShootTest, ACameraThatDoesNotAnswerIsNotCalledMissing) {
     write("scene", "timing instant\ncamera \"MODEL-A\" over USB, card in\nanswer never\n");

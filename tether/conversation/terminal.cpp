@@ -54,9 +54,9 @@ void Terminal::show_line(char direction, std::string_view text, host::TimePoint 
     erase_progress();
     const std::string time = time_column(start_, at) + " " + direction + " ";
     if (colored_) {
-        write_out(faint + time + plain + style_of(text) + std::string(text) + plain + "\n");
+        write_out(faint + time + plain + style_of(text) + shown(text) + plain + "\n");
     } else {
-        write_out(time + std::string(text) + "\n");
+        write_out(time + shown(text) + "\n");
     }
 }
 
@@ -81,9 +81,9 @@ void Terminal::show_text(std::string_view text) {
     write_out(text);
 }
 
-void Terminal::show_error(std::string_view text) {
+void Terminal::show_error_line(std::string_view text) {
     erase_progress();
-    std::fwrite(text.data(), 1, text.size(), stderr);
+    std::fputs((shown(text) + "\n").c_str(), stderr);
 }
 
 host::TimePoint Terminal::next_redraw(host::TimePoint now) const {

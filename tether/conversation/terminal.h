@@ -14,7 +14,7 @@ class Terminal {
     explicit Terminal(host::TimePoint start);
     ~Terminal();
 
-    // '>' to the worker, '<' from it.
+    // '>' to the worker, '<' from it. Of a line nothing moves the cursor: it may hold any bytes.
     void show_line(char direction, std::string_view text, host::TimePoint at);
 
     // An empty text ends the progress. The time counts from when a text was first shown.
@@ -22,8 +22,8 @@ class Terminal {
 
     void show_text(std::string_view text);
 
-    // On standard error.
-    void show_error(std::string_view text);
+    // What the worker wrote to its standard error, on this program's.
+    void show_error_line(std::string_view text);
 
     // When the progress wants to be redrawn.
     host::TimePoint next_redraw(host::TimePoint now) const;

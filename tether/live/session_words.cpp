@@ -75,17 +75,23 @@ std::string what_was_wrong(const host::Ended& ended) {
     return {};
 }
 
-std::string shown(const std::string& text) {
+std::string shown(std::string_view text) {
     std::string all;
-    for (const char byte : text) {
-        const auto value = static_cast<unsigned char>(byte);
-        if (value >= ' ' && value != 0x7F) {
-            all += byte;
-            continue;
+    bool control = false;  // the byte before begins one of the second set, U+0080 to U+009F
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const auto value = static_cast<unsigned char>(text[at]);
+        const auto next = at + 1 < text.size() ? static_cast<unsigned char>(text[at + 1]) : 0U;
+        const bool begins = value == 0xC2 && next >= 0x80 && next < 0xA0;
+        if (value == '\n') {
+            all += "\\n";
+        } else if (value < ' ' || value == 0x7F || begins || control) {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\x%02X", static_cast<unsigned>(value));
+            all += escaped;
+        } else {
+            all += text[at];
         }
-        char escaped[8];
-        std::snprintf(escaped, sizeof escaped, "\\x%02X", static_cast<unsigned>(value));
-        all += byte == '\n' ? "\\n" : escaped;
+        control = begins;
     }
     return all;
 }

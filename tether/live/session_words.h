@@ -4,6 +4,7 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "host/values/problem.h"
 #include "host/values/requests.h"
@@ -20,7 +21,7 @@ std::string what_was_wrong(const host::Ended& ended);
 
 // On one line, without what would move the terminal's cursor: names are the camera's, and what a
 // worker says may be anything.
-std::string shown(const std::string& text);
+std::string shown(std::string_view text);
 
 // What a problem says, with the SDK's code for `tether explain`, on one line.
 std::string sentence(const host::Problem& problem);

@@ -6,7 +6,7 @@ void WireView::show(const host::WireLine& line) {
     const host::TimePoint at = start_ + std::chrono::duration_cast<host::Duration>(line.at);
     const bool complete = record_.trouble().empty();
     if (line.direction == host::WireLine::Direction::error) {
-        terminal_.show_error(line.text + "\n");
+        terminal_.show_error_line(line.text);
         record_.add_error(line.text, at);
     } else {
         const char direction = line.direction == host::WireLine::Direction::to_worker ? '>' : '<';
