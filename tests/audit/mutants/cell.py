@@ -6,7 +6,7 @@ import shutil
 from builds import run
 
 CELL = ["unshare", "--pid", "--fork", "--kill-child", "--mount-proc", "sh", "-c",
-        'mount -t tmpfs tmpfs /tmp && ulimit -v 16000000 && exec "$@"', "cell"]  # fmt: skip
+        'mount -t tmpfs tmpfs /tmp && cd /tmp && ulimit -v 16000000 && exec "$@"', "cell"]  # fmt: skip
 
 
 def can_be_made():
