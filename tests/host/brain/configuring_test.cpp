@@ -173,11 +173,46 @@ TEST(BrainConfiguring, AFolderThatTheSdkRefusesLeavesTheOldOneInForce) {
     stage.hear("PRIME_DONE|OK");
     const auto state = stage.answer_to<SessionState>(request);
     EXPECT_EQ(state.folder, "/shots");
-    EXPECT_EQ(state.problems.at(0).code, Code::folder_not_taken);
-    EXPECT_EQ(state.problems.at(0).sdk, 0x8000U);
+    EXPECT_EQ(
+        state.problems.at(0),
+        (Problem{Code::folder_not_taken, "The camera SDK does not take the folder.", 0x8000, {}}));
     EXPECT_EQ(stage.said(), (Lines{"SET_DOWNLOAD_DIR|/shots/.incoming/run-1"}));
     EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-2");
     EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/new");
+}
+
+TEST(BrainConfiguring, AWorkerThatDoesNotSayThatItTakesTheFolderDoesNotTakeIt) {
+    ReadyStage stage;
+    stage.worker_answers = false;
+    const RequestId request = stage.ask(folder("/new"));
+    stage.hear("PRIME_DONE|OK");
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_EQ(stage.answer_to<SessionState>(request).problems.at(0).text,
+              "The worker does not take the folder.");
+}
+
+TEST(BrainConfiguring, SettingsAreTakenAlsoWhenTheFolderIsNot) {
+    ReadyStage stage;
+    Configure configure = type(FileType::raw);
+    configure.folder = "/" + std::string(2000, '|');
+    const RequestId request = stage.ask(configure);
+    stage.after(milliseconds(1));
+    const auto state = stage.answer_to<SessionState>(request);
+    EXPECT_EQ(state.file_type.in_force, FileType::raw);
+    EXPECT_EQ(state.problems.at(0).code, Code::folder_not_taken);
+}
+
+TEST(BrainConfiguring, AnotherFolderIsTriedAtOnceWhereTheOneBeforeIsInUse) {
+    Stage stage;
+    stage.disk_answers = false;
+    stage.ask(Connect{});
+    stage.refuse_folder(Code::folder_in_use, "in use");
+    ASSERT_EQ(stage.state().state, State::down);
+    stage.disk_answers = true;
+    stage.ask(folder("/new"));
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_EQ(stage.state().folder, "/new");
 }
 
 TEST(BrainConfiguring, APathThatDoesNotFitInALineIsNotTaken) {
@@ -202,6 +237,8 @@ TEST(BrainConfiguring, NorIsItWithoutAWorkerOrAtTheStart) {
     const RequestId start = other.ask(Start{});
     EXPECT_EQ(other.answer_to<Problem>(start).code, Code::folder_not_taken);
     EXPECT_EQ(other.asked_of_disk<CloseFolder>().size(), 1U);
+    other.after(seconds(59));
+    EXPECT_EQ(other.asked_of_disk<OpenFolder>().size(), 1U) << "tried once a minute";
 }
 
 TEST(BrainConfiguring, TheSameFolderIsNotOpenedAgain) {
@@ -244,6 +281,14 @@ TEST(BrainConfiguring, AWorkerThatDiesInEachStepOfAMoveIsReplacedAndTheRequestAn
         EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new") << step;
         EXPECT_EQ(stage.state().state, State::ready) << step;
         EXPECT_EQ(stage.state().folder, "/new") << step;
+        Lines swept;
+        for (const SweepRun& sweep : stage.asked_of_disk<SweepRun>()) {
+            swept.push_back(sweep.run + (sweep.over ? " is over" : ""));
+        }
+        EXPECT_EQ(swept, (step < 2   ? Lines{"run-1 is over"}
+                          : step < 3 ? Lines{"run-1 is over", "run-2 is over"}
+                                     : Lines{"run-2 is over", "run-1 is over"}))
+            << step;
     }
 }
 
@@ -268,13 +313,27 @@ TEST(BrainConfiguring, AWorkerThatIsLostWhileTheDiskOpensTheFolderIsReplacedInIt
     }
 }
 
+TEST(BrainConfiguring, AWorkerThatIsOnTheLadderWhenTheFolderIsOpenIsReplacedInIt) {
+    ReadyStage stage;
+    stage.disk_answers = false;
+    stage.worker_ends = false;
+    const RequestId request = stage.ask(folder("/new"));
+    stage.after(milliseconds(1));
+    stage.tell(WorkerFlooded{"run-1", "much"});
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    stage.tell(WorkerEnded{"run-1", WorkerEnd::sigterm, 143});
+    stage.after(seconds(2));
+    EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new");
+}
+
 TEST(BrainConfiguring, IsAnsweredAfter60SecondsAtTheLatest) {
     ReadyStage stage;
     stage.disk_answers = false;
     const RequestId request = stage.ask(folder("/new"));
     stage.after(seconds(59));
     EXPECT_FALSE(stage.is_answered(request));
-    stage.after(seconds(2));
+    stage.after(seconds(1));
     EXPECT_EQ(stage.answer_to<Problem>(request).code, Code::folder_not_taken);
     EXPECT_EQ(stage.state().folder, "/shots");
     EXPECT_FALSE(stage.stands(Code::folder_not_taken)) << "it is of a folder not in force";

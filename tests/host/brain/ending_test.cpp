@@ -113,6 +113,7 @@ TEST(BrainEnding, AWorkerThatIsBeingReplacedIsWaitedFor) {
     stage.tell(WorkerFlooded{stage.run, "much"});
     const RequestId shutdown = stage.ask(Shutdown{});
     EXPECT_FALSE(stage.is_answered(shutdown));
+    EXPECT_EQ(stage.ladders().size(), 1U) << "it is on the ladder already";
     stage.tell(WorkerEnded{stage.run, WorkerEnd::sigterm, 143});
     EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::sigterm, 143}));
     EXPECT_TRUE(stage.workers().empty());
@@ -159,6 +160,18 @@ TEST(BrainEnding, AStuckDiskDoesNotKeepTheEndFromBeingTold) {
     stage.after(seconds(2));
     EXPECT_EQ(stage.answers(shutdown), 1U);
     EXPECT_EQ(stage.state().state, State::down);
+}
+
+TEST(BrainEnding, AShotWhoseFileAStuckDiskKeepsIsAnsweredBeforeTheEndIsTold) {
+    ReadyStage stage;
+    const RequestId capture = stage.shoot();
+    stage.disk_answers = false;
+    stage.file("DSC00001.JPG");
+    stage.tell(WorkerFlooded{stage.run, "much"});
+    const RequestId shutdown = stage.ask(Shutdown{});
+    stage.after(seconds(31));
+    EXPECT_EQ(stage.answer_to<Shot>(capture).problems.at(0).text, "The session was ended.");
+    EXPECT_EQ(stage.answers(shutdown), 1U);
 }
 
 TEST(BrainEnding, AStopPastTheTimeOutLeavesAMomentToEndTheWorkerInOrder) {

@@ -210,6 +210,12 @@ TEST_F(HeldLinesTest, NoMoreThanAMebibyteIsHeld) {
         let_go += believed().size();
     }
     EXPECT_GT(let_go, 80U);
+    for (int worker = 0; worker < 2; ++worker) {
+        held.forget();
+        hear("LOG|[SONY] landed a");
+        hear(std::string(limit::held_bytes / 2, 'x'));
+    }
+    EXPECT_EQ(believed(), Lines{}) << "what a worker said that is gone does not count";
 }
 
 }  // namespace

@@ -48,6 +48,17 @@ TEST(BrainOpening, NoCameraIsAProblemAndTriedAgainWithABackOff) {
     EXPECT_FALSE(stage.stands(Code::camera_not_found));
 }
 
+TEST(BrainOpening, ConnectTriesAtOnceHoweverLongTheNextTryWasToBeWaitedFor) {
+    Stage stage;
+    stage.camera_there = false;
+    stage.ask(Connect{});
+    stage.after(seconds(10));
+    stage.camera_there = true;
+    stage.ask(Connect{});
+    stage.after(milliseconds(100));
+    EXPECT_EQ(stage.state().state, State::ready);
+}
+
 TEST(BrainOpening, AFailedOpeningIsClosedAndFencedBeforeTheNext) {
     Stage stage;
     stage.camera_there = false;
@@ -75,23 +86,28 @@ TEST(BrainOpening, ConnectIsAnsweredAfter60SecondsByWhatStandsInTheWayAndGoesOnT
 TEST(BrainOpening, AnOpeningThatFailsIsToldWithItsCodeAndAnsweredByDisconnect) {
     struct Failure {
         Lines lines;
-        Code code;
-        std::optional<std::uint32_t> sdk;
+        Problem problem;
     };
     for (const Failure& failure : {
-             Failure{
-                 {"ERROR|Could not open the camera (0x00008208)"}, Code::camera_refused, 0x8208},
+             Failure{{"ERROR|Could not open the camera (0x00008208)"},
+                     {Code::camera_refused,
+                      "The camera could not be opened; another program may use it.",
+                      0x8208,
+                      {}}},
              Failure{{"LOG|[SONY] error 0x000000FF", "ERROR|Camera reported 0x000000FF"},
-                     Code::camera_error,
-                     0xFF},
-             Failure{{"DISCONNECTED|"}, Code::camera_lost, {}},
+                     {Code::camera_error,
+                      "The camera reported an error while it was opened.",
+                      0xFF,
+                      {}}},
+             Failure{{"DISCONNECTED|"},
+                     {Code::camera_lost, "The camera went away while it was opened.", {}, {}}},
          }) {
         OpeningStage stage(milliseconds(50));
         for (const std::string& line : failure.lines) {
             stage.hear(line);
         }
-        EXPECT_EQ(stage.standing(failure.code).sdk, failure.sdk) << word(failure.code);
-        EXPECT_TRUE(stage.said("DISCONNECT")) << word(failure.code);
+        EXPECT_EQ(stage.standing(failure.problem.code), failure.problem);
+        EXPECT_TRUE(stage.said("DISCONNECT")) << failure.problem.text;
     }
 }
 
@@ -129,6 +145,7 @@ TEST(BrainOpening, ASessionThatIsUpAlreadyIsTaken) {
     stage.hear("CONNECTED|already");
     stage.after(seconds(1));
     EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_EQ(stage.state().camera, "Camera") << "its name was not told";
     EXPECT_FALSE(stage.said("DISCONNECT"));
 }
 
@@ -163,6 +180,14 @@ TEST(BrainOpening, ACameraNameThatForgesAWholeSessionIsFoundByTheProbe) {
     stage.hear("CONNECTED|X");
     stage.after(seconds(1));
     EXPECT_EQ(stage.state().state, State::ready);
+}
+
+TEST(BrainOpening, AConnectedThatNoSessionIsBehindIsAskedAboutOnce) {
+    OpeningStage stage(milliseconds(50));
+    stage.hear("CONNECTED|X");
+    stage.after(seconds(6));
+    EXPECT_EQ(stage.state().state, State::opening);
+    EXPECT_EQ(stage.times_said("SET_SAVE_DEST|disk"), 1U);
 }
 
 TEST(BrainOpening, DisconnectWhileOpeningClosesAtOnce) {
@@ -201,8 +226,9 @@ TEST(BrainOpening, DisconnectWaitsForTheShotButNotForLong) {
     ReadyStage stage;
     const RequestId capture = stage.shoot();
     const RequestId disconnect = stage.ask(Disconnect{});
-    stage.after(seconds(9));
+    stage.after(milliseconds(9'950));
     EXPECT_FALSE(stage.said("DISCONNECT"));
+    EXPECT_EQ(stage.brain.wake_at(), stage.now + milliseconds(50));
     stage.after(seconds(2));
     EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::none);
     EXPECT_EQ(stage.answer_to<SessionState>(disconnect).state, State::idle);
@@ -257,6 +283,7 @@ TEST(BrainOpening, WithTheCameraGoWhatItsSettingsLacked) {
     ASSERT_TRUE(stage.stands(Code::card_missing));
     ASSERT_TRUE(stage.stands(Code::file_type_not_taken));
     const RequestId disconnect = stage.ask(Disconnect{});
+    EXPECT_TRUE(stage.state().problems.empty()) << "also while the session is closed";
     stage.after(milliseconds(1));
     EXPECT_TRUE(stage.answer_to<SessionState>(disconnect).problems.empty());
 }

@@ -27,7 +27,9 @@ TEST(BrainSettling, ADestinationThatIsRefusedIsAskedFiveTimesThenAProblemWithThe
     stage.takes_destination = false;
     stage.get_idle();
     stage.ask(Connect{});
-    stage.after(milliseconds(1210));
+    stage.after(milliseconds(100));
+    stage.tell(TimeOfDayIs{std::chrono::hours(1'000'000)});  // the fence behind sleep asks nothing
+    stage.after(milliseconds(1110));
     EXPECT_EQ(stage.state().state, State::settling);
     EXPECT_FALSE(stage.told(Code::destination_not_taken));
     stage.after(milliseconds(20));
@@ -45,7 +47,11 @@ TEST(BrainSettling, ATypeThatIsRefusedIsAskedFiveTimesThenAProblemWithTheCode) {
     stage.ask(Connect{});
     stage.after(seconds(2));
     EXPECT_EQ(stage.state().state, State::ready);
-    EXPECT_EQ(stage.standing(Code::file_type_not_taken).sdk, 0x8402U);
+    EXPECT_EQ(stage.standing(Code::file_type_not_taken),
+              (Problem{Code::file_type_not_taken,
+                       "The camera does not take the file type: set it there.",
+                       0x8402,
+                       {}}));
     EXPECT_EQ(stage.state().file_type, (Setting<FileType>{FileType::raw, FileType::jpeg}));
     EXPECT_EQ(stage.times_said("SET_FILE_TYPE|raw"), 5U);
 }
@@ -95,12 +101,15 @@ TEST(BrainSettling, ADestinationThatIsRefusedWhileTheTypeIsAskedIsAProblemWithIt
     stage.takes_type = false;
     stage.get_idle();
     stage.ask(Connect{});
-    stage.after(milliseconds(300));
-    ASSERT_EQ(stage.state().state, State::settling);
+    stage.after(milliseconds(1219));
+    stage.worker_answers = false;
+    stage.after(milliseconds(1));
+    ASSERT_EQ(stage.times_said("SET_FILE_TYPE|raw"), 5U);
+    stage.hear("LOG|[SONY] the camera would not change its file type (0x00008402)");
     stage.hear(
         "LOG|[SONY] could not set the save destination (0x00008000) — the camera keeps its "
         "own setting");
-    stage.after(seconds(2));
+    stage.hear("PRIME_DONE|OK");
     EXPECT_EQ(stage.state().state, State::ready);
     EXPECT_EQ(stage.standing(Code::destination_not_taken).sdk, 0x8000U);
     EXPECT_EQ(stage.standing(Code::file_type_not_taken).sdk, 0x8402U);
@@ -158,7 +167,30 @@ TEST(BrainSettling, ADestinationThatIsRefusedInMidSessionIsAProblem) {
     stage.hear(
         "LOG|[SONY] could not set the save destination (0x00008000) — the camera keeps its "
         "own setting");
-    EXPECT_EQ(stage.standing(Code::destination_not_taken).sdk, 0x8000U);
+    EXPECT_EQ(stage.standing(Code::destination_not_taken),
+              (Problem{Code::destination_not_taken,
+                       "The camera did not take the save destination again.",
+                       0x8000,
+                       {}}));
+    stage.hear("SAVE_DEST|both");
+    EXPECT_FALSE(stage.stands(Code::destination_not_taken));
+}
+
+TEST(BrainSettling, ALossWhileTheTypeIsAskedIsFoundWhenItIsAskedAgain) {
+    for (const bool told : {true, false}) {
+        Stage stage(wishes(SaveDestination::disk, FileType::raw));
+        stage.takes_type = false;
+        stage.get_idle();
+        stage.ask(Connect{});
+        stage.after(milliseconds(100));
+        ASSERT_EQ(stage.state().state, State::settling);
+        stage.session = false;
+        if (told) {
+            stage.hear("DISCONNECTED|");
+        }
+        stage.after(milliseconds(221));
+        EXPECT_EQ(stage.state().state, State::lost) << told;
+    }
 }
 
 TEST(BrainSettling, ALossWhileSettlingIsAskedAboutAndFound) {

@@ -50,6 +50,19 @@ TEST(BrainShots, TheFolderIsLookedAtBeforeEachShot) {
     EXPECT_EQ(stage.times_said("CAPTURE"), 1U);
 }
 
+TEST(BrainShots, AFolderThatIsAnotherOneNowIsGone) {
+    for (const bool same : {true, false}) {
+        ReadyStage stage;
+        stage.disk_answers = false;
+        const RequestId capture = stage.ask(Capture{});
+        const Ticket look = stage.asked_of_disk<LookAtFolder>().at(0).ticket;
+        stage.answer(FolderLooked{look, true, same, !same, stage.room});
+        EXPECT_EQ(
+            stage.outcome(capture),
+            (Outcome{ShotStatus::refused, same ? Code::folder_not_permitted : Code::folder_gone}));
+    }
+}
+
 TEST(BrainShots, APairIsCompleteWhenBothHalvesAreThere) {
     ReadyStage stage(Dial{"both"});
     const RequestId capture = stage.shoot();
@@ -142,15 +155,18 @@ TEST(BrainShots, ForTheCardItIsCompleteWithoutPicturesOnceItWasFired) {
 
 // Nothing of it is seen here, so whatever the camera warns of may have cost the picture.
 TEST(BrainShots, ForTheCardItIsNotCompleteWhenTheCameraWarns) {
-    ReadyStage stage(wishes(SaveDestination::card));
-    const RequestId capture = stage.ask(Capture{});
-    stage.after(milliseconds(700));
-    stage.hear("LOG|[SONY] warning 0x00025101");
-    stage.after(milliseconds(100));
-    const Shot shot = stage.answer_to<Shot>(capture);
-    EXPECT_EQ(shot.status, ShotStatus::none);
-    EXPECT_EQ(shot.problems.at(0).code, Code::no_picture);
-    EXPECT_EQ(shot.problems.at(0).sdk, 0x00025101U);
+    for (const std::string line :
+         {"LOG|[SONY] warning 0x00025101", "ERROR|Camera reported 0x00025101"}) {
+        ReadyStage stage(wishes(SaveDestination::card));
+        const RequestId capture = stage.ask(Capture{});
+        stage.after(milliseconds(700));
+        stage.hear(line);
+        stage.after(milliseconds(100));
+        const Shot shot = stage.answer_to<Shot>(capture);
+        EXPECT_EQ(shot.status, ShotStatus::none);
+        EXPECT_EQ(shot.problems.at(0).code, Code::no_picture);
+        EXPECT_EQ(shot.problems.at(0).sdk, 0x00025101U);
+    }
 }
 
 TEST(BrainShots, WithoutACardTheFilesOfACardShotAreDueOnTheComputer) {
@@ -192,6 +208,8 @@ TEST(BrainShots, AShotWithoutAFileAfterAWarningCarriesItsCode) {
         ReadyStage stage;
         const RequestId capture = stage.shoot();
         stage.hear(line);
+        stage.hear("LOG|[SONY] warning 0x251");
+        stage.hear("LOG|[SONY] property 0x00000500 changed");
         stage.after(seconds(21));
         EXPECT_EQ(stage.answer_to<Shot>(capture).problems.at(0).sdk, 0x25103U) << line;
     }
@@ -205,8 +223,12 @@ TEST(BrainShots, ADamagedFileIsShownAndTheShotIncomplete) {
     const Shot shot = stage.answer_to<Shot>(capture);
     EXPECT_EQ(shot.status, ShotStatus::incomplete);
     EXPECT_FALSE(shot.pictures.at(0).whole);
-    EXPECT_EQ(shot.problems.at(0).code, Code::picture_damaged);
-    EXPECT_TRUE(stage.told(Code::picture_damaged));
+    EXPECT_EQ(shot.problems,
+              (std::vector<Problem>{{Code::picture_damaged,
+                                     "A picture is damaged: /shots/DSC00001.JPG (cut short)",
+                                     {},
+                                     1}}));
+    EXPECT_EQ(stage.problems(), shot.problems);
 }
 
 TEST(BrainShots, AMissingFileIsNamedInTheShot) {
@@ -241,20 +263,21 @@ TEST(BrainShots, CapturesAreQueuedAndFiredInOrderTheNextWhenTheOneBeforeIsOver) 
 }
 
 TEST(BrainShots, EightCapturesMayWaitAndTheNinthIsRefusedAsBusy) {
-    ReadyStage stage;
-    stage.shoot();
-    std::vector<RequestId> requests;
-    requests.reserve(8);
-    for (int count = 0; count < 8; ++count) {
-        requests.push_back(stage.ask(Capture{}));
-    }
-    const RequestId ninth = stage.ask(Capture{});
-    const Shot refused = stage.answer_to<Shot>(ninth);
-    EXPECT_EQ(refused.status, ShotStatus::refused);
-    EXPECT_EQ(refused.problems.at(0).code, Code::busy);
-    EXPECT_EQ(stage.shots().back(), refused);
-    for (const RequestId request : requests) {
-        EXPECT_FALSE(stage.is_answered(request));
+    for (const bool fired : {true, false}) {
+        ReadyStage stage;
+        stage.disk_answers = fired;
+        std::vector<RequestId> requests;
+        for (int count = 0; count < (fired ? 9 : 8); ++count) {
+            requests.push_back(stage.ask(Capture{}));
+        }
+        const RequestId ninth = stage.ask(Capture{});
+        const Shot refused = stage.answer_to<Shot>(ninth);
+        EXPECT_EQ(refused.status, ShotStatus::refused);
+        EXPECT_EQ(refused.problems.at(0).text, "Eight captures are waiting already.");
+        EXPECT_EQ(stage.shots().back(), refused);
+        for (const RequestId request : requests) {
+            EXPECT_FALSE(stage.is_answered(request));
+        }
     }
 }
 
@@ -267,7 +290,10 @@ TEST(BrainShots, BeforeTheSessionWasEverReadyACaptureIsAnError) {
 
 TEST(BrainShots, AfterDisconnectACaptureIsRefused) {
     ReadyStage stage;
+    stage.disk_answers = false;
+    const RequestId not_fired_yet = stage.ask(Capture{});
     stage.ask(Disconnect{});
+    EXPECT_EQ(stage.outcome(not_fired_yet), (Outcome{ShotStatus::refused, Code::not_connected}));
     stage.after(seconds(1));
     EXPECT_EQ(stage.outcome(stage.ask(Capture{})),
               (Outcome{ShotStatus::refused, Code::not_connected}));
@@ -396,7 +422,17 @@ TEST(BrainShots, ACaptureThatTheCameraDidNotTakeIsOverAndTheSessionIsProbed) {
     stage.session = false;  // and nobody has said so
     const RequestId capture = stage.shoot();
     EXPECT_EQ(stage.outcome(capture), (Outcome{ShotStatus::none, Code::camera_lost}));
+    EXPECT_EQ(stage.problems().at(0).text, "The camera went away before the shot.");
     EXPECT_EQ(stage.state().state, State::lost);
+}
+
+TEST(BrainShots, ACaptureThatTheWorkerPassesOverIsOver) {
+    ReadyStage stage;
+    stage.worker_answers = false;
+    const RequestId capture = stage.ask(Capture{});
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_EQ(stage.answer_to<Shot>(capture).problems.at(0).text,
+              "The worker did not fire the shot.");
 }
 
 TEST(BrainShots, AHangingShotIsAnsweredAfter15Seconds) {
@@ -408,6 +444,8 @@ TEST(BrainShots, AHangingShotIsAnsweredAfter15Seconds) {
     stage.worker_answers = true;
     stage.after(milliseconds(200));
     EXPECT_EQ(stage.outcome(capture), (Outcome{ShotStatus::none, Code::worker_hangs}));
+    EXPECT_EQ(stage.problems().at(0).text,
+              "The worker has not answered for 15 s. It is replaced by a new one.");
     EXPECT_EQ(stage.times_said("CAPTURE"), 1U) << "CAPTURE is sent once or not at all";
 }
 
@@ -559,6 +597,9 @@ TEST(BrainShots, TheNameOfAFileIsShownUpTo255BytesAndNotCutInACharacter) {
     stage.after(milliseconds(20));
     EXPECT_EQ(stage.problems().back().code, Code::picture_outside);
     EXPECT_EQ(text(), shown);
+    stage.hear("DOWNLOADED|" + std::string(4097, 'x'));
+    EXPECT_EQ(stage.problems().back().text,
+              "A picture was reported under a path that no file can have.");
     stage.report(std::string(300, '\x80'));
     EXPECT_EQ(text().size(), 255U) << "it is no text at all";
 }

@@ -104,6 +104,20 @@ TEST(BrainStarting, AFolderInUseIsAnErrorOfStartAndTriedAgain) {
     EXPECT_EQ(stage.asked_of_disk<OpenFolder>().size(), 1U);
 }
 
+TEST(BrainStarting, AFolderThatTakesNoRunIsTriedAgainAfterAMinute) {
+    Stage stage;
+    stage.disk_answers = false;
+    const RequestId start = stage.ask(Start{});
+    stage.answer(stage.opened("/shots"));
+    stage.answer(RunNotOpened{stage.asked_of_disk<OpenRun>().at(0).ticket,
+                              {Code::folder_not_permitted, "/shots", {}, {}}});
+    EXPECT_EQ(stage.answer_to<Problem>(start).code, Code::folder_not_permitted);
+    stage.after(seconds(59));
+    EXPECT_EQ(stage.asked_of_disk<OpenRun>().size(), 1U);
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.asked_of_disk<OpenRun>().size(), 2U);
+}
+
 TEST(BrainStarting, AFolderThatIsWaitedForIsShownAndIsNoProblemYet) {
     Stage stage;
     stage.disk_answers = false;
@@ -123,13 +137,18 @@ TEST(BrainStarting, AWorkerThatDoesNotGetReadyIsEndedQuicklyAndReplaced) {
     Stage stage;
     stage.worker_gets_ready = false;
     stage.ask(Start{});
+    stage.hear("ERROR|Unknown command");
     stage.after(seconds(9));
     EXPECT_TRUE(stage.ladders().empty());
     stage.worker_gets_ready = true;
     stage.after(seconds(2));
     ASSERT_EQ(stage.ladders().size(), 1U);
     EXPECT_EQ(stage.ladders()[0].rung, seconds(1));
-    EXPECT_TRUE(stage.told(Code::worker_not_starting));
+    EXPECT_EQ(stage.problems(),
+              (std::vector<Problem>{{Code::worker_not_starting,
+                                     "The worker was started and did not get ready in time.",
+                                     {},
+                                     {}}}));
     EXPECT_EQ(stage.state().state, State::idle);
     EXPECT_EQ(stage.state().restarts, 1U);
 }
@@ -178,6 +197,10 @@ TEST(BrainStarting, StartIsAnsweredAfter30SecondsAtTheLatest) {
     EXPECT_FALSE(stage.is_answered(start));
     stage.after(seconds(2));
     stage.answer_to<Problem>(start);
+    stage.after(seconds(53));
+    EXPECT_FALSE(stage.stands(Code::folder_gone)) << "the lock of a folder may be waited for";
+    stage.after(seconds(1));
+    EXPECT_TRUE(stage.stands(Code::folder_gone));
 }
 
 TEST(BrainStarting, NewsOfAWorkerThatWasGivenUpCountForNothing) {
@@ -216,7 +239,8 @@ TEST(BrainStarting, AStartThatIsOutOfTimeIsAnsweredByWhatItWaitsFor) {
         stage.disk_answers = true;
         stage.after(milliseconds(1));
         stage.after(seconds(6));
-        EXPECT_EQ(stage.answer_to<Problem>(start).code, Code::worker_not_starting);
+        EXPECT_EQ(stage.answer_to<Problem>(start),
+                  (Problem{Code::worker_not_starting, "The worker is not ready yet.", {}, {}}));
     }
 }
 

@@ -20,7 +20,7 @@ TEST(StemsTest, NamesThatDoNotCountCannotBeCompared) {
     EXPECT_FALSE(is_newer("", ""));
     EXPECT_FALSE(is_newer("DSC00002", "IMG00001"));
     EXPECT_FALSE(is_newer("DSC2", "DSC00001"));
-    EXPECT_FALSE(is_newer("99999999999999999999", "99999999999999999998"));
+    EXPECT_FALSE(is_newer("9999999999", "9999999998"));
 }
 
 Stem stem(const std::string& text, Kind kind, bool may_be_pair = true) {

@@ -38,9 +38,13 @@ TEST(BrainTime, AFileThatCameDuringAStopCountsForItsShot) {
     EXPECT_FALSE(stage.is_answered(capture)) << "first what can be read";
     stage.staged.insert("DSC00001.JPG");
     stage.hear("LOG|[SONY] landed DSC00001.JPG");
+    stage.disk_answers = false;
     stage.hear("DOWNLOADED|/shots/.incoming/run-1/DSC00001.JPG");
     stage.hear("PRIME_DONE|OK");
-    stage.after(seconds(1));
+    stage.after(milliseconds(1));
+    EXPECT_FALSE(stage.is_answered(capture)) << "then what the disk says of it";
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
     EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
 }
 
@@ -72,6 +76,21 @@ TEST(BrainTime, AStuckDiskIsAProblemAndNotASilence) {
     stage.disk_answers = true;
     stage.after(milliseconds(1));
     EXPECT_FALSE(stage.stands(Code::folder_gone));
+}
+
+TEST(BrainTime, EachAnswerOfTheDiskIsWaitedForFromTheOneBeforeOn) {
+    ReadyStage stage;
+    stage.disk_answers = false;
+    stage.file("DSC00001.JPG");
+    stage.file("DSC00002.JPG");
+    stage.after(seconds(9));
+    Examined first;
+    first.ticket = stage.asked_of_disk<Examine>().at(0).ticket;
+    stage.answer(first);
+    stage.after(milliseconds(9'999));
+    EXPECT_FALSE(stage.stands(Code::folder_gone));
+    stage.after(milliseconds(1));
+    EXPECT_TRUE(stage.stands(Code::folder_gone));
 }
 
 TEST(BrainTime, AShotWhoseFileTheDiskDoesNotTakeIsOverInTimeAndThePictureToldLater) {
@@ -112,6 +131,12 @@ TEST(BrainTime, RequestsThatAreTooManyAreRefused) {
         stage.ask(Connect{});
     }
     EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Connect{})).code, Code::busy);
+    ReadyStage other;
+    other.shoot();
+    for (std::size_t count = 0; count < limit::requests; ++count) {
+        other.ask(Configure{});
+    }
+    EXPECT_EQ(other.answer_to<Problem>(other.ask(Configure{})).code, Code::busy);
 }
 
 // A brain that is cheap can be played through a hundred thousand afternoons.
