@@ -60,6 +60,8 @@ TEST(BrainConfiguring, DuringAShotItWaitsForItsTurn) {
 TEST(BrainConfiguring, WithoutASessionItIsKeptForTheNext) {
     Stage stage;
     stage.get_idle();
+    stage.hear("LOG|[SONY] could not ask for both halves of a RAW pair (0x00008402)");
+    EXPECT_TRUE(stage.state().problems.empty());
     const RequestId request = stage.ask(type(FileType::raw));
     EXPECT_EQ(stage.answer_to<SessionState>(request).file_type,
               (Setting<FileType>{FileType::raw, {}}));
@@ -178,6 +180,7 @@ TEST(BrainConfiguring, AFolderThatTheSdkRefusesLeavesTheOldOneInForce) {
         (Problem{Code::folder_not_taken, "The camera SDK does not take the folder.", 0x8000, {}}));
     EXPECT_EQ(stage.said(), (Lines{"SET_DOWNLOAD_DIR|/shots/.incoming/run-1"}));
     EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-2");
+    EXPECT_TRUE(stage.asked_of_disk<SweepRun>().at(0).over);
     EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/new");
 }
 
@@ -254,6 +257,7 @@ TEST(BrainConfiguring, AFolderThatIsGoneIsOpenedAgainOnDemand) {
     stage.ask(folder("/shots"));
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.asked_of_disk<OpenFolder>().size(), 1U);
+    EXPECT_TRUE(stage.said("SET_DOWNLOAD_DIR|/shots/.incoming/run-2"));
     EXPECT_FALSE(stage.stands(Code::folder_gone));
 }
 
@@ -337,6 +341,29 @@ TEST(BrainConfiguring, IsAnsweredAfter60SecondsAtTheLatest) {
     EXPECT_EQ(stage.answer_to<Problem>(request).code, Code::folder_not_taken);
     EXPECT_EQ(stage.state().folder, "/shots");
     EXPECT_FALSE(stage.stands(Code::folder_not_taken)) << "it is of a folder not in force";
+}
+
+TEST(BrainConfiguring, ATypeThatCannotBeAskedInTimeSaysNothingOfAFolder) {
+    Stage stage;
+    stage.disk_answers = false;
+    stage.ask(Start{});
+    const RequestId request = stage.ask(type(FileType::raw));
+    stage.after(seconds(60));
+    EXPECT_EQ(stage.answer_to<Problem>(request).text,
+              "The disk of the folder has not answered yet.");
+    EXPECT_TRUE(stage.problems().empty());
+}
+
+TEST(BrainConfiguring, NoMoreThan8FoldersOfBeforeAreKeptOpenForOneWorker) {
+    ReadyStage stage;
+    for (int count = 1; count <= 9; ++count) {
+        EXPECT_TRUE(stage.asked_of_disk<CloseFolder>().empty()) << count;
+        stage.ask(folder("/" + std::to_string(count)));
+        stage.after(milliseconds(1));
+    }
+    ASSERT_EQ(stage.asked_of_disk<CloseFolder>().size(), 1U);
+    EXPECT_EQ(stage.asked_of_disk<CloseFolder>()[0].folder, "/shots");
+    EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-1");
 }
 
 TEST(BrainConfiguring, WhyAFolderWasNotTakenIsAnsweredAndDoesNotStandAgainstTheOneInForce) {

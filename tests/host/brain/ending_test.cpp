@@ -14,6 +14,7 @@ TEST(BrainEnding, AnIdleSessionIsEndedWith5SecondsARungAndTellsHow) {
     EXPECT_EQ(stage.states(), (States{State::ending, State::down}));
     EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-1");
     EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/shots");
+    EXPECT_EQ(stage.state().camera, std::nullopt);
     EXPECT_EQ(stage.brain.wake_at(), never);
 }
 
@@ -92,7 +93,8 @@ TEST(BrainEnding, EverythingThatWaitsIsAnswered) {
     EXPECT_EQ(stage.answers(shutdown), 1U);
     const Shot late = stage.answer_to<Shot>(stage.ask(Capture{}));
     EXPECT_EQ(late.status, ShotStatus::refused);
-    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Connect{})).code, Code::not_connected);
+    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Connect{})),
+              (Problem{Code::not_connected, "The session is being ended.", {}, {}}));
     EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Start{})).code, Code::not_connected);
     EXPECT_EQ(stage.answer_to<Problem>(stage.ask(type(FileType::raw))).code, Code::not_connected);
     EXPECT_EQ(stage.answer_to<SessionState>(stage.ask(Disconnect{})).state, State::down);
@@ -105,6 +107,15 @@ TEST(BrainEnding, AWorkerThatDiesMeanwhileIsToldAsGone) {
     stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 139});
     EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::gone, 139}));
     EXPECT_TRUE(stage.workers().empty());
+}
+
+TEST(BrainEnding, AWorkerThatIsGivenUpMeanwhileIsNotReplaced) {
+    ReadyStage stage;
+    stage.shoot();
+    const RequestId shutdown = stage.ask(Shutdown{});
+    stage.tell(WorkerFlooded{stage.run, "much"});
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::quit, 0}));
+    EXPECT_EQ(stage.states(), (States{State::ending, State::down}));
 }
 
 TEST(BrainEnding, AWorkerThatIsBeingReplacedIsWaitedFor) {

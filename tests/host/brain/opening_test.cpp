@@ -115,14 +115,14 @@ TEST(BrainOpening, SilenceIsGivenUpAfter30Seconds) {
     OpeningStage stage(seconds(29));
     EXPECT_EQ(stage.state().state, State::opening);
     stage.after(seconds(2));
-    EXPECT_TRUE(stage.stands(Code::camera_no_answer));
+    EXPECT_EQ(stage.standing(Code::camera_no_answer).text, "The camera does not answer.");
     EXPECT_TRUE(stage.said("DISCONNECT"));
 }
 
 TEST(BrainOpening, AConnectedThatCrossesTheTimeOutLeadsToASessionAllTheSame) {
     OpeningStage stage(seconds(20));
     stage.hear("ERROR|Could not open the camera (timeout) — replug the camera");
-    EXPECT_TRUE(stage.stands(Code::camera_no_answer));
+    EXPECT_EQ(stage.standing(Code::camera_no_answer).text, "The camera does not answer.");
     stage.camera_answers = true;
     stage.hear("CONNECTED|MODEL-A");
     stage.after(seconds(2));
@@ -198,7 +198,8 @@ TEST(BrainOpening, DisconnectWhileOpeningClosesAtOnce) {
     stage.after(seconds(1));
     const RequestId disconnect = stage.ask(Disconnect{});
     stage.after(milliseconds(1));
-    EXPECT_EQ(stage.answer_to<Problem>(connect).code, Code::cancelled);
+    EXPECT_EQ(stage.answer_to<Problem>(connect),
+              (Problem{Code::cancelled, "Disconnected meanwhile.", {}, {}}));
     EXPECT_EQ(stage.answer_to<SessionState>(disconnect).state, State::idle);
     stage.after(seconds(20));
     EXPECT_EQ(stage.state().state, State::idle) << "nothing is tried again";
@@ -218,13 +219,34 @@ TEST(BrainOpening, DisconnectIsAnsweredInEveryState) {
         ReadyStage stage;
         const RequestId request = stage.ask(Disconnect{});
         stage.after(milliseconds(1));
-        EXPECT_EQ(stage.answer_to<SessionState>(request).state, State::idle);
+        const auto state = stage.answer_to<SessionState>(request);
+        EXPECT_EQ(state.state, State::idle);
+        EXPECT_EQ(state.camera, std::nullopt);
+    }
+}
+
+TEST(BrainOpening, WhatIsSoAlreadyIsAnsweredAtOnce) {
+    ReadyStage stage;
+    EXPECT_EQ(stage.answer_to<SessionState>(stage.ask(Start{})).state, State::ready);
+    EXPECT_EQ(stage.answer_to<SessionState>(stage.ask(Connect{})).state, State::ready);
+}
+
+TEST(BrainOpening, WhatWasHeardBeforeTheCameraIsOpenedStoodInItsName) {
+    for (const std::string forged : {"CONNECTED|already", "ERROR|Camera not detected"}) {
+        Stage stage;
+        stage.get_idle();
+        stage.worker_answers = false;
+        stage.ask(Connect{});
+        stage.hear(forged);
+        stage.hear("STATUS|Opening camera session");
+        stage.hear("PRIME_DONE|OK");
+        EXPECT_EQ(stage.state().state, State::opening) << forged;
     }
 }
 
 TEST(BrainOpening, DisconnectWaitsForTheShotButNotForLong) {
     ReadyStage stage;
-    const RequestId capture = stage.shoot();
+    const RequestId capture = stage.ask(Capture{});
     const RequestId disconnect = stage.ask(Disconnect{});
     stage.after(milliseconds(9'950));
     EXPECT_FALSE(stage.said("DISCONNECT"));

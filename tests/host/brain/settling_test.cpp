@@ -54,6 +54,8 @@ TEST(BrainSettling, ATypeThatIsRefusedIsAskedFiveTimesThenAProblemWithTheCode) {
                        {}}));
     EXPECT_EQ(stage.state().file_type, (Setting<FileType>{FileType::raw, FileType::jpeg}));
     EXPECT_EQ(stage.times_said("SET_FILE_TYPE|raw"), 5U);
+    stage.hear("FILE_TYPE|raw");
+    EXPECT_FALSE(stage.stands(Code::file_type_not_taken)) << "somebody has set it there";
 }
 
 TEST(BrainSettling, ATypeOfWhichNothingIsHeardIsNotKnownAndAskedNextTime) {
@@ -121,7 +123,16 @@ TEST(BrainSettling, APairOfWhichTheCameraSendsOneHalfIsAProblemUntilItTakesTheRe
     stage.hear(
         "LOG|[SONY] could not ask for both halves of a RAW pair (0x00008402) — the camera "
         "sends its own choice");
-    EXPECT_EQ(stage.standing(Code::file_type_not_taken).sdk, 0x8402U);
+    EXPECT_EQ(stage.standing(Code::file_type_not_taken),
+              (Problem{Code::file_type_not_taken,
+                       "The camera does not take the request for both halves of a pair: it sends "
+                       "one of them.",
+                       0x8402,
+                       {}}));
+    stage.hear("DISCONNECTED|");
+    stage.hear("CONNECTED|MODEL-A");
+    stage.after(milliseconds(1));
+    EXPECT_TRUE(stage.stands(Code::file_type_not_taken)) << "nothing was asked again";
     const RequestId shot = stage.shoot();
     stage.after(milliseconds(100));
     stage.file("DSC00001.JPG");
@@ -150,6 +161,8 @@ TEST(BrainSettling, ACardThatComesOutInMidShootIsToldAndClearedWhenOneGoesIn) {
     stage.hear("SAVE_DEST|both");
     EXPECT_FALSE(stage.stands(Code::card_missing));
     EXPECT_EQ(stage.state().save_destination.in_force, SaveDestination::both);
+    stage.hear("SAVE_DEST|card");
+    EXPECT_TRUE(stage.state().problems.empty());
 }
 
 TEST(BrainSettling, ADialThatAPersonTurnsIsShownAndNotTurnedBack) {

@@ -41,7 +41,8 @@ TEST(BrainShots, TheFolderIsLookedAtBeforeEachShot) {
     stage.folder_there = false;
     const RequestId capture = stage.ask(Capture{});
     EXPECT_EQ(stage.outcome(capture), (Outcome{ShotStatus::refused, Code::folder_gone}));
-    EXPECT_TRUE(stage.stands(Code::folder_gone));
+    stage.file("DSC00001.JPG");
+    EXPECT_TRUE(stage.stands(Code::folder_gone)) << "until it is looked at again";
     EXPECT_EQ(stage.times_said("CAPTURE"), 0U);
     stage.folder_there = true;
     stage.ask(Capture{});
@@ -57,9 +58,9 @@ TEST(BrainShots, AFolderThatIsAnotherOneNowIsGone) {
         const RequestId capture = stage.ask(Capture{});
         const Ticket look = stage.asked_of_disk<LookAtFolder>().at(0).ticket;
         stage.answer(FolderLooked{look, true, same, !same, stage.room});
-        EXPECT_EQ(
-            stage.outcome(capture),
-            (Outcome{ShotStatus::refused, same ? Code::folder_not_permitted : Code::folder_gone}));
+        EXPECT_EQ(stage.answer_to<Shot>(capture).problems.at(0).text,
+                  same ? "The folder cannot be written to."
+                       : "The folder was moved, deleted or ejected.");
     }
 }
 
@@ -89,11 +90,24 @@ TEST(BrainShots, AHalfThatDoesNotComeIsMissedAfterThePatience) {
     ReadyStage stage(Dial{"both"});
     const RequestId capture = stage.shoot();
     stage.file("DSC00001.ARW");
-    stage.after(milliseconds(19'900));
-    EXPECT_FALSE(stage.is_answered(capture));
+    stage.after(milliseconds(19'970));
+    EXPECT_FALSE(stage.is_answered(capture)) << "it begins anew with a file";
     stage.after(milliseconds(200));
     EXPECT_EQ(stage.outcome(capture), (Outcome{ShotStatus::incomplete, Code::half_missing}));
     EXPECT_TRUE(stage.told(Code::half_missing));
+}
+
+TEST(BrainShots, PatienceBeginsAnewWithAHalfThatIsNotPlacedToo) {
+    ReadyStage stage(Dial{"both"});
+    const RequestId capture = stage.shoot();
+    stage.file("DSC00001.ARW");
+    stage.after(seconds(10));
+    stage.takes_files = false;
+    stage.file("DSC00001.JPG");
+    stage.after(milliseconds(19'970));
+    EXPECT_FALSE(stage.is_answered(capture));
+    stage.after(milliseconds(20));
+    EXPECT_EQ(stage.outcome(capture), (Outcome{ShotStatus::incomplete, Code::picture_not_placed}));
 }
 
 TEST(BrainShots, AHalfThatComesLaterIsToldWithItsShotsNumber) {
@@ -204,7 +218,7 @@ TEST(BrainShots, AShotWithoutAFileAfterAWarningCarriesItsCode) {
     for (const std::string line : {"LOG|[SONY] warning 0x00025103",
                                    "LOG|[SONY] the camera is showing a caution on its own screen "
                                    "(0x00025103)",
-                                   "LOG|[SONY] error 0x00025103"}) {
+                                   "LOG|[SONY] error 0x00025103 (0x00000001)"}) {
         ReadyStage stage;
         const RequestId capture = stage.shoot();
         stage.hear(line);
@@ -229,6 +243,10 @@ TEST(BrainShots, ADamagedFileIsShownAndTheShotIncomplete) {
                                      {},
                                      1}}));
     EXPECT_EQ(stage.problems(), shot.problems);
+    stage.damaged.insert("DSC00002.JPG");
+    stage.file("DSC00002.JPG");
+    EXPECT_EQ(stage.problems().back().text,
+              "A picture is damaged: /shots/DSC00002.JPG (cut short)");
 }
 
 TEST(BrainShots, AMissingFileIsNamedInTheShot) {
@@ -430,6 +448,7 @@ TEST(BrainShots, ACaptureThatTheWorkerPassesOverIsOver) {
     ReadyStage stage;
     stage.worker_answers = false;
     const RequestId capture = stage.ask(Capture{});
+    stage.hear("REMOTE_CAPTURED|");
     stage.hear("PRIME_DONE|OK");
     EXPECT_EQ(stage.answer_to<Shot>(capture).problems.at(0).text,
               "The worker did not fire the shot.");
@@ -478,8 +497,9 @@ TEST(BrainShots, LittleRoomIsAProblemUntilThereIsMore) {
     Stage stage;
     stage.room = (std::uint64_t{2} << 30) - 1;
     stage.get_ready();
-    EXPECT_TRUE(stage.stands(Code::disk_nearly_full));
-    stage.room = std::uint64_t{3} << 30;
+    EXPECT_EQ(stage.standing(Code::disk_nearly_full).text,
+              "The folder's disk has room for 2047 MiB only.");
+    stage.room = std::uint64_t{2} << 30;
     stage.shoot();
     EXPECT_FALSE(stage.stands(Code::disk_nearly_full));
 }
@@ -493,12 +513,19 @@ TEST(BrainShots, RoomForLessThan50OfTheLastFilesIsAProblem) {
     stage.after(milliseconds(1));
     stage.disk_answers = true;
     stage.after(milliseconds(1));
+    stage.file_size = std::uint64_t{61} << 20;
     stage.file("DSC00001.JPG");
     EXPECT_FALSE(stage.stands(Code::disk_nearly_full));
     stage.file_size = std::uint64_t{70} << 20;
     stage.file("DSC00002.JPG");
-    stage.file("DSC00003.JPG");
-    EXPECT_TRUE(stage.stands(Code::disk_nearly_full));
+    EXPECT_FALSE(stage.stands(Code::disk_nearly_full));
+    stage.file_size = 1000;
+    for (int small = 3; small < 11; ++small) {
+        stage.file("DSC0000" + std::to_string(small) + ".JPG");
+        EXPECT_TRUE(stage.stands(Code::disk_nearly_full)) << small;
+    }
+    stage.file("DSC00011.JPG");
+    EXPECT_FALSE(stage.stands(Code::disk_nearly_full)) << "of the last 8";
 }
 
 TEST(BrainShots, AShotThatExpiredWhileThisProcessStoodStillIsNotFiredBehindTheStop) {
@@ -597,6 +624,8 @@ TEST(BrainShots, TheNameOfAFileIsShownUpTo255BytesAndNotCutInACharacter) {
     stage.after(milliseconds(20));
     EXPECT_EQ(stage.problems().back().code, Code::picture_outside);
     EXPECT_EQ(text(), shown);
+    stage.hear("DOWNLOADED|" + std::string(4096, 'x'));
+    EXPECT_EQ(stage.problems().back().code, Code::picture_outside);
     stage.hear("DOWNLOADED|" + std::string(4097, 'x'));
     EXPECT_EQ(stage.problems().back().text,
               "A picture was reported under a path that no file can have.");

@@ -19,6 +19,7 @@ TEST(BrainStarting, TheFolderIsOpenedAndTheWorkerStartedInARunOfItsOwn) {
               (Lines{"SET_DOWNLOAD_DIR|/shots/.incoming/run-1", "SET_SAVE_DEST|disk", "PRIME"}));
     EXPECT_EQ(stage.states(), (States{State::starting, State::idle}));
     EXPECT_EQ(stage.answer_to<SessionState>(start).folder, "/shots");
+    stage.hear("CPP_WORKER|AGAIN");
     EXPECT_EQ(stage.brain.banner(), "START sony-1.0");
 }
 
@@ -102,6 +103,8 @@ TEST(BrainStarting, AFolderInUseIsAnErrorOfStartAndTriedAgain) {
     stage.forget();
     stage.after(minutes(1));
     EXPECT_EQ(stage.asked_of_disk<OpenFolder>().size(), 1U);
+    stage.answer(stage.opened("/shots"));
+    EXPECT_FALSE(stage.stands(Code::folder_in_use));
 }
 
 TEST(BrainStarting, AFolderThatTakesNoRunIsTriedAgainAfterAMinute) {
@@ -159,7 +162,10 @@ TEST(BrainStarting, AnSdkThatDoesNotStartIsSaidSo) {
     stage.ask(Start{});
     stage.hear("ERROR|Sony Camera Remote SDK failed to initialise");
     stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
-    EXPECT_TRUE(stage.told(Code::sdk_not_initialised));
+    EXPECT_EQ(stage.problems().at(0).text, "The camera SDK could not be started.");
+    EXPECT_FALSE(stage.told(Code::worker_not_starting));
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
+    EXPECT_TRUE(stage.told(Code::worker_not_starting)) << "the next one gave no reason";
 }
 
 TEST(BrainStarting, WhatSaysReadyWithoutSayingWhoItIsIsNoWorker) {

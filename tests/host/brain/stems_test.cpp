@@ -13,6 +13,7 @@ TEST(StemsTest, TheNextNumberIsNewerAlsoAcrossTheWrap) {
     EXPECT_FALSE(is_newer("DSC00001", "DSC00001"));
     EXPECT_TRUE(is_newer("DSC00001", "DSC09999"));
     EXPECT_FALSE(is_newer("DSC09999", "DSC00001"));
+    EXPECT_FALSE(is_newer("DSC05001", "DSC00001")) << "as far ahead as behind";
 }
 
 TEST(StemsTest, NamesThatDoNotCountCannotBeCompared) {

@@ -10,6 +10,7 @@ using Lines = std::vector<std::string>;
 
 TEST(BrainTime, AfterAStopOfMoreThan2SecondsTheFirstThingIsAFence) {
     ReadyStage stage;
+    EXPECT_EQ(stage.brain.wake_at() - stage.now, seconds(1)) << "no stop of its own making";
     stage.stand_still(milliseconds(2001));
     EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
     EXPECT_EQ(stage.state().state, State::ready);
@@ -50,6 +51,8 @@ TEST(BrainTime, AFileThatCameDuringAStopCountsForItsShot) {
 
 TEST(BrainTime, SleepIsNoticedByTheTimeOfDay) {
     ReadyStage stage;
+    stage.tell(TimeOfDayIs{std::chrono::milliseconds(1'700'000'002'000)});
+    EXPECT_TRUE(stage.said().empty()) << "it goes on as this clock does";
     stage.tell(TimeOfDayIs{std::chrono::milliseconds(1'700'000'000'000) + std::chrono::hours(8)});
     EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
 }
@@ -71,8 +74,10 @@ TEST(BrainTime, AStuckDiskIsAProblemAndNotASilence) {
     const RequestId capture = stage.ask(Capture{});
     stage.after(milliseconds(5901));
     EXPECT_EQ(stage.outcome(capture), (Outcome{ShotStatus::refused, Code::expired}));
+    EXPECT_EQ(stage.problems().at(0).text, "The folder's disk did not answer in time.");
+    stage.file("DSC00001.JPG");
     stage.after(seconds(5));
-    EXPECT_TRUE(stage.stands(Code::folder_gone));
+    EXPECT_TRUE(stage.stands(Code::folder_gone)) << "10 s from the first thing that was asked";
     stage.disk_answers = true;
     stage.after(milliseconds(1));
     EXPECT_FALSE(stage.stands(Code::folder_gone));
@@ -91,6 +96,9 @@ TEST(BrainTime, EachAnswerOfTheDiskIsWaitedForFromTheOneBeforeOn) {
     EXPECT_FALSE(stage.stands(Code::folder_gone));
     stage.after(milliseconds(1));
     EXPECT_TRUE(stage.stands(Code::folder_gone));
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_FALSE(stage.stands(Code::folder_gone));
 }
 
 TEST(BrainTime, AShotWhoseFileTheDiskDoesNotTakeIsOverInTimeAndThePictureToldLater) {
@@ -122,6 +130,8 @@ TEST(BrainTime, ReportsThatAreTooManyAreLeftToASweep) {
     EXPECT_EQ(stage.pictures().size(), limit::reports);
     ASSERT_EQ(stage.asked_of_disk<SweepRun>().size(), 1U);
     EXPECT_FALSE(stage.asked_of_disk<SweepRun>()[0].over);
+    stage.file("LATER.JPG");
+    EXPECT_EQ(stage.asked_of_disk<SweepRun>().size(), 1U);
 }
 
 TEST(BrainTime, RequestsThatAreTooManyAreRefused) {
@@ -131,12 +141,16 @@ TEST(BrainTime, RequestsThatAreTooManyAreRefused) {
         stage.ask(Connect{});
     }
     EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Connect{})).code, Code::busy);
-    ReadyStage other;
-    other.shoot();
-    for (std::size_t count = 0; count < limit::requests; ++count) {
-        other.ask(Configure{});
+    for (const Request& request :
+         {Request(Configure{}), Request(Disconnect{}), Request(Shutdown{})}) {
+        ReadyStage other;
+        other.shoot();
+        for (std::size_t count = 0; count < limit::requests; ++count) {
+            other.ask(request);
+        }
+        EXPECT_EQ(other.answer_to<Problem>(other.ask(request)).text,
+                  "Too many requests are waiting.");
     }
-    EXPECT_EQ(other.answer_to<Problem>(other.ask(Configure{})).code, Code::busy);
 }
 
 // A brain that is cheap can be played through a hundred thousand afternoons.
