@@ -225,6 +225,11 @@ TEST(BrainConfiguring, APathThatDoesNotFitInALineIsNotTaken) {
     EXPECT_EQ(stage.answer_to<SessionState>(request).problems.at(0).code, Code::folder_not_taken);
     EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
     EXPECT_TRUE(stage.asked_of_disk<OpenRun>().empty());
+    for (const std::size_t length : {3966U, 3967U}) {
+        stage.ask(folder("/" + std::string(length - 1, 'a')));
+        stage.after(milliseconds(1));
+        EXPECT_EQ(stage.state().folder.size(), 3966U);
+    }
 }
 
 TEST(BrainConfiguring, NorIsItWithoutAWorkerOrAtTheStart) {

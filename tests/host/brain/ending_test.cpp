@@ -139,6 +139,21 @@ TEST(BrainEnding, AWorkerThatIsBeingStartedIsEnded) {
     EXPECT_EQ(stage.answer_to<Ended>(shutdown).worker, WorkerEnd::quit);
 }
 
+TEST(BrainEnding, AWorkerThatCannotBeStartedIsNoProblemAnyMore) {
+    Stage stage;
+    stage.disk_answers = false;
+    stage.worker_ends = false;
+    stage.ask(Start{});
+    const FolderOpened opened = stage.opened("/shots");
+    stage.brain.tell(opened, stage.now);
+    stage.brain.tell(RunOpened{2, "r", "/shots/.incoming/r", 7}, stage.now);
+    stage.brain.take();  // nobody starts it
+    stage.ask(Shutdown{});
+    stage.tell(WorkerNotStarted{"r", "No such file."});
+    EXPECT_EQ(stage.state().state, State::ending) << "its folder is being swept";
+    EXPECT_TRUE(stage.problems().empty());
+}
+
 TEST(BrainEnding, AFolderThatIsOpenedTooLateIsClosedAgain) {
     Stage stage;
     stage.disk_answers = false;
@@ -160,6 +175,17 @@ TEST(BrainEnding, AWorkerThatNothingEndsIsNamedAndNotWaitedForForEver) {
     stage.after(seconds(2));
     EXPECT_EQ(stage.answer_to<Ended>(shutdown).worker, WorkerEnd::sigkill);
     EXPECT_TRUE(stage.told(Code::worker_hangs));
+}
+
+TEST(BrainEnding, OneThatNothingEndsAndThatIsOnTheLadderAlreadyIsWaitedForLessLong) {
+    ReadyStage stage;
+    stage.worker_ends = false;
+    stage.tell(WorkerFlooded{stage.run, "much"});
+    const RequestId shutdown = stage.ask(Shutdown{});
+    stage.after(milliseconds(4'999));
+    EXPECT_FALSE(stage.is_answered(shutdown));
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown).worker, WorkerEnd::sigkill);
 }
 
 TEST(BrainEnding, AStuckDiskDoesNotKeepTheEndFromBeingTold) {

@@ -211,6 +211,7 @@ TEST_F(HeldLinesTest, NoMoreThanAMebibyteIsHeld) {
     }
     EXPECT_GT(let_go, 80U);
     hear("LOG|[SONY] landed a");
+    hear("SAVE_DEST|disk");
     EXPECT_EQ(believed(), Lines{}) << "what was let go does not count";
     for (int worker = 0; worker < 2; ++worker) {
         held.forget();

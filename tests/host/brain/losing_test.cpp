@@ -123,6 +123,16 @@ TEST(BrainLosing, AConnectedThatComesAfterTheProbeFoundASessionSettlesItAgain) {
     EXPECT_EQ(stage.states(), (States{State::settling, State::ready})) << "once";
 }
 
+TEST(BrainLosing, AConnectedThatComesAfterTheProbeIsNotBelievedEither) {
+    ReadyStage stage;
+    stage.hear("DISCONNECTED|");
+    stage.after(milliseconds(1));
+    stage.session = false;
+    stage.hear("CONNECTED|MODEL-A");
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.states(), (States{State::settling, State::lost}));
+}
+
 TEST(BrainLosing, NoShotIsFiredWhileALossIsProbed) {
     ReadyStage stage;
     stage.worker_answers = false;

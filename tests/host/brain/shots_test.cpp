@@ -214,6 +214,17 @@ TEST(BrainShots, APatienceOfItsOwnCounts) {
     EXPECT_EQ(stage.answer_to<Shot>(request).status, ShotStatus::none);
 }
 
+TEST(BrainShots, APatienceForEverEndsAfterAnHour) {
+    ReadyStage stage;
+    Capture capture;
+    capture.patience = Time::max();
+    const RequestId request = stage.ask(capture);
+    stage.after(minutes(60));
+    EXPECT_FALSE(stage.is_answered(request));
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.outcome(request), (Outcome{ShotStatus::none, Code::no_picture}));
+}
+
 TEST(BrainShots, AShotWithoutAFileAfterAWarningCarriesItsCode) {
     for (const std::string line : {"LOG|[SONY] warning 0x00025103",
                                    "LOG|[SONY] the camera is showing a caution on its own screen "
@@ -245,8 +256,11 @@ TEST(BrainShots, ADamagedFileIsShownAndTheShotIncomplete) {
     EXPECT_EQ(stage.problems(), shot.problems);
     stage.damaged.insert("DSC00002.JPG");
     stage.file("DSC00002.JPG");
-    EXPECT_EQ(stage.problems().back().text,
-              "A picture is damaged: /shots/DSC00002.JPG (cut short)");
+    EXPECT_EQ(stage.problems().back(),
+              (Problem{Code::picture_damaged,
+                       "A picture is damaged: /shots/DSC00002.JPG (cut short)",
+                       {},
+                       {}}));
 }
 
 TEST(BrainShots, AMissingFileIsNamedInTheShot) {

@@ -19,7 +19,6 @@ TEST(BrainStarting, TheFolderIsOpenedAndTheWorkerStartedInARunOfItsOwn) {
               (Lines{"SET_DOWNLOAD_DIR|/shots/.incoming/run-1", "SET_SAVE_DEST|disk", "PRIME"}));
     EXPECT_EQ(stage.states(), (States{State::starting, State::idle}));
     EXPECT_EQ(stage.answer_to<SessionState>(start).folder, "/shots");
-    stage.hear("CPP_WORKER|AGAIN");
     EXPECT_EQ(stage.brain.banner(), "START sony-1.0");
 }
 
@@ -127,6 +126,8 @@ TEST(BrainStarting, AFolderThatIsWaitedForIsShownAndIsNoProblemYet) {
     const RequestId connect = stage.ask(Connect{});
     const Ticket ticket = stage.asked_of_disk<OpenFolder>().at(0).ticket;
     stage.tell(FolderWaitedFor{ticket + 1, {Code::folder_in_use, "another folder", {}, {}}});
+    stage.answer(FolderNotOpened{ticket + 1, {Code::folder_in_use, "another folder", {}, {}}});
+    EXPECT_EQ(stage.state().state, State::starting);
     EXPECT_FALSE(stage.state().waited_for);
     stage.tell(FolderWaitedFor{ticket, {Code::folder_in_use, "in use", {}, {}}});
     EXPECT_EQ(stage.state().waited_for.value().code, Code::folder_in_use);
@@ -180,8 +181,11 @@ TEST(BrainStarting, WhatSaysReadyWithoutSayingWhoItIsIsNoWorker) {
     stage.brain.hear("READY|OK", stage.now);
     EXPECT_EQ(stage.state().state, State::starting);
     stage.brain.hear("CPP_WORKER|START sony-1.0", stage.now);
+    stage.brain.hear("CPP_WORKER|AGAIN", stage.now);
     stage.brain.hear("READY|OK", stage.now);
+    stage.brain.hear("CPP_WORKER|AGAIN", stage.now);
     EXPECT_EQ(stage.state().state, State::idle);
+    EXPECT_EQ(stage.brain.banner(), "START sony-1.0");
 }
 
 TEST(BrainStarting, WhatDoesNotEchoItsFolderIsNoWorker) {

@@ -4,15 +4,11 @@
 
 #include <limits>
 
-#include "host/values/utf8.h"
 #include "tests/host/pictures/long_ledger.h"
 
 namespace {
 
 using namespace host::pictures;
-using host::escape_bytes;
-using host::is_utf8;
-using host::unescape_bytes;
 
 Placing some_placing() {
     Placing placing;
@@ -108,20 +104,6 @@ TEST_F(LedgerFile, APathThatLeadsOutOfTheFolderIsGarbage) {
         placing.run = name;
         EXPECT_EQ(read_entry(write_entry(placing)), std::nullopt) << name;
     }
-}
-
-TEST(LedgerText, AnyBytesBecomeUtf8AndComeBack) {
-    for (const std::string& bytes :
-         {std::string("plain"), std::string("100%"), std::string("%41"), std::string("\xFF\xFE"),
-          std::string("Zo\xC3\xAB"), std::string("\xC3"), std::string("\xC0\xAF"),
-          std::string("\xED\xA0\x80"), std::string("\xF4\x90\x80\x80"),
-          std::string("\xF0\x9F\x93\xB7"), std::string("\0\n\"", 3)}) {
-        EXPECT_TRUE(is_utf8(escape_bytes(bytes)));
-        EXPECT_EQ(unescape_bytes(escape_bytes(bytes)), bytes);
-    }
-    EXPECT_EQ(escape_bytes("Zo\xC3\xAB \xFF%"), "Zo\xC3\xAB %FF%25");
-    EXPECT_FALSE(is_utf8("\xED\xA0\x80"));
-    EXPECT_FALSE(is_utf8("\xC0\xAF"));
 }
 
 }  // namespace
