@@ -22,6 +22,8 @@ TEST(BrainEnding, FilesOnTheirWayAreWaitedFor) {
     ReadyStage stage;
     const RequestId capture = stage.shoot();
     const RequestId shutdown = stage.ask(Shutdown{});
+    EXPECT_EQ(stage.outcome(stage.ask(Capture{})),
+              (Outcome{ShotStatus::refused, Code::not_connected}));
     stage.after(seconds(9));
     EXPECT_TRUE(stage.ladders().empty());
     stage.file("DSC00001.JPG");
