@@ -299,6 +299,7 @@ TEST(BrainShots, EightCapturesMayWaitAndTheNinthIsRefusedAsBusy) {
         ReadyStage stage;
         stage.disk_answers = fired;
         std::vector<RequestId> requests;
+        requests.reserve(9);
         for (int count = 0; count < (fired ? 9 : 8); ++count) {
             requests.push_back(stage.ask(Capture{}));
         }

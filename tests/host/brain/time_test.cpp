@@ -86,12 +86,9 @@ TEST(BrainTime, AStuckDiskIsAProblemAndNotASilence) {
 TEST(BrainTime, EachAnswerOfTheDiskIsWaitedForFromTheOneBeforeOn) {
     ReadyStage stage;
     stage.disk_answers = false;
-    stage.file("DSC00001.JPG");
-    stage.file("DSC00002.JPG");
-    stage.after(seconds(9));
-    Examined first;
-    first.ticket = stage.asked_of_disk<Examine>().at(0).ticket;
-    stage.answer(first);
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});  // swept, and the next one's run made
+    stage.after(seconds(59));
+    stage.answer(RunSwept{stage.asked_of_disk<SweepRun>().at(0).ticket, {}, {}});
     stage.after(milliseconds(9'999));
     EXPECT_FALSE(stage.stands(Code::folder_gone));
     stage.after(milliseconds(1));
