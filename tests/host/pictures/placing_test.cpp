@@ -74,13 +74,19 @@ TEST_F(Placing, AStemIsTakenByAFileOfAnyKindAndCase) {
     fs::create_directory(folder_.path() / "Dsc00001-3.folder");
     EXPECT_EQ(name_of(desk_->bring(run_, "DSC00001.JPG", sample_jpeg("one"))), "DSC00001-4.JPG");
     EXPECT_EQ(name_of(desk_->bring(run_, "DSC00001.JPG", sample_jpeg("two"))), "DSC00001-5.JPG");
+    write_file(folder_.path() / "az\xC3\xA9_.xmp", "");
+    EXPECT_EQ(named("AZ\xC3\x89_.JPG", ""), "AZ\xC3\x89_-2.JPG");
 }
 
 TEST_F(Placing, AnotherStemIsNotTakenByALongerOne) {
     write_file(folder_.path() / "DSC000011.JPG", "");
     write_file(folder_.path() / "DSC00001-x.JPG", "");
     write_file(folder_.path() / "DSC00001.JPG.xmp", "");
+    for (const char* number : {"-0", "-1", "-02", "-", "--2", "_2", "-2x"}) {
+        write_file(folder_.path() / ("DSC00001" + std::string(number)), "");
+    }
     EXPECT_EQ(name_of(desk_->bring(run_, "DSC00001.JPG", sample_jpeg("one"))), "DSC00001.JPG");
+    EXPECT_EQ(name_of(desk_->bring(run_, "DSC00001.JPG", sample_jpeg("two"))), "DSC00001-2.JPG");
 }
 
 TEST_F(Placing, TheHalvesOfAPairShareAStem) {
@@ -153,10 +159,15 @@ TEST_F(Placing, ATemplateThatNobodyHasLookedAtLosesNoPicture) {
 TEST_F(Placing, ANameThatIsTooLongIsShortened) {
     const std::string longest = std::string(251, 'x') + ".JPG";
     const std::string name = name_of(desk_->bring(run_, longest, sample_jpeg("long")));
-    EXPECT_LE(name.size(), 255U);
-    EXPECT_EQ(name.substr(name.size() - 4), ".JPG");
+    // Room is kept for a number of ten digits.
+    EXPECT_EQ(name, std::string(240, 'x') + ".JPG");
     EXPECT_EQ(read_file(folder_.path() / name), sample_jpeg("long"));
-    EXPECT_NE(name_of(desk_->bring(run_, longest, sample_jpeg("again"))), name);
+    EXPECT_EQ(name_of(desk_->bring(run_, longest, sample_jpeg("again"))),
+              std::string(240, 'x') + "-2.JPG");
+    EXPECT_EQ(named(std::string(239, 'x') + "\xC3\xA9\xC3\xA9\xC3\xA9.JPG", ""),
+              std::string(239, 'x') + ".JPG")
+        << "not in the middle of a letter";
+    EXPECT_EQ(named(std::string(240, 'y') + ".JPG", ""), std::string(240, 'y') + ".JPG");
 }
 
 TEST_F(Placing, ANameThatIsNotUtf8IsKeptByteForByte) {
