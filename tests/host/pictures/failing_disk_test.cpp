@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <set>
 
 #include "tests/host/pictures/afternoon.h"
 #include "tests/host/pictures/disk_calls.h"
@@ -151,6 +152,72 @@ class DiskThatKnowsMoreNames : public OpenDesk {
         };
     }
 };
+
+using DiskThatFailsOnce = DiskThatKnowsMoreNames;
+
+TEST_F(DiskThatFailsOnce, SaysWhatItKeepsAndWhere) {
+    const fs::path staging = run_.staging;
+    write_file(staging / "A.JPG", sample_jpeg("A"));
+    desk_ = nullptr;
+    std::set<std::string> said;
+    int step = 0;
+    for (bool failed = true; failed; ++step) {
+        failed = false;
+        disk_calls::before = [&, left = step](std::string_view call) mutable {
+            const bool now = (call == "openat" || call == "renameat2") && left-- == 0;
+            failed = failed || now;
+            return now ? EIO : 0;
+        };
+        Desk desk(folder_.path());
+        const auto answer = desk.store().work(host::OpenFolder{1, folder_.path().string()});
+        disk_calls::before = {};
+        if (const auto* const opened = std::get_if<host::FolderOpened>(&*answer)) {
+            for (const host::Problem& problem : opened->problems) {
+                said.insert(problem.text);
+            }
+        } else {
+            said.insert(std::get<host::FolderNotOpened>(*answer).problem.text);
+        }
+        // For the next one.
+        for (const auto& [name, content] : files_in(folder_.path())) {
+            fs::create_directory(staging);
+            fs::rename(folder_.path() / name, staging / "A.JPG");
+            fs::remove(folder_.path() / ".incoming/ledger");
+        }
+    }
+    const std::string folder = folder_.path().string();
+    const std::string error = "Input/output error";
+    EXPECT_EQ(said,
+              (std::set<std::string>{"A picture is damaged: " + folder + "/A.JPG",
+                                     "The folder " + folder + " is not taken: " + error + ".",
+                                     "What a worker of before has brought cannot be looked at: " +
+                                         error + ". It stays in " + staging.string(),
+                                     "What has been staged cannot be looked at: " + error +
+                                         ". It is now in " + staging.string(),
+                                     "A picture could not be brought to its place: " + error +
+                                         ". It is now " + (staging / "A.JPG").string()}));
+}
+
+TEST_F(DiskThatFailsOnce, GetsNoRunWithoutALock) {
+    disk_calls::before = [](std::string_view call) {
+        return call == "openat" ? EIO : 0;
+    };
+    const std::string folder = folder_.path().string();
+    EXPECT_EQ(desk_->ask<host::RunNotOpened>(host::OpenRun{9, folder, ""}).problem.text,
+              "No place for pictures can be made in " + folder + ": Input/output error.");
+}
+
+TEST_F(DiskThatFailsOnce, GetsNoPictureIntoAFolderThatMayBeLost) {
+    write_file(run_.staging / "A.JPG", sample_jpeg("A"));
+    const auto examined = desk_->examine(run_, "A.JPG");
+    bool made = false;
+    disk_calls::before = [&](std::string_view call) {
+        made = made || call == "mkdirat";
+        return made && call == "fsync" ? EIO : 0;
+    };
+    desk_->ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "a/{camera}", "p", {}});
+    EXPECT_TRUE(fs::exists(run_.staging / "A.JPG"));
+}
 
 TEST_F(DiskThatKnowsMoreNames, GetsTheNextOneEachTime) {
     refuse(3);

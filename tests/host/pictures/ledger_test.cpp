@@ -63,6 +63,16 @@ TEST_F(LedgerFile, EveryKindOfLineIsReadAsItWasWritten) {
         EXPECT_EQ(ledger_.append(entry), 0);
     }
     EXPECT_EQ(entries(), all);
+    EXPECT_EQ(read_file(path()).front(), '{');
+    EXPECT_EQ(write_entry(plain).find("written"), std::string::npos);
+}
+
+TEST_F(LedgerFile, AFieldThatIsMissingIsEmpty) {
+    Placing least;
+    least.picture.id = "0123456789abcdef";
+    least.picture.path = least.run = least.from = "x";
+    EXPECT_EQ(read_entry(R"({"placing":"0123456789abcdef","to":"x","run":"x","from":"x"})"),
+              LedgerEntry(least));
 }
 
 TEST_F(LedgerFile, GarbageIsSkipped) {

@@ -209,6 +209,20 @@ TEST_F(LeftRuns, AWorkerWhoseFirstFolderHasGoneIsLeftAloneWhileItLives) {
     EXPECT_EQ(next.open().pictures.size(), 1U);
 }
 
+TEST_F(LeftRuns, ALockThatIsMissingOrLeadsNowhereIsNobodys) {
+    for (const char* note : {"", "\n/nowhere/run.lock\n"}) {
+        run_ = desk_->open_run();
+        write_file(run_.staging / "DSC00001.JPG", sample_jpeg(note));
+        desk_ = nullptr;
+        fs::remove(lock());
+        if (*note != '\0') {
+            write_file(lock(), note);
+        }
+        EXPECT_EQ(restart().pictures.size(), 1U + (*note != '\0')) << "one is not told yet";
+        EXPECT_FALSE(fs::exists(run_.staging));
+    }
+}
+
 TEST_F(LeftRuns, ALockThatIsALinkIsNotFollowed) {
     TemporaryFolder elsewhere;
     write_file(elsewhere.path() / "mine", "mine");

@@ -63,7 +63,8 @@ TEST_F(Opening, APathThatIsNotUtf8IsNotTakenAndNotMade) {
     Desk desk(folder_.path());
     const auto refused = desk.fail_to_open((folder_.path() / "\xFF").string());
     EXPECT_EQ(refused.problem.code, Code::folder_not_taken);
-    EXPECT_TRUE(refused.problem.text.ends_with("UTF-8.")) << refused.problem.text;
+    EXPECT_EQ(refused.problem.text, "The folder " + folder_.path().string() +
+                                        "/%FF is not taken: its path is not UTF-8.");
     EXPECT_FALSE(fs::exists(folder_.path() / "\xFF"));
 }
 
@@ -96,7 +97,8 @@ TEST_F(Opening, AFolderThatForbidsItIsNotPermitted) {
     Desk desk(closed);
     const auto refused = desk.fail_to_open(closed.string());
     EXPECT_EQ(refused.problem.code, Code::folder_not_permitted);
-    EXPECT_TRUE(refused.problem.text.ends_with("Permission denied.")) << refused.problem.text;
+    EXPECT_EQ(refused.problem.text,
+              "The folder " + closed.string() + " cannot be written to: Permission denied.");
     EXPECT_EQ(desk.fail_to_open((closed / "new").string()).problem.code,
               Code::folder_not_permitted);
     ASSERT_EQ(::seteuid(before), 0);
@@ -141,8 +143,9 @@ TEST_F(Opening, AFolderIsOneProgramsOnly) {
     Desk second(folder_.path());
     const auto refused = second.fail_to_open(folder_.path().string());
     EXPECT_EQ(refused.problem.code, Code::folder_in_use);
-    EXPECT_NE(refused.problem.text.find("process " + std::to_string(::getpid())),
-              std::string::npos);
+    EXPECT_EQ(refused.problem.text, "The folder " + folder_.path().string() +
+                                        " is used by another program, process " +
+                                        std::to_string(::getpid()) + ".");
     first.store().work(host::CloseFolder{folder_.path().string()});
     EXPECT_EQ(second.open().folder, folder_.path().string());
 }
@@ -152,10 +155,15 @@ TEST_F(Opening, AnotherProgramIsWaitedFor) {
     first->open();
     host::pictures::Options options = impatient();
     options.folder_in_use = std::chrono::minutes(1);
+    std::vector<host::Problem> told;
+    options.folder_waited_for = [&](host::Ticket, const host::Problem& problem) {
+        told.push_back(problem);
+        first.reset();
+    };
     Desk second(folder_.path(), options);
-    std::thread ends([&] { first.reset(); });
     EXPECT_EQ(second.open().folder, folder_.path().string());
-    ends.join();
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_EQ(told[0].code, Code::folder_in_use);
 }
 
 TEST_F(Opening, AProgramThatEndsWaitsForNobody) {
@@ -260,6 +268,19 @@ TEST_F(Opening, ALookNeverMakesAFolder) {
     EXPECT_EQ(desk.ask<host::RunNotOpened>(host::OpenRun{2, folder.string(), ""}).problem.code,
               Code::folder_gone);
     EXPECT_FALSE(fs::exists(folder));
+}
+
+TEST_F(Opening, OnlyWhatWasOpenedIsOpen) {
+    Desk desk(folder_.path());
+    EXPECT_FALSE(desk.store().is_open(""));
+    const auto looked = desk.ask<host::FolderLooked>(
+        host::LookAtFolder{desk.next_ticket(), folder_.path().string()});
+    EXPECT_TRUE(looked.there);
+    EXPECT_FALSE(looked.same);
+    desk.open();
+    EXPECT_TRUE(desk.store().is_open(""));
+    EXPECT_TRUE(desk.store().is_open(folder_.path().string()));
+    EXPECT_FALSE(desk.store().is_open("/nowhere"));
 }
 
 }  // namespace

@@ -140,7 +140,7 @@ TEST_F(Placing, ARunningNumberCountsPairsAndGoesOnAfterARestart) {
     how.pair = "first";
     EXPECT_EQ(name_of(desk_->bring(run_, "DSC00007.ARW", sample_raw("7"), how)), "0001.ARW");
     EXPECT_EQ(name_of(desk_->bring(run_, "DSC00007.JPG", sample_jpeg("7"), how)), "0001.JPG");
-    EXPECT_EQ(named("DSC00008.JPG", "{n:4}"), "0002.JPG");
+    EXPECT_EQ(named("DSC00008.JPG", "{n}"), "2.JPG");
     desk_->sweep(run_);
     desk_->store().work(host::CloseFolder{folder_.path().string()});
 

@@ -1,6 +1,7 @@
 // A staging folder for each worker, and the lock that says that the worker lives.
 
 #include <fcntl.h>
+#include <regex>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -47,6 +48,8 @@ TEST_F(Runs, AStagingFolderIsItsOwnersOnly) {
     struct stat facts {};
     ASSERT_EQ(::stat(run.staging.c_str(), &facts), 0);
     EXPECT_EQ(facts.st_mode & 0777, 0700U);
+    EXPECT_TRUE(std::regex_match(run.name, std::regex("run-\\d{8}-\\d{6}-[0-9a-f]{16}")))
+        << run.name;
     EXPECT_NE(desk_.open_run().name, run.name);
 }
 
@@ -66,14 +69,16 @@ TEST_F(Runs, OnlyTheWorkerHoldsTheLockOnceItRuns) {
 
 TEST_F(Runs, NoRunIsMadeInAFolderThatIsNotOpen) {
     TemporaryFolder other;
+    const std::string where = other.path().string();
     EXPECT_EQ(
-        desk_.ask<host::RunNotOpened>(host::OpenRun{7, other.path().string(), ""}).problem.code,
-        Code::folder_gone);
+        desk_.ask<host::RunNotOpened>(host::OpenRun{7, where, ""}).problem,
+        (host::Problem{
+            Code::folder_gone, "The folder " + where + " was moved, deleted or ejected.", {}, {}}));
     EXPECT_TRUE(fs::is_empty(other.path()));
     EXPECT_EQ(
         desk_.ask<host::RunNotOpened>(host::OpenRun{8, folder_.path().string(), "run-unknown"})
-            .problem.code,
-        Code::folder_not_taken);
+            .problem,
+        (host::Problem{Code::folder_not_taken, "The worker has gone.", {}, {}}));
 }
 
 TEST_F(Runs, AWorkerThatIsMovedKeepsTheLockOfItsFirstRun) {

@@ -7,7 +7,9 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <tuple>
 #include <unistd.h>
+#include <vector>
 
 #include "simulator/camera/heif_still.h"
 #include "simulator/camera/pictures.h"
@@ -158,6 +160,89 @@ TEST_F(Whole, ContentOfAnotherFormatIsNotWhole) {
     EXPECT_EQ(why(sample_raw(), "a.HIF"), "it does not begin as a HEIF does");
 }
 
+struct TiffEntry {
+    std::uint64_t tag, type, count, value;
+};
+
+// One directory, and the bytes behind it from `tiff_data` on.
+constexpr std::uint64_t tiff_data = 100;
+std::string tiff(bool little, const std::vector<TiffEntry>& entries, std::uint64_t next = 0) {
+    std::string file = little ? "II" : "MM";
+    const auto add = [&](std::uint64_t number, unsigned int bytes) {
+        for (unsigned int index = 0; index < bytes; ++index) {
+            file += static_cast<char>(number >> 8 * (little ? index : bytes - 1 - index));
+        }
+    };
+    add(42, 2);
+    add(8, 4);
+    add(entries.size(), 2);
+    for (const TiffEntry& entry : entries) {
+        add(entry.tag, 2);
+        add(entry.type, 2);
+        add(entry.count, 4);
+        add(entry.value, 4);
+    }
+    add(next, 4);
+    file.resize(tiff_data, '\0');
+    // Two strips: of 4 bytes here, and of 200 behind them.
+    for (const std::uint64_t number : {tiff_data, tiff_data + 4, 4UL, 200UL}) {
+        add(number, 4);
+    }
+    return file.append(300, 'x');
+}
+
+TEST_F(Whole, ARawNeedsAllThatItsDirectoriesName) {
+    const TiffEntry offsets{0x0111, 4, 2, tiff_data};
+    const TiffEntry sizes{0x0117, 4, 2, tiff_data + 8};
+    const std::string early = "it ends before its picture does";
+    const std::string damaged = "its directories are damaged";
+    for (const bool little : {true, false}) {
+        const std::string whole = tiff(little, {offsets, sizes});
+        const std::uint64_t end = whole.size();
+        EXPECT_EQ(why(whole, "a.ARW"), "");
+        EXPECT_EQ(why(tiff(little, {}), "a.ARW"), "it ends before its picture");
+        EXPECT_EQ(why(whole.substr(0, tiff_data + 203), "a.ARW"), early) << "the second strip";
+        EXPECT_EQ(why(tiff(little, {offsets, sizes}, end), "a.ARW"), early);
+        EXPECT_EQ(why(tiff(little, {offsets}), "a.ARW"), damaged);
+        EXPECT_EQ(why(tiff(little, {{0x0111, 1, 1, 9}, {0x0117, 1, 1, 9}}), "a.ARW"), damaged);
+        for (const std::uint64_t below : {0x014A, 0x8769, 0x8825}) {
+            EXPECT_EQ(why(tiff(little, {offsets, sizes, {below, 4, 1, end}}), "a.ARW"), early);
+        }
+        std::uint64_t type = 0;
+        for (const std::uint64_t bytes : {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4}) {
+            const auto with = [&](std::uint64_t value) {
+                return why(tiff(little, {{1, type, 10, value}, offsets, sizes}), "a.ARW");
+            };
+            EXPECT_EQ(with(end - 10 * bytes), "") << type;
+            EXPECT_EQ(with(end - 10 * bytes + 1), bytes == 0 ? "" : early) << type;
+            ++type;
+        }
+        EXPECT_EQ(why(tiff(little, {{1, 1, 4, ~0U}, offsets, sizes}), "a.ARW"), "");
+        EXPECT_EQ(why(tiff(little, {{1, 1, 5, ~0U}, offsets, sizes}), "a.ARW"), early);
+    }
+}
+
+TEST_F(Whole, WhatIsMissingOrDamagedIsSaid) {
+    const std::string jpeg = sample_jpeg("picture");
+    const std::string heif = sample_heif("picture");
+    std::string no_frame = jpeg;
+    for (std::size_t at = 0; (at = no_frame.find("\xFF\xC0", at)) != std::string::npos;) {
+        no_frame[at + 1] = '\xC4';
+    }
+    for (const auto& [content, name, said] :
+         {std::tuple{jpeg.substr(0, jpeg.size() - 1), "a.JPG", "it ends before its picture does"},
+          std::tuple{no_frame, "a.JPG", "it ends before its picture"},
+          std::tuple{"\xFF\xD8" + jpeg, "a.JPG", "its segments are damaged"},
+          std::tuple{"\xFF\xD8xx" + jpeg, "a.JPG", "its segments are damaged"},
+          std::tuple{heif.substr(0, heif.size() - 1), "a.MOV", "it ends before its last box does"},
+          std::tuple{heif + "12345678", "a.HEIC", "it ends before its last box does"},
+          std::tuple{heif + std::string(16, '\0'), "a.HEIF", "its boxes are damaged"},
+          std::tuple{heif.substr(0, heif.find("mdat") - 4), "a.HIF",
+                     "it ends before its picture"}}) {
+        EXPECT_EQ(why(content, name), said) << name;
+    }
+}
+
 TEST_F(Whole, AMovieNeedsAllItsBoxes) {
     needs_all_of(sample_heif("movie"), "a.MP4");
     EXPECT_EQ(why("notes", "a.XML"), "");
@@ -197,6 +282,8 @@ TEST(Format, AnEndingOfAnyCaseSaysWhatAFileIs) {
     EXPECT_EQ(format_of("DSC00001.jPg"), Format::jpeg);
     EXPECT_EQ(format_of("DSC00001.JPEG"), Format::jpeg);
     EXPECT_EQ(format_of("DSC00001.HIF"), Format::heif);
+    EXPECT_EQ(format_of("DSC00001.heif"), Format::heif);
+    EXPECT_EQ(format_of("DSC00001.HEIC"), Format::heif);
     EXPECT_EQ(format_of("DSC00001.arw"), Format::arw);
     EXPECT_EQ(format_of("a.b.DNG"), Format::dng);
     EXPECT_EQ(format_of("C0001.MP4"), Format::other);
