@@ -80,7 +80,7 @@ void Afternoon::shoot() const {
     place(desk, here, "DSC00001.ARW", sample_raw("1"), {0, 1, "a", "", "pair 1", {}});
     place(desk, here, "DSC00001.JPG", sample_jpeg("1"), {0, 1, "a", "", "pair 1", {}});
     place(desk, here, "DSC00002.JPG", sample_jpeg("2").substr(0, 90), {0, 2, "", "", "pair 2", {}});
-    place(desk, here, "C0001.MP4", "a movie", {0, {}, "", "movies/{n:3}", "pair 3", {}});
+    place(desk, here, "C0001.MP4", "a movie", {0, {}, "", "movies/all/{n:3}", "pair 3", {}});
     place(desk, here, "DSC00005.JPG", sample_jpeg("5"), {0, 5, "", "2/{camera}", "pair 5", {}});
     make(here.staging / "DSC00006.JPG", sample_jpeg("6"));
     const auto answer = desk.store().work(host::SweepRun{20, here.name, true});

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <set>
+#include <utility>
 
 #include "tests/host/pictures/afternoon.h"
 #include "tests/host/pictures/disk_calls.h"
@@ -199,8 +200,8 @@ TEST_F(DiskThatFailsOnce, SaysWhatItKeepsAndWhere) {
 }
 
 TEST_F(DiskThatFailsOnce, GetsNoRunWithoutALock) {
-    disk_calls::before = [](std::string_view call) {
-        return call == "openat" ? EIO : 0;
+    disk_calls::before = [calls = 0](std::string_view call) mutable {
+        return call == "openat" && calls++ == 0 ? EIO : 0;
     };
     const std::string folder = folder_.path().string();
     EXPECT_EQ(desk_->ask<host::RunNotOpened>(host::OpenRun{9, folder, ""}).problem.text,
@@ -212,8 +213,8 @@ TEST_F(DiskThatFailsOnce, GetsNoPictureIntoAFolderThatMayBeLost) {
     const auto examined = desk_->examine(run_, "A.JPG");
     bool made = false;
     disk_calls::before = [&](std::string_view call) {
-        made = made || call == "mkdirat";
-        return made && call == "fsync" ? EIO : 0;
+        const bool next = std::exchange(made, call == "mkdirat");
+        return next && call == "fsync" ? EIO : 0;
     };
     desk_->ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "a/{camera}", "p", {}});
     EXPECT_TRUE(fs::exists(run_.staging / "A.JPG"));

@@ -154,7 +154,7 @@ TEST_F(Opening, AnotherProgramIsWaitedFor) {
     auto first = std::make_unique<Desk>(folder_.path());
     first->open();
     host::pictures::Options options = impatient();
-    options.folder_in_use = std::chrono::minutes(1);
+    options.folder_in_use = std::chrono::seconds(10);
     std::vector<host::Problem> told;
     options.folder_waited_for = [&](host::Ticket, const host::Problem& problem) {
         told.push_back(problem);
@@ -219,6 +219,7 @@ TEST_F(Opening, ALookSaysWhetherItIsStillThere) {
     fs::create_directory(folder);
     EXPECT_TRUE(look().there);
     EXPECT_FALSE(look().same);
+    EXPECT_FALSE(look().writable);
 }
 
 TEST_F(Opening, AFolderInAnothersPlaceIsOpenedAnew) {
@@ -277,6 +278,10 @@ TEST_F(Opening, OnlyWhatWasOpenedIsOpen) {
         host::LookAtFolder{desk.next_ticket(), folder_.path().string()});
     EXPECT_TRUE(looked.there);
     EXPECT_FALSE(looked.same);
+    write_file(folder_.path() / "file", "");
+    EXPECT_FALSE(desk.ask<host::FolderLooked>(
+                         host::LookAtFolder{desk.next_ticket(), (folder_.path() / "file").string()})
+                     .there);
     desk.open();
     EXPECT_TRUE(desk.store().is_open(""));
     EXPECT_TRUE(desk.store().is_open(folder_.path().string()));

@@ -225,6 +225,11 @@ TEST_F(Whole, ARawNeedsAllThatItsDirectoriesName) {
 TEST_F(Whole, WhatIsMissingOrDamagedIsSaid) {
     const std::string jpeg = sample_jpeg("picture");
     const std::string heif = sample_heif("picture");
+    const std::string head = heif.substr(0, heif.find("mdat") - 4);
+    // A box whose size stands behind its type.
+    const auto large = [&](char size) {
+        return head + std::string("\0\0\0\1mdat\0\0\0\0\0\0\0", 15) + size;
+    };
     std::string no_frame = jpeg;
     for (std::size_t at = 0; (at = no_frame.find("\xFF\xC0", at)) != std::string::npos;) {
         no_frame[at + 1] = '\xC4';
@@ -237,8 +242,11 @@ TEST_F(Whole, WhatIsMissingOrDamagedIsSaid) {
           std::tuple{heif.substr(0, heif.size() - 1), "a.MOV", "it ends before its last box does"},
           std::tuple{heif + "12345678", "a.HEIC", "it ends before its last box does"},
           std::tuple{heif + std::string(16, '\0'), "a.HEIF", "its boxes are damaged"},
-          std::tuple{heif.substr(0, heif.find("mdat") - 4), "a.HIF",
-                     "it ends before its picture"}}) {
+          std::tuple{large(16), "a.HIF", ""},
+          std::tuple{large(15), "a.HIF", "its boxes are damaged"},
+          std::tuple{large(17), "a.HIF", "it ends before its last box does"},
+          std::tuple{head + std::string("\0\0\0\0mdat", 8), "a.HIF", ""},
+          std::tuple{head, "a.HIF", "it ends before its picture"}}) {
         EXPECT_EQ(why(content, name), said) << name;
     }
 }
