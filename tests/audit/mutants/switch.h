@@ -1,12 +1,12 @@
-// Turns one planted mutant on, by its number in MUTANT; without it the program is what it was. In MUTANTS_REACHED stands
-// a file in which every mutant that is run through sets its byte. Included before everything else, in every source.
+// Turns one planted mutant on, by its number in MUTANT; without it the program is what it was. In
+// MUTANTS_REACHED stands a file in which every mutant that is run through sets its byte. Included
+// before everything else, in every source.
 #pragma once
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
-
-#include <cstdlib>
 
 namespace mutants {
 
@@ -17,7 +17,8 @@ inline unsigned int chosen() {
     return number == nullptr ? 0 : static_cast<unsigned int>(std::atoi(number));
 }
 
-// Shared with every process that a test starts, and written without a lock: bytes only ever become 1.
+// Shared with every process that a test starts, and written without a lock: bytes only ever
+// become 1.
 inline unsigned char* reached() {
     const char* path = std::getenv("MUTANTS_REACHED");
     const int file = path == nullptr ? -1 : ::open(path, O_RDWR | O_CLOEXEC);
