@@ -329,6 +329,7 @@ class Brain {
     bool in_force_or_known() const;
     void give_configuring_up();
     void worker_lost_while_configuring();
+    void end_while_configuring();
     void fence_before_moving();
     void folder_opened_to_move(const FolderOpened& answer);
     void open_run_to_move();

@@ -34,9 +34,7 @@ void Brain::on_request(RequestId id, const Shutdown& request) {
         reply(std::get<Configuring>(task).request, why);
     }
     if (configuring_) {
-        const RequestId configuring = configuring_->request;
-        configuring_.reset();
-        reply(configuring, why);
+        end_while_configuring();
     }
     enter(State::ending);
     reply_all(starts_, why);

@@ -150,4 +150,16 @@ void Brain::worker_lost_while_configuring() {
     }
 }
 
+// The worker may bring files to the new folder until it has ended.
+void Brain::end_while_configuring() {
+    const Configuring now = *std::exchange(configuring_, std::nullopt);
+    if (now.step == Configuring::Step::moving) {
+        old_runs_.push_back({now.run.run, now.folder, now.run.staging});
+    } else if (now.step == Configuring::Step::folder_opened ||
+               now.step == Configuring::Step::opening_run) {
+        close_folder_unless_used(now.folder);
+    }
+    reply(now.request, Problem{Code::cancelled, "The session is being ended.", {}, {}});
+}
+
 }  // namespace host::brain

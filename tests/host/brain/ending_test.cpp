@@ -102,6 +102,37 @@ TEST(BrainEnding, EverythingThatWaitsIsAnswered) {
     EXPECT_EQ(stage.answer_to<SessionState>(stage.ask(Disconnect{})).state, State::down);
 }
 
+TEST(BrainEnding, InTheMiddleOfAMoveBothFoldersAreSweptAndClosed) {
+    ReadyStage stage;
+    stage.worker_answers = false;
+    const RequestId configure = stage.ask(folder("/new"));
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_EQ(stage.said().back(), "PRIME") << "the worker is being moved";
+    const RequestId shutdown = stage.ask(Shutdown{});
+    EXPECT_EQ(stage.answer_to<Problem>(configure).text, "The session is being ended.");
+    EXPECT_EQ(stage.answers(shutdown), 1U);
+    const auto sweeps = stage.asked_of_disk<SweepRun>();
+    ASSERT_EQ(sweeps.size(), 2U);
+    EXPECT_EQ(sweeps[0].run + " " + sweeps[1].run, "run-1 run-2");
+    const auto closed = stage.asked_of_disk<CloseFolder>();
+    ASSERT_EQ(closed.size(), 2U);
+    EXPECT_EQ(closed[0].folder + " " + closed[1].folder, "/new /shots");
+}
+
+TEST(BrainEnding, AFolderThatNoWorkerWasMovedToIsClosedAndItsRunTakenAway) {
+    ReadyStage stage;
+    stage.disk_answers = false;
+    stage.ask(folder("/new"));
+    stage.after(milliseconds(1));
+    stage.answer(stage.opened("/new"));
+    const Ticket ticket = stage.asked_of_disk<OpenRun>().at(0).ticket;
+    stage.ask(Shutdown{});
+    EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/new");
+    stage.forget();
+    stage.answer(RunOpened{ticket, "run-2", "/new/.incoming/run-2", -1});
+    EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-2");
+}
+
 TEST(BrainEnding, AWorkerThatDiesMeanwhileIsToldAsGone) {
     ReadyStage stage;
     stage.shoot();
