@@ -1,5 +1,6 @@
 """The tests of the host's side, one by one: how long each takes, and which mutants it runs through."""
 
+import bisect
 import collections
 import concurrent.futures
 import re
@@ -13,12 +14,13 @@ from host_tree import PROGRAMS
 from places import read_json, write_json
 
 ROOM = 16384  # as switch.h has it
-# Programs that are quick are one test each; of the others each test counts by itself.
-WHOLE = {"brain_tests": ["--gtest_fail_fast"], "afternoons": ["--count", "4000", "--jobs", "1"],
-         "serve_tests": ["--gtest_fail_fast"]}  # fmt: skip
+# What is one test; of the other programs each test counts by itself.
+WHOLE = {"afternoons": ["--count", "4000", "--jobs", "1"]}
 # Tests that wait for real processes wait side by side.
 SIDE_BY_SIDE = 8
+SIDE_BY_SIDE_FROM = 1  # second
 ENOUGH = 60  # seconds, of tests one after the other; all of them together are 15 minutes
+BATCHES = (0.4, 4, ENOUGH)  # seconds until each ends
 LONGEST = 120  # seconds, of one test of the unchanged program
 
 
@@ -71,13 +73,14 @@ def all_tests(tree, store, digest):
 def batches_of(tests):
     """The quickest first, so that what is noticed at all is noticed soon. What none of them notices in ENOUGH counts as
     not noticed."""
-    ordered, spent = [], 0
+    spent = 0
+    batches = [[] for _ in BATCHES]
     for test in sorted(tests, key=lambda test: test.seconds):
         spent += test.seconds
         if spent > ENOUGH:
             break
-        ordered.append(test)
-    return [batch for batch in (ordered[:6], ordered[6:40], ordered[40:]) if batch]
+        batches[bisect.bisect_left(BATCHES, spent)].append(test)
+    return [batch for batch in batches if batch]
 
 
 def first_failure(tree, tests, environment):
@@ -87,7 +90,7 @@ def first_failure(tree, tests, environment):
             chosen = [test for test in batch if test.program == program]
             seconds = 10 + 6 * sum(test.seconds for test in chosen)
             command = command_of(tree, program, [test.name for test in chosen])
-            if len(chosen) > 8:
+            if sum(test.seconds for test in chosen) > SIDE_BY_SIDE_FROM:
                 command = [tree.tree / "tests/in_shards", str(SIDE_BY_SIDE), *command]
             try:
                 if run_in_cell(command, seconds, tree.environment | environment) != 0:
