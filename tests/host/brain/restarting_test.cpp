@@ -88,6 +88,9 @@ TEST(BrainRestarting, WhatAWorkerSaidBeforeItsEndIsInItsProblem) {
     stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 3, "no library"});
     EXPECT_EQ(stage.standing(Code::worker_not_starting).text,
               "The worker ended before it was ready (status 3). It said: \"no library\".");
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 128});
+    EXPECT_EQ(stage.standing(Code::worker_not_starting).text,
+              "The worker ended before it was ready (status 128).");
 }
 
 TEST(BrainRestarting, AWorkerThatHangsInAnyStateIsEndedWith1SecondARungAndReplaced) {
@@ -116,11 +119,24 @@ TEST(BrainRestarting, AnIdleSessionIsFencedEvery5Seconds) {
 
 TEST(BrainRestarting, AWorkerThatFloodsIsReplaced) {
     ReadyStage stage;
+    const RequestId fired = stage.shoot();
+    stage.worker_ends = false;
     stage.tell(WorkerFlooded{stage.run, "50,000 lines in 1 s"});
-    stage.after(seconds(1));
-    EXPECT_TRUE(stage.told(Code::worker_floods));
+    EXPECT_EQ(stage.problems().at(0),
+              (Problem{Code::worker_floods, "The worker wrote 50,000 lines in 1 s.", {}, {}}));
+    EXPECT_EQ(stage.outcome(fired), (Outcome{ShotStatus::none, Code::worker_floods}));
+    EXPECT_EQ(stage.state().camera, std::nullopt) << "the session is over before the worker is";
+    EXPECT_EQ(stage.state().file_type, (Setting<FileType>{}));
     EXPECT_EQ(stage.ladders().at(0).rung, seconds(1));
-    EXPECT_EQ(stage.state().state, State::ready);
+    stage.forget();
+    stage.disk_answers = false;
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::sigterm, 143});
+    EXPECT_EQ(stage.states(), States{}) << "the next one is being started since";
+    stage.worker_gets_ready = false;
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.states(), States{State::starting}) << "counted";
+    EXPECT_EQ(stage.state().restarts, 1U);
 }
 
 TEST(BrainRestarting, AWorkerThatTakesNoCommandsIsReplaced) {
@@ -164,12 +180,44 @@ TEST(BrainRestarting, TheSixthLossIn3MinutesMeansDownWithOneProblemAndATryAMinut
     EXPECT_TRUE(stage.state().problems.empty());
 }
 
-void lose_too_many_workers(Stage& stage) {
-    for (int loss = 0; loss < 6; ++loss) {
+void lose_workers(Stage& stage, int count) {
+    for (int loss = 0; loss < count; ++loss) {
         stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
         stage.after(seconds(2));
     }
+}
+
+void lose_too_many_workers(Stage& stage) {
+    lose_workers(stage, 6);
     ASSERT_EQ(stage.state().state, State::down);
+}
+
+TEST(BrainRestarting, NewsOfAWorkerThatHasEndedCountForNothing) {
+    const auto tell_all = [](Stage& stage, const std::string& run) {
+        stage.forget();
+        stage.tell(WorkerFlooded{run, "much"});
+        stage.tell(WorkerInputFull{run});
+        stage.tell(WorkerEnded{run, WorkerEnd::gone, 1});
+        EXPECT_TRUE(stage.ladders().empty());
+        EXPECT_TRUE(stage.problems().empty());
+        EXPECT_TRUE(stage.states().empty());
+        EXPECT_TRUE(stage.asked_of_disk<SweepRun>().empty());
+    };
+    ReadyStage stage;
+    stage.worker_answers = false;
+    stage.after(seconds(6));  // a fence is out
+    stage.disk_answers = false;
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
+    tell_all(stage, stage.run);  // the next one's run is being made
+    stage.after(seconds(20));
+    EXPECT_TRUE(stage.ladders().empty()) << "nobody is waited for";
+    stage.worker_answers = true;
+    stage.disk_answers = true;
+    stage.after(seconds(2));
+    lose_workers(stage, 5);
+    tell_all(stage, stage.run);
+    stage.tell(WorkerNotStarted{stage.run, "No such file."});
+    EXPECT_TRUE(stage.states().empty());
 }
 
 TEST(BrainRestarting, ConnectTriesAtOnceAfterTooManyLosses) {
@@ -178,6 +226,17 @@ TEST(BrainRestarting, ConnectTriesAtOnceAfterTooManyLosses) {
     const RequestId connect = stage.ask(Connect{});
     stage.after(seconds(2));
     EXPECT_EQ(stage.answer_to<SessionState>(connect).state, State::ready);
+}
+
+TEST(BrainRestarting, AWorkerThatHasLived3MinutesAfterTooManyLossesIsReplacedAtOnce) {
+    for (const Time life : {milliseconds(179'999), milliseconds(180'000)}) {
+        ReadyStage stage;
+        lose_too_many_workers(stage);
+        stage.after(seconds(58));  // a minute after the loss
+        stage.after(life);
+        stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
+        EXPECT_EQ(stage.state().state, life < minutes(3) ? State::down : State::starting);
+    }
 }
 
 TEST(BrainRestarting, AShotThatTheWorkerDiesInIsOverAndNotFiredAgain) {
@@ -195,18 +254,26 @@ TEST(BrainRestarting, AShotThatTheWorkerDiesInIsOverAndNotFiredAgain) {
 
 TEST(BrainRestarting, FilesThatWereReportedBeforeTheEndAreNotLeftToTheSweep) {
     ReadyStage stage;
+    stage.ask(folder("/new"));
+    stage.after(milliseconds(1));
     const RequestId capture = stage.shoot();
     stage.disk_answers = false;
     stage.hear("LOG|[SONY] landed DSC00001.JPG");
     stage.hear("SAVE_DEST|disk");  // what follows is held
-    stage.hear("DOWNLOADED|/shots/.incoming/run-1/DSC00001.JPG");
+    stage.hear("DOWNLOADED|/new/.incoming/run-2/DSC00001.JPG");
     stage.staged.insert("DSC00001.JPG");
-    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 137});
-    EXPECT_TRUE(stage.asked_of_disk<SweepRun>().empty());
+    stage.tell(WorkerEnded{"run-1", WorkerEnd::gone, 137});
+    ASSERT_EQ(stage.asked_of_disk<SweepRun>().size(), 1U);
+    EXPECT_EQ(stage.asked_of_disk<SweepRun>()[0].run, "run-1") << "nothing was reported of this";
     stage.disk_answers = true;
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
-    EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-1");
+    EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(1).run, "run-2");
+    stage.after(seconds(2));
+    stage.hear("LOG|[SONY] landed DSC00002.JPG");
+    stage.hear("SAVE_DEST|card");
+    EXPECT_EQ(stage.state().save_destination.in_force, SaveDestination::disk)
+        << "held with the next worker too";
 }
 
 TEST(BrainRestarting, WhatTheSweepBringsInIsTold) {
@@ -224,11 +291,14 @@ TEST(BrainRestarting, AWorkerThatSurvivesSigkillIsNamedByItsNumberAndReplaced) {
     ReadyStage stage;
     stage.worker_ends = false;
     stage.tell(WorkerFlooded{stage.run, "much"});
+    stage.after(milliseconds(4'999));  // three rungs of a second, and two for the system
     EXPECT_EQ(stage.state().state, State::starting);
-    stage.after(seconds(6));
-    EXPECT_EQ(stage.state().state, State::ready);
+    EXPECT_EQ(stage.problems().size(), 1U);
+    stage.after(milliseconds(1));
     EXPECT_EQ(stage.problems().at(1).text,
               "A worker, process 4711, cannot be ended: it is stuck in the system.");
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.state().state, State::ready);
     EXPECT_EQ(stage.workers().size(), 1U);
     stage.tell(WorkerEnded{"run-1", WorkerEnd::sigkill, 137});
     EXPECT_EQ(stage.state().state, State::ready);
@@ -270,10 +340,55 @@ TEST(BrainRestarting, AWorkerThatHasNoNumberYetIsNamedWithoutOne) {
     stage.brain.tell(RunOpened{2, "r", "/shots/.incoming/r", 7}, stage.now);
     stage.brain.take();  // nobody starts it
     stage.worker_ends = false;
-    stage.after(seconds(20));
-    ASSERT_TRUE(stage.told(Code::worker_hangs));
-    for (const Problem& problem : stage.problems()) {
-        EXPECT_EQ(problem.text.find("process"), std::string::npos) << problem.text;
+    stage.after(seconds(15));
+    EXPECT_EQ(stage.problems(),
+              (std::vector<Problem>{
+                  {Code::worker_not_starting,
+                   "The worker was started and did not get ready in time.",
+                   {},
+                   {}},
+                  {Code::worker_hangs,
+                   "A worker that was being started cannot be ended: it is stuck in the system.",
+                   {},
+                   {}}}));
+}
+
+TEST(BrainRestarting, TheFolderOfAWorkerThatCannotBeEndedIsClosedOnceItHasEnded) {
+    ReadyStage stage;
+    stage.worker_ends = false;
+    stage.tell(WorkerFlooded{"run-1", "much"});
+    stage.after(seconds(7));
+    stage.ask(folder("/new"));
+    stage.after(milliseconds(1));
+    stage.tell(WorkerEnded{"run-2", WorkerEnd::gone, 1});
+    EXPECT_TRUE(stage.asked_of_disk<CloseFolder>().empty()) << "the first one may write there";
+    stage.tell(WorkerEnded{"run-1", WorkerEnd::sigkill, 137});
+    ASSERT_EQ(stage.asked_of_disk<CloseFolder>().size(), 1U);
+    EXPECT_EQ(stage.asked_of_disk<CloseFolder>()[0].folder, "/shots");
+}
+
+TEST(BrainRestarting, OfWorkersThatCannotBeEndedTheLatest8AreRemembered) {
+    for (const int count : {8, 9}) {
+        ReadyStage stage;
+        stage.worker_ends = false;
+        for (int worker = 1; worker <= count; ++worker) {
+            stage.tell(WorkerFlooded{stage.run, "much"});
+            stage.after(seconds(40));
+            ASSERT_EQ(stage.state().state, State::ready) << worker;
+        }
+        std::vector<std::string> swept;
+        std::vector<std::string> expected;
+        for (int worker = 1; worker <= count; ++worker) {
+            const std::string run = "run-" + std::to_string(worker);
+            stage.tell(WorkerEnded{run, WorkerEnd::sigkill, 137});
+            if (worker > count - 8) {
+                expected.push_back(run);
+            }
+        }
+        for (const SweepRun& sweep : stage.asked_of_disk<SweepRun>()) {
+            swept.push_back(sweep.run);
+        }
+        EXPECT_EQ(swept, expected);
     }
 }
 
@@ -288,6 +403,31 @@ TEST(BrainRestarting, AnotherFolderAfterTooManyLossesDoesNotHastenTheNextWorker)
     stage.after(seconds(15));
     EXPECT_EQ(stage.workers().size(), 1U);
     EXPECT_EQ(stage.state().state, State::ready);
+}
+
+TEST(BrainRestarting, AWorkerThatIsLostOnceTooOftenWhileTheSessionEndsIsNotTriedAgain) {
+    ReadyStage stage;
+    lose_workers(stage, 5);
+    stage.shoot();
+    const RequestId shutdown = stage.ask(Shutdown{});
+    stage.forget();
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
+    EXPECT_EQ(stage.standing(Code::worker_gone).text, "The worker ended by itself (status 1).");
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::gone, 1}));
+}
+
+TEST(BrainRestarting, AChangeOfFolderThatTheEndCutsShortIsNotMadeBecauseTheWorkerDies) {
+    ReadyStage stage;
+    stage.worker_answers = false;
+    const RequestId request = stage.ask(folder("/new"));
+    stage.hear("PRIME_DONE|OK");  // the worker is being moved
+    stage.disk_answers = false;
+    stage.hear("DOWNLOADED|/shots/.incoming/run-1/DSC00001.JPG");
+    stage.ask(Shutdown{});
+    EXPECT_EQ(stage.answer_to<Problem>(request).code, Code::cancelled);
+    stage.tell(WorkerEnded{"run-1", WorkerEnd::gone, 1});
+    EXPECT_EQ(stage.state().folder, "/shots");
+    EXPECT_TRUE(stage.asked_of_disk<SweepRun>().empty());
 }
 
 }  // namespace

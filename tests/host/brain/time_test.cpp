@@ -53,6 +53,8 @@ TEST(BrainTime, SleepIsNoticedByTheTimeOfDay) {
     ReadyStage stage;
     stage.tell(TimeOfDayIs{std::chrono::milliseconds(1'700'000'002'000)});
     EXPECT_TRUE(stage.said().empty()) << "it goes on as this clock does";
+    stage.tell(TimeOfDayIs{std::chrono::milliseconds(1'700'000'004'000)});
+    EXPECT_TRUE(stage.said().empty()) << "2 s are no stop";
     stage.tell(TimeOfDayIs{std::chrono::milliseconds(1'700'000'000'000) + std::chrono::hours(8)});
     EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
 }
