@@ -120,6 +120,73 @@ TEST(BrainStarting, AFolderThatTakesNoRunIsTriedAgainAfterAMinute) {
     EXPECT_EQ(stage.asked_of_disk<OpenRun>().size(), 2U);
 }
 
+TEST(BrainStarting, AFolderThatTakesNoRunIsNotTakenForTheOneInForce) {
+    ReadyStage stage;
+    stage.disk_answers = false;
+    const RequestId request = stage.ask(folder("/new"));
+    stage.after(milliseconds(1));
+    stage.answer(stage.opened("/new"));
+    const Problem refused{Code::folder_not_permitted, "/new", {}, {}};
+    stage.answer(RunNotOpened{stage.asked_of_disk<OpenRun>().at(0).ticket, refused});
+    EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/shots");
+    EXPECT_EQ(stage.problems(), std::vector<Problem>{refused});
+    EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/new");
+    EXPECT_EQ(stage.said(), Lines{"PRIME"});
+}
+
+TEST(BrainStarting, ARunThatIsNotMadeIsNoMatterToAChangeThatWaitsNorBehindTheEnd) {
+    for (const bool ends : {false, true}) {
+        Stage stage;
+        stage.disk_answers = false;
+        const RequestId start = stage.ask(Start{});
+        stage.answer(stage.opened("/shots"));
+        stage.forget();
+        const RequestId other = stage.ask(ends ? Request(Shutdown{}) : Request(folder("/new")));
+        stage.answer(RunNotOpened{2, {Code::folder_not_permitted, "/shots", {}, {}}});
+        EXPECT_EQ(stage.answer_to<Problem>(start).code,
+                  ends ? Code::cancelled : Code::folder_not_permitted);
+        EXPECT_EQ(stage.told(Code::folder_not_permitted), !ends);
+        EXPECT_EQ(stage.is_answered(other), ends);
+        EXPECT_EQ(stage.asked_of_disk<OpenFolder>().size(), ends ? 0U : 1U) << "the new one";
+    }
+}
+
+// What was to be started was given to the system, which has not answered yet.
+class LaunchingStage : public Stage {
+  public:
+    LaunchingStage() {
+        disk_answers = false;
+        worker_ends = false;
+        ask(Start{});
+        const FolderOpened folder = opened("/shots");
+        brain.tell(folder, now);
+        brain.tell(RunOpened{2, "r", "/shots/.incoming/r", 7}, now);
+        brain.take();
+    }
+};
+
+TEST(BrainStarting, TheTimeToGetReadyBeginsWithTheProcess) {
+    LaunchingStage stage;
+    stage.after(seconds(5));
+    stage.tell(WorkerStarted{"r", 12});
+    stage.after(milliseconds(9'999));
+    EXPECT_TRUE(stage.problems().empty());
+    stage.after(milliseconds(1));
+    EXPECT_TRUE(stage.told(Code::worker_not_starting));
+}
+
+TEST(BrainStarting, AWorkerThatTheEndFindsBeingStartedIsNotBegunWith) {
+    LaunchingStage stage;
+    const RequestId shutdown = stage.ask(Shutdown{});
+    stage.tell(WorkerStarted{"r", 12});
+    EXPECT_EQ(stage.asked_of_disk<RunBegun>().at(0).process, 12) << "the next start may find it";
+    stage.tell(WorkerEnded{"r", WorkerEnd::quit, 0});
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::quit, 0}));
+    EXPECT_TRUE(stage.problems().empty());
+}
+
 TEST(BrainStarting, AFolderThatIsWaitedForIsShownAndIsNoProblemYet) {
     Stage stage;
     stage.disk_answers = false;
@@ -182,21 +249,40 @@ TEST(BrainStarting, WhatSaysReadyWithoutSayingWhoItIsIsNoWorker) {
     EXPECT_EQ(stage.state().state, State::starting);
     stage.brain.hear("CPP_WORKER|START sony-1.0", stage.now);
     stage.brain.hear("CPP_WORKER|AGAIN", stage.now);
+    stage.brain.hear("READY|NO", stage.now);
+    EXPECT_EQ(stage.state().state, State::starting);
     stage.brain.hear("READY|OK", stage.now);
     stage.brain.hear("CPP_WORKER|AGAIN", stage.now);
     EXPECT_EQ(stage.state().state, State::idle);
     EXPECT_EQ(stage.brain.banner(), "START sony-1.0");
+    stage.brain.take();
+    stage.hear("READY|OK");
+    EXPECT_TRUE(stage.said().empty()) << "it is ready already";
+    stage.tell(WorkerEnded{"r", WorkerEnd::gone, 1});
+    stage.brain.tell(RunOpened{stage.asked_of_disk<OpenRun>().at(0).ticket, "s", "/s", 7},
+                     stage.now);
+    stage.brain.tell(WorkerStarted{"s", 2}, stage.now);
+    stage.brain.hear("READY|OK", stage.now);
+    EXPECT_EQ(stage.state().state, State::starting) << "who it is said the one before";
 }
 
 TEST(BrainStarting, WhatDoesNotEchoItsFolderIsNoWorker) {
     Stage stage;
-    stage.worker_answers = false;
-    stage.ask(Start{});
-    stage.after(milliseconds(1));
-    stage.hear("DOWNLOAD_DIR|/somewhere/else");
-    stage.hear("PRIME_DONE|OK");
-    EXPECT_TRUE(stage.told(Code::worker_not_starting));
-    EXPECT_EQ(stage.ladders().size(), 1U);
+    for (const bool first : {true, false}) {
+        stage.worker_answers = false;
+        stage.forget();
+        stage.ask(Start{});
+        stage.after(milliseconds(1));
+        stage.hear("DOWNLOAD_DIR|/somewhere/else");
+        stage.hear("PRIME_DONE|OK");
+        EXPECT_TRUE(stage.told(Code::worker_not_starting)) << first;
+        EXPECT_EQ(stage.ladders().size(), 1U) << first;
+        stage.worker_answers = true;
+        stage.after(milliseconds(1));
+        EXPECT_EQ(stage.state().state, State::idle);
+        stage.worker_answers = false;
+        stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1});
+    }
 }
 
 TEST(BrainStarting, StartIsAnsweredAfter30SecondsAtTheLatest) {
@@ -218,6 +304,9 @@ TEST(BrainStarting, NewsOfAWorkerThatWasGivenUpCountForNothing) {
     stage.tell(WorkerEnded{"another-run", WorkerEnd::gone, 1});
     stage.tell(WorkerFlooded{"another-run", "much"});
     stage.tell(WorkerInputFull{"another-run"});
+    stage.tell(WorkerNotStarted{"another-run", "No such file."});
+    stage.tell(WorkerStarted{stage.run, 12});
+    EXPECT_TRUE(stage.asked_of_disk<RunBegun>().empty()) << "this one runs already";
     EXPECT_EQ(stage.state().state, State::ready);
 }
 
