@@ -416,6 +416,22 @@ TEST(BrainRestarting, AWorkerThatIsLostOnceTooOftenWhileTheSessionEndsIsNotTried
     EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::gone, 1}));
 }
 
+TEST(BrainRestarting, ASessionThatIsLostWhileItEndsIsToldAsGoneAlsoWithAShotThatIsOut) {
+    ReadyStage stage;
+    stage.shoot();
+    stage.ask(Shutdown{});
+    stage.brain.tell(WorkerEnded{stage.run, WorkerEnd::gone, 1}, stage.now);
+    std::optional<SessionState> told;
+    for (const Effect& effect : stage.brain.take()) {
+        if (const auto* changed = std::get_if<StateChanged>(&effect)) {
+            told = changed->state;
+        }
+    }
+    ASSERT_TRUE(told);
+    EXPECT_EQ(told->state, State::ending) << "what it left is brought in";
+    EXPECT_EQ(told->camera, std::nullopt);
+}
+
 TEST(BrainRestarting, AChangeOfFolderThatTheEndCutsShortIsNotMadeBecauseTheWorkerDies) {
     ReadyStage stage;
     stage.worker_answers = false;

@@ -21,7 +21,7 @@ TEST(RestartsTest, LossesThatLieFurtherApartAreReplacedAtOnce) {
     const Times times;
     Restarts restarts(times);
     for (int loss = 0; loss < 100; ++loss) {
-        EXPECT_EQ(restarts.lost(seconds(37 * loss)), seconds(37 * loss));
+        EXPECT_EQ(restarts.lost(seconds(36 * loss)), seconds(36 * loss));
     }
 }
 

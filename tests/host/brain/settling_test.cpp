@@ -74,7 +74,7 @@ TEST(BrainSettling, WhatIsHeardBeforeTheDestinationWasAskedIsNoProblem) {
 }
 
 TEST(BrainSettling, AConnectedThatNoSessionIsBehindLeavesTheCameraItsTimeAndNoMore) {
-    for (const Time heard : {milliseconds(50), milliseconds(29'990)}) {
+    for (const Time heard : {milliseconds(50), milliseconds(29'980)}) {
         Stage stage;
         stage.camera_answers = false;
         stage.get_idle();
