@@ -35,8 +35,22 @@ TEST(BrainAttribution, AFileSoonerThan650MillisecondsAfterCaptureIsUnasked) {
     EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
     stage.after(milliseconds(20));
     EXPECT_FALSE(stage.is_answered(capture));
-    stage.file("DSC00002.JPG");  // the worker has not answered CAPTURE yet
+    stage.file("DSC00002.JPG");
     EXPECT_EQ(shot_of(stage, "DSC00002.JPG"), 1U);
+    EXPECT_FALSE(stage.is_answered(capture)) << "the worker has not answered CAPTURE yet";
+    stage.disk_answers = false;
+    stage.file("DSC00003.JPG");
+    stage.after(milliseconds(50));
+    EXPECT_FALSE(stage.is_answered(capture)) << "nor the disk";
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+    stage.file("DSC00002.ARW");
+    EXPECT_EQ(shot_of(stage, "DSC00002.ARW"), std::nullopt) << "no half was due";
+    stage.ask(Capture{});
+    stage.after(milliseconds(650));
+    stage.file("DSC00004.JPG");
+    EXPECT_EQ(shot_of(stage, "DSC00004.JPG"), 2U);
 }
 
 TEST(BrainAttribution, ItIsTheTimeOfTheReportThatCountsAndNotThatOfTheDisk) {
@@ -62,6 +76,8 @@ TEST(BrainAttribution, AnotherStemThanTheShotsOwnIsUnasked) {
     EXPECT_FALSE(stage.is_answered(capture));
     stage.file("DSC00001.JPG");
     EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::complete);
+    stage.file("DSC00001.HIF");
+    EXPECT_EQ(shot_of(stage, "DSC00001.HIF"), std::nullopt) << "a pair has two halves";
 }
 
 TEST(BrainAttribution, AFileReportedTwiceCountsOnce) {
@@ -118,28 +134,60 @@ TEST(BrainAttribution, AHalfBehindALossSharesTheDoubtOfTheOtherOne) {
     EXPECT_EQ(over.status, ShotStatus::complete);
 }
 
+TEST(BrainAttribution, AFileOfTheSameKindBehindALossSharesNoDoubt) {
+    ReadyStage stage;
+    shoot_in_doubt(stage);
+    stage.file("DSC00002.JPG");
+    stage.lose();
+    stage.after(milliseconds(1));
+    stage.file("DSC00002.HIF");
+    EXPECT_EQ(shot_of(stage, "DSC00002.HIF"), std::nullopt);
+    EXPECT_EQ(stage.pictures().size(), 1U) << "the other one is still in doubt";
+}
+
 TEST(BrainAttribution, AfterAShotWithoutFilesTheNextOnesFileIsBelievedAfter2Seconds) {
     ReadyStage stage;
     const RequestId second = shoot_in_doubt(stage);
     stage.file("DSC00001.JPG");
-    stage.after(milliseconds(1900));
-    EXPECT_FALSE(stage.is_answered(second));
-    stage.after(milliseconds(100));
+    stage.after(seconds(1));
+    stage.file("DSC00001.HIF");  // no newer name
+    stage.after(milliseconds(979));
+    EXPECT_FALSE(stage.is_answered(second)) << "a report may be held for 20 ms";
+    stage.after(milliseconds(1));
     EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::complete);
 }
 
-TEST(BrainAttribution, ANewerFileThatTheDiskHasNotLookedAtInTimeSpeaksAgainstALateOneToo) {
-    ReadyStage stage;
-    const RequestId second = shoot_in_doubt(stage);
-    stage.file("DSC00001.JPG");  // the first one's, late
-    stage.after(seconds(1));
-    stage.disk_answers = false;
-    stage.file("DSC00002.JPG");
-    stage.after(seconds(3));
-    stage.disk_answers = true;
-    stage.after(seconds(3));
-    EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
-    EXPECT_EQ(stage.answer_to<Shot>(second).pictures.at(0).camera_name, "DSC00002.JPG");
+TEST(BrainAttribution, AFileInDoubtIsPlacedOnceWhetherBelievedOrCancelledAndWaitsForNoMovie) {
+    for (const bool believed : {true, false}) {
+        ReadyStage stage;
+        shoot_in_doubt(stage);
+        stage.file("DSC00002.JPG");
+        stage.disk_answers = false;
+        stage.file("C0001.MP4");
+        stage.answer(Examined{stage.asked_of_disk<Examine>().back().ticket, Verdict::there});
+        stage.after(seconds(believed ? 2 : 1));
+        stage.ask(Cancel{});
+        const auto places = stage.asked_of_disk<Place>();
+        ASSERT_EQ(places.size(), 2U) << "the movie, and the file";
+        EXPECT_EQ(places[1].shot, believed ? std::optional(2U) : std::nullopt);
+    }
+}
+
+TEST(BrainAttribution, ANewerFileOfThe2SecondsSpeaksAgainstALateOneThoughTheDiskLooksAtItLater) {
+    for (const bool within : {true, false}) {
+        ReadyStage stage;
+        const RequestId second = shoot_in_doubt(stage);
+        stage.file("DSC00001.JPG");
+        stage.disk_answers = false;
+        stage.after(milliseconds(within ? 1979 : 1980));
+        stage.file("DSC00002.JPG");
+        stage.after(seconds(3));
+        stage.disk_answers = true;
+        stage.after(seconds(3));
+        EXPECT_EQ(stage.answer_to<Shot>(second).pictures.at(0).camera_name,
+                  within ? "DSC00002.JPG" : "DSC00001.JPG");
+        EXPECT_EQ(shot_of(stage, within ? "DSC00001.JPG" : "DSC00002.JPG"), std::nullopt);
+    }
 }
 
 TEST(BrainAttribution, BothHalvesOfALatePairAreUnaskedAndStillAPair) {
@@ -172,6 +220,7 @@ TEST(BrainAttribution, AnOlderStemBehindTheNewOneIsALateOne) {
 
 TEST(BrainAttribution, ALateFileDoesNotCountForAShotFurtherOnEither) {
     ReadyStage stage;
+    const Time empty = stage.now + milliseconds(735) + seconds(20);
     shoot_in_doubt(stage);
     stage.file("DSC00002.JPG");
     stage.after(seconds(3));
@@ -180,6 +229,11 @@ TEST(BrainAttribution, ALateFileDoesNotCountForAShotFurtherOnEither) {
     EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
     stage.file("DSC00003.JPG");
     EXPECT_EQ(stage.answer_to<Shot>(third).pictures.at(0).camera_name, "DSC00003.JPG");
+    stage.after(empty + minutes(2) - seconds(1) - stage.now);
+    stage.ask(Capture{});
+    stage.after(seconds(1));
+    stage.file("DSC00000.JPG");
+    EXPECT_EQ(shot_of(stage, "DSC00000.JPG"), 4U) << "it would be too late a one";
 }
 
 TEST(BrainAttribution, ALateFileBetweenTwoShotsIsUnasked) {
@@ -236,9 +290,12 @@ TEST(BrainAttribution, AnotherCamerasPictureOfTheSameNameMakesNoPairWithTheFirst
 TEST(BrainAttribution, AnUnaskedPairIsAPair) {
     ReadyStage stage(Dial{"both"});
     stage.file("DSC00001.ARW");
-    stage.after(seconds(119));
+    stage.file("DSC00001.MP4");
+    stage.after(milliseconds(119'960));
     stage.file("DSC00001.JPG");
-    EXPECT_EQ(stage.pictures().at(0).pair, stage.pictures().at(1).pair);
+    EXPECT_EQ(stage.pictures().at(0).pair, stage.pictures().at(2).pair);
+    EXPECT_NE(stage.pictures().at(0).pair, stage.pictures().at(1).pair) << "a movie is no half";
+    EXPECT_EQ(stage.pictures().at(2).after, std::nullopt);
 }
 
 TEST(BrainAttribution, AShotsNameIsThatOfBothItsHalves) {
@@ -265,7 +322,10 @@ TEST(BrainAttribution, AFileThatCouldNotBePlacedAndIsReportedAgainIsOfTheShotTha
     ReadyStage stage;
     const RequestId first = stage.shoot();
     stage.takes_files = false;
+    stage.file("C0001.MP4");
     stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.problems().at(0).shot, std::nullopt);
+    EXPECT_EQ(stage.problems().at(1).shot, 1U);
     stage.takes_files = true;
     stage.after(seconds(21));
     EXPECT_EQ(stage.outcome(first), (Outcome{ShotStatus::none, Code::picture_not_placed}));
@@ -274,6 +334,20 @@ TEST(BrainAttribution, AFileThatCouldNotBePlacedAndIsReportedAgainIsOfTheShotTha
     stage.after(seconds(21));
     EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), 1U);
     EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::none);
+}
+
+TEST(BrainAttribution, OfFilesThatCouldNotBePlacedTheFirst256AreKnownAgain) {
+    ReadyStage stage;
+    stage.takes_files = false;
+    for (std::size_t file = 0; file <= limit::stems; ++file) {
+        stage.file("C" + std::to_string(file) + ".MP4");
+    }
+    stage.report("C255.MP4");
+    stage.report("C256.MP4");
+    const auto places = stage.asked_of_disk<Place>();
+    ASSERT_EQ(places.size(), 259U);
+    EXPECT_EQ(places[257].pair, places[255].pair);
+    EXPECT_NE(places[258].pair, places[256].pair);
 }
 
 TEST(BrainAttribution, ADialTurnedRightAtTheShotMakesAPairOfItsHalves) {

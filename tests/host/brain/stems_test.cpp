@@ -13,7 +13,10 @@ TEST(StemsTest, TheNextNumberIsNewerAlsoAcrossTheWrap) {
     EXPECT_FALSE(is_newer("DSC00001", "DSC00001"));
     EXPECT_TRUE(is_newer("DSC00001", "DSC09999"));
     EXPECT_FALSE(is_newer("DSC09999", "DSC00001"));
+    EXPECT_TRUE(is_newer("DSC05000", "DSC00001"));
     EXPECT_FALSE(is_newer("DSC05001", "DSC00001")) << "as far ahead as behind";
+    EXPECT_TRUE(is_newer("DSC~2", "DSC~1"));
+    EXPECT_TRUE(is_newer("100000002", "100000001"));
 }
 
 TEST(StemsTest, NamesThatDoNotCountCannotBeCompared) {
@@ -22,6 +25,12 @@ TEST(StemsTest, NamesThatDoNotCountCannotBeCompared) {
     EXPECT_FALSE(is_newer("DSC00002", "IMG00001"));
     EXPECT_FALSE(is_newer("DSC2", "DSC00001"));
     EXPECT_FALSE(is_newer("9999999999", "9999999998"));
+}
+
+TEST(StemsTest, OnlyLettersHaveACase) {
+    EXPECT_TRUE(same_stem("ABMYZ_1", "abmyz_1"));
+    EXPECT_FALSE(same_stem("@", "`"));
+    EXPECT_FALSE(same_stem("[", "{"));
 }
 
 Stem stem(const std::string& text, Kind kind, bool may_be_pair = true) {
@@ -54,6 +63,7 @@ TEST(StemsTest, AFullPairHasNoThirdHalf) {
     stems.remember(stem("DSC00001", Kind::raw));
     stems.partner("DSC00001", Kind::developed)->developed = true;
     EXPECT_EQ(stems.partner("DSC00001", Kind::developed), nullptr);
+    EXPECT_EQ(stems.partner("DSC00001", Kind::raw), nullptr);
 }
 
 TEST(StemsTest, WhenTheCounterWasSetBackTheLatestOfTheNameCounts) {
