@@ -386,7 +386,7 @@ Examined Stage::examine(const Examine& work) {
                                                       : Kind::other;
     found.bytes = file_size;
     found.whole = damaged.count(found.camera_name) == 0;
-    found.why = found.whole ? "" : "cut short";
+    found.why = found.whole ? "" : why;
     found.room = room;
     return found;
 }

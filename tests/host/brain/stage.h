@@ -118,7 +118,8 @@ class Stage {
     std::uint64_t file_size = 1000;
     std::set<std::string> staged;   // names in the worker's folder
     std::set<std::string> damaged;  // of these
-    std::string run = "run-1";      // the one at work
+    std::string why = "cut short";
+    std::string run = "run-1";  // the one at work
 
     Brain brain;
     Time now = seconds(1000);

@@ -101,17 +101,24 @@ TEST(BrainTime, EachAnswerOfTheDiskIsWaitedForFromTheOneBeforeOn) {
 }
 
 TEST(BrainTime, AShotWhoseFileTheDiskDoesNotTakeIsOverInTimeAndThePictureToldLater) {
-    ReadyStage stage;
-    const RequestId capture = stage.ask(Capture{});
-    stage.after(milliseconds(800));
-    stage.disk_answers = false;
-    stage.file("DSC00001.JPG");
-    stage.after(seconds(36));
-    const Shot shot = stage.answer_to<Shot>(capture);
-    EXPECT_EQ(shot.problems.at(0).code, Code::picture_not_placed);
-    stage.disk_answers = true;
-    stage.after(seconds(1));
-    EXPECT_EQ(stage.pictures().size(), 1U);
+    for (const bool lost : {false, true}) {
+        ReadyStage stage;
+        const RequestId capture = stage.shoot();
+        stage.disk_answers = false;
+        stage.file("DSC00001.JPG");
+        if (lost) {
+            stage.lose();
+        }
+        stage.after(milliseconds(15'000 + 20'000 + 900 - 820 - 1));
+        EXPECT_FALSE(stage.is_answered(capture));
+        stage.after(milliseconds(1));
+        EXPECT_EQ(
+            stage.answer_to<Shot>(capture).problems.at(0).text,
+            lost ? "The camera went away." : "The folder's disk did not take a file in time.");
+        stage.disk_answers = true;
+        stage.after(seconds(1));
+        EXPECT_EQ(stage.pictures().size(), 1U);
+    }
 }
 
 TEST(BrainTime, ReportsThatAreTooManyAreLeftToASweep) {
