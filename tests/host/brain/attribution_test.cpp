@@ -163,8 +163,9 @@ TEST(BrainAttribution, AFileInDoubtIsPlacedOnceWhetherBelievedOrCancelledAndWait
         shoot_in_doubt(stage);
         stage.file("DSC00002.JPG");
         stage.disk_answers = false;
-        stage.file("C0001.MP4");
-        stage.answer(Examined{stage.asked_of_disk<Examine>().back().ticket, Verdict::there});
+        stage.file("DSC00002.MP4");
+        const Ticket movie = stage.asked_of_disk<Examine>().back().ticket;
+        stage.answer(Examined{movie, Verdict::there, "DSC00002.MP4", "DSC00002"});
         stage.after(seconds(believed ? 2 : 1));
         stage.ask(Cancel{});
         const auto places = stage.asked_of_disk<Place>();
