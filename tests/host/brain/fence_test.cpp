@@ -46,6 +46,7 @@ TEST(Fence, AnotherWorkerOwesNothing) {
     fence.sent(seconds(1));
     fence.forget(seconds(2));
     EXPECT_FALSE(fence.outstanding());
+    EXPECT_EQ(fence.last(), seconds(2));
     EXPECT_FALSE(fence.heard(seconds(3)));
 }
 

@@ -52,8 +52,8 @@ TEST_F(HeldLinesTest, WhatDoesNotFollowALandedFileIsNotHeld) {
 TEST_F(HeldLinesTest, WhatFollowsALandedFileIsHeldForItsReportFor20MillisecondsAtMost) {
     hear("LOG|[SONY] landed a.JPG");
     hear("SAVE_DEST|disk");
-    hear("DOWNLOADED|/f/a.JPG");
     now += milliseconds(19);
+    hear("DOWNLOADED|/f/a.JPG");
     EXPECT_EQ(believed(), Lines{});
     EXPECT_EQ(held.wake_at(), milliseconds(1020));
     now += milliseconds(1);
@@ -109,10 +109,37 @@ TEST_F(HeldLinesTest, ALineOfAnotherThreadBetweenTheTwoIsKept) {
     EXPECT_EQ(in_20_ms(), (Lines{"SAVE_DEST|disk", "DOWNLOADED|/f/a%0ADISCONNECTED%7C"}));
 }
 
-TEST_F(HeldLinesTest, AnAbsoluteNameIsFoundToo) {
-    hear("LOG|[SONY] landed /elsewhere/a\nDISCONNECTED|");
-    hear("DOWNLOADED|/elsewhere/a%0ADISCONNECTED%7C");
-    EXPECT_EQ(in_20_ms(), (Lines{"DOWNLOADED|/elsewhere/a%0ADISCONNECTED%7C"}));
+TEST_F(HeldLinesTest, AReportOfAnotherFileTakesNoLineAway) {
+    for (const std::string other : {"a%0ASAVE_DEST%7Ccard", "ba%0ASAVE_DEST%7Cdisk"}) {
+        hear("LOG|[SONY] landed a\nSAVE_DEST|disk");
+        hear("DOWNLOADED|/f/" + other);
+        EXPECT_EQ(in_20_ms(), (Lines{"SAVE_DEST|disk", "DOWNLOADED|/f/" + other}));
+    }
+}
+
+TEST_F(HeldLinesTest, TheReportIsFoundHoweverItSpellsThePath) {
+    const std::string deep = "/" + std::string(1500, 'd') + "/";
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"/elsewhere/a", "/elsewhere/a%0A"},
+        {deep + "a", deep + "a%0A"},
+        {"a", "a%0A"},
+        {"a", "/f/a%0a"},
+        {"a", "/f%0Ag/a%0A"},
+        {"a", "/f/a%0Ab/a%0A"}};
+    for (const auto& [name, path] : cases) {
+        hear("LOG|[SONY] landed " + name + "\nDISCONNECTED|");
+        hear("DOWNLOADED|" + path + "DISCONNECTED%7C");
+        EXPECT_EQ(in_20_ms(), (Lines{"DOWNLOADED|" + path + "DISCONNECTED%7C"}));
+    }
+}
+
+TEST_F(HeldLinesTest, APathLongerThanAnyFileHasIsNoReport) {
+    for (const std::size_t too_long : {0U, 1U}) {
+        land("a.JPG");
+        hear("DOWNLOADED|" + std::string(4095 + too_long, 'x') + "%0A");
+        EXPECT_EQ(believed().size(), 2 * too_long) << "any other is waited for";
+        in_20_ms();
+    }
 }
 
 TEST_F(HeldLinesTest, AFolderWithABreakInItTakesNoLineAway) {
@@ -138,6 +165,9 @@ TEST_F(HeldLinesTest, NothingIsHeldOnceTheWorkerHasEnded) {
     land("a\nDISCONNECTED|");
     held.no_more();
     EXPECT_EQ(believed(), (Lines{"DOWNLOADED|/f/a%0ADISCONNECTED%7C"}));
+    held.forget();
+    hear("LOG|[SONY] landed a\nDISCONNECTED|");
+    EXPECT_EQ(believed(), Lines{}) << "the next one has not";
 }
 
 TEST_F(HeldLinesTest, TheRestOfACamerasNameIsDroppedWhateverItLooksLike) {
@@ -149,6 +179,9 @@ TEST_F(HeldLinesTest, TheRestOfACamerasNameIsDroppedWhateverItLooksLike) {
     hear("SAVE_DEST|disk");
     EXPECT_EQ(believed(), (Lines{"STATUS|Looking for a camera"}));
     EXPECT_EQ(in_20_ms(), (Lines{"STATUS|Opening camera session", "SAVE_DEST|disk"}));
+    hear("LOG|[SONY] camera \"X\nCONNECTED|X\n\" over USB");
+    hear("STATUS|Opening camera session");
+    EXPECT_EQ(in_20_ms(), Lines{"STATUS|Opening camera session"});
 }
 
 TEST_F(HeldLinesTest, ACameraThatIsNotOpenedTakesNoLineAway) {

@@ -9,11 +9,15 @@ using States = std::vector<State>;
 
 TEST(BrainLosing, ALossIsProbedBeforeItIsBelieved) {
     ReadyStage stage;
+    stage.hear("CONNECTED|MODEL-A");
+    stage.hear("ERROR|Could not set the download folder (0x00008000)");
     stage.lose();
     EXPECT_EQ(stage.said(), (Lines{"SET_SAVE_DEST|disk", "PRIME"}));
     stage.after(milliseconds(1));
+    EXPECT_EQ(stage.times_said("PRIME"), 1U) << "what was heard before it counts for nothing";
     EXPECT_EQ(stage.state().state, State::lost);
-    EXPECT_TRUE(stage.stands(Code::camera_lost));
+    EXPECT_EQ(stage.state().problems,
+              (std::vector<Problem>{{Code::camera_lost, "The camera went away.", {}, {}}}));
     EXPECT_EQ(stage.state().save_destination.in_force, std::nullopt);
     EXPECT_EQ(stage.state().file_type.in_force, std::nullopt);
 }
@@ -79,6 +83,19 @@ TEST(BrainLosing, TwoLinesForOneLossAreOneLoss) {
     EXPECT_EQ(stage.states(), (States{State::lost, State::settling, State::ready}));
 }
 
+TEST(BrainLosing, ALossThatIsHeardWhileOneIsProbedIsProbedBehindIt) {
+    ReadyStage stage;
+    stage.worker_answers = false;
+    stage.hear("DISCONNECTED|");
+    stage.hear("SAVE_DEST|disk");
+    stage.hear("DISCONNECTED|");
+    stage.forget();
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_EQ(stage.said(), (Lines{"SET_SAVE_DEST|disk", "PRIME"}));
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_EQ(stage.state().state, State::lost);
+}
+
 TEST(BrainLosing, ACameraThatIsBackBeforeTheProbeIsAnsweredIsSettledAgain) {
     ReadyStage stage;
     stage.hear("DISCONNECTED|");
@@ -109,7 +126,10 @@ TEST(BrainLosing, AConnectedThatNoSessionIsBehindIsAskedAboutOnce) {
     stage.hear("CONNECTED|MODEL-A");
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.said(), (Lines{"SET_SAVE_DEST|disk", "PRIME", "SET_SAVE_DEST|disk", "PRIME"}));
-    EXPECT_EQ(stage.state().state, State::lost);
+    EXPECT_EQ(stage.states(), States{State::lost});
+    stage.hear("CONNECTED|MODEL-A");
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.states(), (States{State::lost, State::settling, State::lost}));
 }
 
 TEST(BrainLosing, AConnectedThatComesAfterTheProbeFoundASessionSettlesItAgain) {

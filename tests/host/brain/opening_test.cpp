@@ -111,6 +111,18 @@ TEST(BrainOpening, AnOpeningThatFailsIsToldWithItsCodeAndAnsweredByDisconnect) {
     }
 }
 
+TEST(BrainOpening, ACameraThatWentAwayWhileItWasOpenedIsNotSettled) {
+    Stage stage;
+    stage.get_idle();
+    stage.worker_answers = false;
+    stage.ask(Connect{});
+    for (const std::string line : {"CONNECTED|MODEL-A", "DISCONNECTED|", "PRIME_DONE|OK"}) {
+        stage.hear(line);
+    }
+    EXPECT_EQ(stage.state().state, State::closing);
+    EXPECT_TRUE(stage.stands(Code::camera_lost));
+}
+
 TEST(BrainOpening, SilenceIsGivenUpAfter30Seconds) {
     OpeningStage stage(seconds(29));
     EXPECT_EQ(stage.state().state, State::opening);
@@ -310,6 +322,24 @@ TEST(BrainOpening, WithTheCameraGoWhatItsSettingsLacked) {
     EXPECT_TRUE(stage.answer_to<SessionState>(disconnect).problems.empty());
 }
 
+TEST(BrainOpening, TheNextCameraMayTakeTheFolderAndGiveOlderNames) {
+    ReadyStage stage;
+    stage.hear("ERROR|Could not set the download folder (0x00008000)");
+    stage.shoot();
+    stage.file("DSC00009.JPG");
+    stage.ask(Disconnect{});
+    stage.after(milliseconds(1));
+    EXPECT_TRUE(stage.stands(Code::folder_not_taken));
+    stage.get_ready();
+    EXPECT_TRUE(stage.state().problems.empty());
+    stage.shoot();
+    stage.after(seconds(21));  // without a file: from now on a late one is reckoned with
+    const RequestId third = stage.shoot();
+    stage.file("DSC00001.JPG");
+    stage.after(seconds(3));
+    EXPECT_EQ(stage.answer_to<Shot>(third).status, ShotStatus::complete);
+}
+
 TEST(BrainOpening, ConnectBehindADisconnectThatWaitsIsAnsweredByTheNextSession) {
     ReadyStage stage;
     const RequestId shot = stage.shoot();
@@ -322,6 +352,8 @@ TEST(BrainOpening, ConnectBehindADisconnectThatWaitsIsAnsweredByTheNextSession) 
     EXPECT_EQ(stage.answer_to<Shot>(shot).status, ShotStatus::complete);
     EXPECT_TRUE(stage.said("DISCONNECT"));
     EXPECT_FALSE(stage.is_answered(capture));
+    stage.after(milliseconds(479));
+    EXPECT_FALSE(stage.said("CONNECT")) << "sooner than 0.5 s after the session before";
     stage.after(seconds(2));
     EXPECT_EQ(stage.answers(disconnect), 1U);
     EXPECT_EQ(stage.answer_to<SessionState>(connect).state, State::ready);
