@@ -18,11 +18,26 @@ TEST(BrainConfiguring, IsAnsweredWhenAllIsInForce) {
     Configure configure = destination(SaveDestination::both);
     configure.file_type = FileType::both;
     const RequestId request = stage.ask(configure);
+    stage.hear("CONNECTED|MODEL-A");  // another session than the one that was asked
     stage.after(milliseconds(1));
     const auto state = stage.answer_to<SessionState>(request);
     EXPECT_EQ(state.save_destination.in_force, SaveDestination::both);
     EXPECT_EQ(state.file_type.in_force, FileType::both);
     EXPECT_EQ(stage.states(), (States{State::settling, State::ready}));
+    EXPECT_EQ(stage.said(), (Lines{"SET_SAVE_DEST|both", "PRIME", "SET_SAVE_DEST|both", "PRIME",
+                                   "SET_FILE_TYPE|both", "PRIME"}));
+}
+
+TEST(BrainConfiguring, WhileASessionSettlesItIsSettledAnew) {
+    Stage stage(wishes(SaveDestination::disk, FileType::raw));
+    stage.takes_type = false;
+    stage.ask(Connect{});
+    stage.after(milliseconds(100));
+    ASSERT_EQ(stage.state().state, State::settling);
+    const RequestId request = stage.ask(destination(SaveDestination::both));
+    stage.after(seconds(3));
+    EXPECT_EQ(stage.answer_to<SessionState>(request).save_destination.in_force,
+              SaveDestination::both);
 }
 
 TEST(BrainConfiguring, IsAnsweredWhenAProblemSaysWhatIsNot) {
@@ -65,6 +80,10 @@ TEST(BrainConfiguring, WithoutASessionItIsKeptForTheNext) {
     const RequestId request = stage.ask(type(FileType::raw));
     EXPECT_EQ(stage.answer_to<SessionState>(request).file_type,
               (Setting<FileType>{FileType::raw, {}}));
+    EXPECT_EQ(stage.states(), States{State::idle}) << "all are told";
+    stage.forget();
+    stage.ask(destination(SaveDestination::both));
+    EXPECT_EQ(stage.states(), States{State::idle});
     stage.get_ready();
     EXPECT_EQ(stage.state().file_type.in_force, FileType::raw);
 }
@@ -95,11 +114,52 @@ TEST(BrainConfiguring, AnotherFolderIsOpenedAndTheWorkerMovedBehindTheFence) {
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new");
     EXPECT_EQ(stage.said(), (Lines{"PRIME", "SET_DOWNLOAD_DIR|/new/.incoming/run-2", "PRIME"}));
+    EXPECT_EQ(stage.states(), States{State::ready}) << "all are told";
     EXPECT_EQ(stage.asked_of_disk<OpenRun>().at(0).moved_from, "run-1");
+    EXPECT_GT(stage.asked_of_disk<OpenRun>()[0].ticket,
+              stage.asked_of_disk<OpenFolder>().at(0).ticket);
     EXPECT_TRUE(stage.workers().empty()) << "it is the same worker";
     EXPECT_TRUE(stage.asked_of_disk<CloseFolder>().empty()) << "it may still bring files there";
     stage.file("DSC00001.JPG");
     EXPECT_EQ(stage.asked_of_disk<Examine>().at(0).run, "run-2");
+}
+
+TEST(BrainConfiguring, NoFolderIsOpenedBeforeTheWorkerIsDoneWithTheOneBefore) {
+    {
+        ReadyStage stage;
+        stage.worker_answers = false;
+        stage.ask(folder("/new"));
+        stage.tell(WorkerEnded{"run-1", WorkerEnd::gone, 1});
+        stage.after(milliseconds(1));
+        stage.hear("DOWNLOAD_DIR|/shots/.incoming/run-2");
+        stage.hear("PRIME_DONE|OK");
+        stage.hear("PRIME_DONE|OK");  // that behind CONNECT
+        EXPECT_TRUE(stage.asked_of_disk<OpenFolder>().empty()) << "nor the one in its place";
+        stage.hear("PRIME_DONE|OK");
+        EXPECT_EQ(stage.asked_of_disk<OpenFolder>().size(), 1U);
+    }
+    {
+        Stage stage;
+        stage.disk_answers = false;
+        stage.ask(Start{});
+        const RequestId request = stage.ask(folder("/new"));
+        EXPECT_EQ(stage.asked_of_disk<OpenFolder>().size(), 1U) << "while another is being opened";
+        stage.disk_answers = true;
+        stage.after(Time{});
+        stage.after(milliseconds(1));
+        EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new");
+    }
+}
+
+TEST(BrainConfiguring, WithoutAWorkerTheFolderOfBeforeIsClosedAtOnceAndNoneIsStarted) {
+    Stage stage;
+    stage.ask(folder("/first"));
+    EXPECT_TRUE(stage.asked_of_disk<CloseFolder>().empty()) << "none was open";
+    stage.ask(folder("/second"));
+    ASSERT_EQ(stage.asked_of_disk<CloseFolder>().size(), 1U);
+    EXPECT_EQ(stage.asked_of_disk<CloseFolder>()[0].folder, "/first");
+    EXPECT_EQ(stage.states(), States{State::down});
+    EXPECT_TRUE(stage.asked_of_disk<OpenRun>().empty());
 }
 
 TEST(BrainConfiguring, TheFolderOfBeforeIsSweptAndClosedWhenTheWorkerHasEnded) {
@@ -144,20 +204,26 @@ TEST(BrainConfiguring, AFileMeantForTheFolderOfBeforeIsLookedForThere) {
 TEST(BrainConfiguring, WhyAFolderWasNotChangedIsStillThereWhenTheOldOneWasOpenedMeanwhile) {
     Stage stage;
     stage.disk_answers = false;
+    stage.ask(Start{});
+    stage.refuse_folder(Code::folder_in_use, "/shots is in use");
+    stage.forget();
     const RequestId configure = stage.ask(folder("/new"));
     stage.ask(Connect{});
-    stage.refuse_folder(Code::folder_gone, "/new is not there");
+    stage.refuse_folder(Code::folder_in_use, "/new is in use");
     stage.disk_answers = true;
     stage.after(seconds(3));
     const auto state = stage.answer_to<SessionState>(configure);
     EXPECT_EQ(state.folder, "/shots");
-    EXPECT_EQ(state.problems.at(0).code, Code::folder_gone);
+    EXPECT_EQ(state.problems.at(0).text, "/new is in use");
+    EXPECT_TRUE(stage.state().problems.empty()) << "the old one is no longer";
 }
 
 TEST(BrainConfiguring, AFolderThatTheSdkDidNotTakeIsGivenToItAgainOnDemand) {
     ReadyStage stage;
     stage.hear("ERROR|Could not set the download folder (0x00008000)");
-    EXPECT_EQ(stage.standing(Code::folder_not_taken).sdk, 0x8000U);
+    EXPECT_EQ(
+        stage.standing(Code::folder_not_taken),
+        (Problem{Code::folder_not_taken, "The camera SDK does not take the folder.", 0x8000, {}}));
     const RequestId request = stage.ask(folder("/shots"));
     stage.after(milliseconds(1));
     EXPECT_TRUE(stage.said("SET_DOWNLOAD_DIR|/shots/.incoming/run-2"));
@@ -194,6 +260,23 @@ TEST(BrainConfiguring, AWorkerThatDoesNotSayThatItTakesTheFolderDoesNotTakeIt) {
               "The worker does not take the folder.");
 }
 
+TEST(BrainConfiguring, AFolderOfBeforeThatIsRefusedInItsTurnStandsBehindTheAnswer) {
+    ReadyStage stage;
+    stage.worker_answers = false;
+    Configure configure = type(FileType::raw);
+    configure.folder = "/new";
+    const RequestId request = stage.ask(configure);
+    stage.hear("PRIME_DONE|OK");
+    stage.hear("PRIME_DONE|OK");  // the worker does not take it, and gets the one of before again
+    stage.hear("ERROR|Could not set the download folder (0x00008000)");
+    stage.worker_answers = true;
+    stage.hear("SAVE_DEST|disk");
+    stage.hear("PRIME_DONE|OK");
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<SessionState>(request).problems.at(0).sdk, 0x8000U);
+    EXPECT_EQ(stage.standing(Code::folder_not_taken).sdk, 0x8000U);
+}
+
 TEST(BrainConfiguring, SettingsAreTakenAlsoWhenTheFolderIsNot) {
     ReadyStage stage;
     Configure configure = type(FileType::raw);
@@ -222,7 +305,8 @@ TEST(BrainConfiguring, APathThatDoesNotFitInALineIsNotTaken) {
     ReadyStage stage;
     const RequestId request = stage.ask(folder("/" + std::string(2000, '|')));
     stage.after(milliseconds(1));
-    EXPECT_EQ(stage.answer_to<SessionState>(request).problems.at(0).code, Code::folder_not_taken);
+    EXPECT_EQ(stage.answer_to<SessionState>(request).problems.at(0),
+              (Problem{Code::folder_not_taken, "The folder's path is too long.", {}, {}}));
     EXPECT_EQ(stage.said(), (Lines{"PRIME"}));
     EXPECT_TRUE(stage.asked_of_disk<OpenRun>().empty());
     for (const std::size_t length : {3966U, 3967U}) {
@@ -287,7 +371,9 @@ TEST(BrainConfiguring, AWorkerThatDiesInEachStepOfAMoveIsReplacedAndTheRequestAn
         stage.tell(WorkerEnded{"run-1", WorkerEnd::gone, 139});
         stage.disk_answers = true;
         stage.after(seconds(5));
-        EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new") << step;
+        const auto state = stage.answer_to<SessionState>(request);
+        EXPECT_EQ(state.folder, "/new") << step;
+        EXPECT_EQ(state.problems, std::vector<Problem>{}) << step;
         EXPECT_EQ(stage.state().state, State::ready) << step;
         EXPECT_EQ(stage.state().folder, "/new") << step;
         Lines swept;
@@ -312,9 +398,11 @@ TEST(BrainConfiguring, AWorkerThatIsLostWhileTheDiskOpensTheFolderIsReplacedInIt
         } else {
             stage.tell(WorkerEnded{"run-1", WorkerEnd::gone, 1});
         }
-        stage.after(seconds(30));
+        stage.after(milliseconds(30'100));
         EXPECT_EQ(stage.state().state, State::starting) << floods;
         stage.disk_answers = true;
+        stage.after(Time{});
+        EXPECT_EQ(stage.workers().size(), 1U) << "at once";
         stage.after(seconds(2));
         EXPECT_EQ(stage.state().state, State::ready) << floods;
         EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new") << floods;
@@ -343,7 +431,9 @@ TEST(BrainConfiguring, IsAnsweredAfter60SecondsAtTheLatest) {
     stage.after(seconds(59));
     EXPECT_FALSE(stage.is_answered(request));
     stage.after(seconds(1));
-    EXPECT_EQ(stage.answer_to<Problem>(request).code, Code::folder_not_taken);
+    EXPECT_EQ(
+        stage.answer_to<Problem>(request),
+        (Problem{Code::folder_not_taken, "The folder could not be changed in time.", {}, {}}));
     EXPECT_EQ(stage.state().folder, "/shots");
     EXPECT_FALSE(stage.stands(Code::folder_not_taken)) << "it is of a folder not in force";
 }
@@ -361,14 +451,19 @@ TEST(BrainConfiguring, ATypeThatCannotBeAskedInTimeSaysNothingOfAFolder) {
 
 TEST(BrainConfiguring, NoMoreThan8FoldersOfBeforeAreKeptOpenForOneWorker) {
     ReadyStage stage;
-    for (int count = 1; count <= 9; ++count) {
-        EXPECT_TRUE(stage.asked_of_disk<CloseFolder>().empty()) << count;
+    for (int count = 1; count <= 10; ++count) {
+        EXPECT_EQ(stage.asked_of_disk<CloseFolder>().size(), count < 10 ? 0U : 1U) << count;
         stage.ask(folder("/" + std::to_string(count)));
         stage.after(milliseconds(1));
     }
-    ASSERT_EQ(stage.asked_of_disk<CloseFolder>().size(), 1U);
-    EXPECT_EQ(stage.asked_of_disk<CloseFolder>()[0].folder, "/shots");
-    EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-1");
+    const auto closed = stage.asked_of_disk<CloseFolder>();
+    const auto swept = stage.asked_of_disk<SweepRun>();
+    ASSERT_EQ(closed.size(), 2U);
+    EXPECT_EQ(closed[0].folder, "/shots");
+    EXPECT_EQ(closed[1].folder, "/1");
+    ASSERT_EQ(swept.size(), 2U);
+    EXPECT_EQ(swept[0].run, "run-1");
+    EXPECT_EQ(swept[1].run, "run-2");
 }
 
 TEST(BrainConfiguring, WhyAFolderWasNotTakenIsAnsweredAndDoesNotStandAgainstTheOneInForce) {
@@ -384,6 +479,7 @@ TEST(BrainConfiguring, WhyAFolderWasNotTakenIsAnsweredAndDoesNotStandAgainstTheO
         EXPECT_EQ(state.problems.at(0).code, code);
         EXPECT_EQ(state.problems.at(0).text, "/new");
         EXPECT_EQ(stage.said(), (Lines{"PRIME"})) << word(code);
+        EXPECT_TRUE(stage.asked_of_disk<SweepRun>().empty());
         EXPECT_TRUE(stage.told(code));
         EXPECT_TRUE(stage.state().problems.empty()) << word(code);
     }
