@@ -8,7 +8,9 @@ using States = std::vector<State>;
 
 TEST(BrainEnding, AnIdleSessionIsEndedWith5SecondsARungAndTellsHow) {
     ReadyStage stage;
+    const RequestId configure = stage.ask(Configure{});
     const RequestId shutdown = stage.ask(Shutdown{});
+    EXPECT_EQ(stage.answers(configure), 1U);
     EXPECT_EQ(stage.ladders().at(0).rung, seconds(5));
     EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::quit, 0}));
     EXPECT_EQ(stage.states(), (States{State::ending, State::down}));
@@ -34,13 +36,17 @@ TEST(BrainEnding, FilesOnTheirWayAreWaitedFor) {
 
 TEST(BrainEnding, FilesOnTheirWayAreWaitedForNoLongerThan10Seconds) {
     ReadyStage stage;
+    stage.worker_ends = false;
     const RequestId capture = stage.shoot();
+    const RequestId queued = stage.ask(Capture{});
     stage.ask(Shutdown{});
-    stage.after(milliseconds(9'900));
+    EXPECT_EQ(stage.outcome(queued), (Outcome{ShotStatus::refused, Code::cancelled}));
+    stage.after(milliseconds(9'999));
     EXPECT_TRUE(stage.ladders().empty());
-    stage.after(milliseconds(200));
+    stage.after(milliseconds(1));
     EXPECT_EQ(stage.ladders().size(), 1U);
-    EXPECT_EQ(stage.answer_to<Shot>(capture).problems.at(0).code, Code::cancelled);
+    EXPECT_EQ(stage.answer_to<Shot>(capture).problems.at(0),
+              (Problem{Code::cancelled, "The session was ended.", {}, 1}));
 }
 
 TEST(BrainEnding, APatienceOfItsOwnCounts) {
@@ -55,7 +61,9 @@ TEST(BrainEnding, ASecondShutdownSharesTheEndAndMayHastenIt) {
     ReadyStage stage;
     stage.shoot();
     const RequestId first = stage.ask(Shutdown{});
-    const RequestId second = stage.ask(Shutdown{Time{}});
+    const RequestId second = stage.ask(Shutdown{seconds(3)});
+    stage.after(milliseconds(2'999));
+    EXPECT_TRUE(stage.ladders().empty());
     stage.after(milliseconds(1));
     EXPECT_EQ(stage.answer_to<Ended>(first), stage.answer_to<Ended>(second));
     EXPECT_EQ(stage.ladders().size(), 1U);
@@ -133,6 +141,19 @@ TEST(BrainEnding, AFolderThatNoWorkerWasMovedToIsClosedAndItsRunTakenAway) {
     EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-2");
 }
 
+TEST(BrainEnding, AChangeThatIsUnderWayIsAnsweredOnce) {
+    ReadyStage stage;
+    stage.disk_answers = false;
+    const RequestId configure = stage.ask(folder("/new"));
+    stage.after(milliseconds(1));
+    stage.ask(Shutdown{});
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<Problem>(configure),
+              (Problem{Code::cancelled, "The session is being ended.", {}, {}}));
+    EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/new");
+}
+
 TEST(BrainEnding, AWorkerThatDiesMeanwhileIsToldAsGone) {
     ReadyStage stage;
     stage.shoot();
@@ -187,6 +208,29 @@ TEST(BrainEnding, AWorkerThatCannotBeStartedIsNoProblemAnyMore) {
     EXPECT_TRUE(stage.problems().empty());
 }
 
+TEST(BrainEnding, AWorkerWhoseRunIsBeingMadeIsNotStarted) {
+    Stage stage;
+    stage.disk_answers = false;
+    stage.ask(Start{});
+    stage.answer(stage.opened("/shots"));
+    ASSERT_EQ(stage.asked_of_disk<OpenRun>().size(), 1U);
+    EXPECT_EQ(stage.answer_to<Ended>(stage.ask(Shutdown{})), (Ended{WorkerEnd::gone, 0}));
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    EXPECT_TRUE(stage.workers().empty());
+    EXPECT_EQ(stage.asked_of_disk<SweepRun>().at(0).run, "run-1");
+}
+
+TEST(BrainEnding, AFolderThatIsNotOpenedIsNoProblemAnyMore) {
+    Stage stage;
+    stage.disk_answers = false;
+    stage.ask(Start{});
+    stage.ask(Shutdown{});
+    stage.refuse_folder(Code::folder_in_use, "in use");
+    EXPECT_TRUE(stage.state().problems.empty());
+    EXPECT_EQ(stage.brain.wake_at(), never);
+}
+
 TEST(BrainEnding, AFolderThatIsOpenedTooLateIsClosedAgain) {
     Stage stage;
     stage.disk_answers = false;
@@ -206,8 +250,24 @@ TEST(BrainEnding, AWorkerThatNothingEndsIsNamedAndNotWaitedForForEver) {
     stage.after(seconds(16));
     EXPECT_FALSE(stage.is_answered(shutdown));
     stage.after(seconds(2));
-    EXPECT_EQ(stage.answer_to<Ended>(shutdown).worker, WorkerEnd::sigkill);
+    EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::sigkill, 128 + 9}));
     EXPECT_TRUE(stage.told(Code::worker_hangs));
+}
+
+TEST(BrainEnding, AFileOfAWorkerThatNothingEndsIsWaitedFor) {
+    ReadyStage stage;
+    stage.shoot();
+    stage.worker_ends = false;
+    stage.disk_answers = false;
+    stage.file("DSC00001.JPG");
+    const RequestId shutdown = stage.ask(Shutdown{});
+    stage.after(seconds(28));
+    ASSERT_TRUE(stage.told(Code::worker_hangs)) << "10 s for its files, 17 s to end it";
+    EXPECT_FALSE(stage.is_answered(shutdown));
+    stage.disk_answers = true;
+    stage.after(Time{});
+    EXPECT_EQ(stage.pictures().size(), 1U);
+    EXPECT_EQ(stage.answers(shutdown), 1U);
 }
 
 TEST(BrainEnding, OneThatNothingEndsAndThatIsOnTheLadderAlreadyIsWaitedForLessLong) {
@@ -245,12 +305,16 @@ TEST(BrainEnding, AShotWhoseFileAStuckDiskKeepsIsAnsweredBeforeTheEndIsTold) {
 }
 
 TEST(BrainEnding, AStopPastTheTimeOutLeavesAMomentToEndTheWorkerInOrder) {
-    ReadyStage stage;
-    stage.shoot();
-    const RequestId end = stage.ask(Shutdown{});
-    stage.stand_still(seconds(100));
-    stage.after(seconds(1));
-    EXPECT_EQ(stage.answer_to<Ended>(end), (Ended{WorkerEnd::quit, 0}));
+    for (const bool ends : {true, false}) {
+        ReadyStage stage;
+        stage.worker_ends = ends;
+        stage.shoot();
+        const RequestId end = stage.ask(Shutdown{});
+        stage.stand_still(seconds(100));
+        stage.after(seconds(1));
+        EXPECT_EQ(stage.answer_to<Ended>(end).worker, ends ? WorkerEnd::quit : WorkerEnd::gone);
+        EXPECT_EQ(stage.brain.wake_at(), never);
+    }
 }
 
 }  // namespace
