@@ -213,6 +213,7 @@ TEST(BrainOpening, DisconnectWhileOpeningClosesAtOnce) {
     EXPECT_EQ(stage.answer_to<Problem>(connect),
               (Problem{Code::cancelled, "Disconnected meanwhile.", {}, {}}));
     EXPECT_EQ(stage.answer_to<SessionState>(disconnect).state, State::idle);
+    EXPECT_EQ(stage.brain.wake_at() - stage.now, seconds(1)) << "no next try is due";
     stage.after(seconds(20));
     EXPECT_EQ(stage.state().state, State::idle) << "nothing is tried again";
 }
