@@ -113,7 +113,7 @@ TEST_F(HeldLinesTest, AReportOfAnotherFileTakesNoLineAway) {
     for (const std::string other : {"a%0ASAVE_DEST%7Ccard", "ba%0ASAVE_DEST%7Cdisk"}) {
         hear("LOG|[SONY] landed a\nSAVE_DEST|disk");
         hear("DOWNLOADED|/f/" + other);
-        EXPECT_EQ(in_20_ms(), (Lines{"SAVE_DEST|disk", "DOWNLOADED|/f/" + other}));
+        EXPECT_EQ(in_20_ms(), (Lines{"SAVE_DEST|disk", "DOWNLOADED|/f/" + other})) << other;
     }
 }
 
@@ -129,7 +129,7 @@ TEST_F(HeldLinesTest, TheReportIsFoundHoweverItSpellsThePath) {
     for (const auto& [name, path] : cases) {
         hear("LOG|[SONY] landed " + name + "\nDISCONNECTED|");
         hear("DOWNLOADED|" + path + "DISCONNECTED%7C");
-        EXPECT_EQ(in_20_ms(), (Lines{"DOWNLOADED|" + path + "DISCONNECTED%7C"}));
+        EXPECT_EQ(in_20_ms(), (Lines{"DOWNLOADED|" + path + "DISCONNECTED%7C"})) << path;
     }
 }
 
