@@ -15,6 +15,9 @@ extern std::function<int(std::string_view call)> before;
 // Asked before each reading at a place in a file; the same.
 extern std::function<int()> before_reading;
 
+// Such a reading brings half of what was asked for.
+extern bool reads_in_pieces;
+
 // A file system without a rename that replaces nothing.
 extern bool no_exclusive_rename;
 

@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
 #include <set>
+#include <unistd.h>
 #include <utility>
 
+#include "host/pictures/whole/window.h"
 #include "tests/host/pictures/afternoon.h"
 #include "tests/host/pictures/disk_calls.h"
 
@@ -233,6 +236,33 @@ TEST_F(DiskThatKnowsMoreNames, GetsTheNextOneForAHalfToo) {
     const host::Picture half = desk_->bring(run_, "DSC00001.JPG", sample_jpeg("1"), how);
     EXPECT_EQ(half.path, folder_.path() / "DSC00001-3.JPG");
     EXPECT_EQ(half.pair, "the pair");
+}
+
+TEST(UnreadableDisk, APictureIsReadInPiecesAndThroughInterruptionsAndOnce) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path() / "file";
+    const std::uint64_t size = 40000;
+    write_file(path, std::string(size - 1, 'x') + "y");
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    host::pictures::Window window(file, size + 10);
+    int calls = 0;
+    disk_calls::before_reading = [&] {
+        return ++calls % 2 == 1 ? EINTR : 0;
+    };
+    EXPECT_EQ(window.byte(0), 'x');
+    EXPECT_EQ(window.byte(size - 1), 'y');
+    const int enough = calls;
+    EXPECT_EQ(window.byte(size - 2), 'x');
+    EXPECT_EQ(window.byte(32768), 'x');
+    EXPECT_EQ(calls, enough);
+    EXPECT_EQ(window.byte(size), std::nullopt) << "it has shrunk";
+    disk_calls::before_reading = [] {
+        return EIO;
+    };
+    EXPECT_EQ(window.byte(0), std::nullopt);
+    disk_calls::before_reading = {};
+    disk_calls::reads_in_pieces = false;
+    ::close(file);
 }
 
 TEST(UnreadableDisk, ALedgerThatCannotBeReadIsNotTakenForAnEmptyOne) {

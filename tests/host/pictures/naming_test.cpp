@@ -2,14 +2,17 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
 #include "host/pictures/naming/name_template.h"
 #include "host/pictures/naming/stems.h"
 #include "host/pictures/store.h"
+#include "tests/host/pictures/desk.h"
 
 namespace {
 
@@ -22,7 +25,7 @@ TEST(NameTemplate, TheseNameFiles) {
     for (const std::string& good :
          {std::string(), std::string("{camera}"), std::string("{date}/{time}-{n:4}"),
           std::string("shoot {shot:3}"), std::string("a/b/{n}"), std::string("Zo\xC3\xAB-{n:12}"),
-          std::string("{n:1}"), std::string("x..y"), std::string("{date}-{camera}"),
+          std::string("{n:1}"), std::string("x..y~"), std::string("{date}-{camera}"),
           std::string(192, 'x') + "{camera}", "{n}" + std::string(199, 'x'),
           std::string(199, 'x') + "{shot}"}) {
         EXPECT_EQ(why_no_name(good), "") << good;
@@ -66,6 +69,7 @@ TEST(NameTemplate, TheseAreRefusedInASentence) {
         {"{n", brace},
         {"n}", brace},
         {"{n}}", brace},
+        {"}n}", brace},
         {"a\nb", control},
         {"a\x1F", control},
         {"a\x7F", control},
@@ -99,7 +103,7 @@ TEST(NameTemplate, WordsStandForWhatTheySay) {
     EXPECT_EQ(spot_for("{date}/{time}_{camera}_{shot}_{n:5}", facts).stem,
               "12-51-30_DSC00001_12_00345");
     EXPECT_EQ(spot_for("", facts).stem, "DSC00001");
-    EXPECT_EQ(spot_for("{shot:2}", {"", {}, 0, {}}).stem, "00");
+    EXPECT_EQ(spot_for("{shot:2}-{n}", {}).stem, "00-0");
     EXPECT_EQ(spot_for("a/b/{n:3}", facts).folder, "a/b");
     EXPECT_EQ(spot_for("{n:3}", facts).stem, "345");
 }
@@ -119,12 +123,60 @@ TEST(Stems, CaseIsFoldedWhereAFileSystemMayFoldIt) {
         EXPECT_EQ(fold_case(one), other);
         EXPECT_EQ(fold_case(other), other);
     }
-    // ×, ÷, ß, ĸ, ŉ, ſ, ΐ, and what stands beside the alphabet.
+    // ×, ÷, ß, ĸ, ŉ, ſ, ΐ, what stands beside the alphabet, and what takes more bytes.
     for (const char* same : {"\xC3\x97", "\xC3\xB7", "\xC3\x9F", "\xC4\xB8", "\xC5\x89", "\xC5\xBF",
-                             "\xCE\x90", "@[`{"}) {
+                             "\xCE\x90", "@[`{", "\xE2\x82\xAC", "\xF0\x9F\x93\xB7"}) {
         EXPECT_EQ(fold_case(same), same);
     }
-    EXPECT_EQ(fold_case("\xFF\xC3"), "\xFF\xC3");
+    EXPECT_EQ(fold_case("\xC3\x41\xFF\xC3"), "\xC3\x61\xFF\xC3") << "no letters of two bytes";
+}
+
+class StemsOfAFolder : public testing::Test {
+  protected:
+    ~StemsOfAFolder() override {
+        ::close(descriptor_);
+    }
+    void add(const std::string& name) {
+        write_file(folder_.path() / name, "");
+    }
+    bool is_taken(const std::string& name) const {
+        return host::pictures::is_taken(descriptor_, name);
+    }
+    std::string free_stem(const std::string& stem, const std::string& ending,
+                          std::uint64_t least = 1) const {
+        const auto free = host::pictures::free_stem(descriptor_, stem, ending, least);
+        EXPECT_EQ(free.error, 0);
+        return free.stem;
+    }
+
+  private:
+    TemporaryFolder folder_;
+    const int descriptor_ = ::open(folder_.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+};
+
+TEST_F(StemsOfAFolder, AreTakenInAnyCaseAndByNoOtherLetters) {
+    EXPECT_FALSE(is_taken("AZ\xC3\x89.JPG"));
+    add("AZ\xC3\x89.JPG.xmp");
+    add("AZ\xC3\x88.JPG");
+    EXPECT_FALSE(is_taken("az\xC3\xA9.JPG"));
+    EXPECT_EQ(free_stem("az\xC3\xA9", ".JPG"), "az\xC3\xA9");
+    add("AZ\xC3\x89.jpg");
+    EXPECT_TRUE(is_taken("az\xC3\xA9.JPG"));
+    EXPECT_EQ(free_stem("az\xC3\xA9", ".JPG"), "az\xC3\xA9-2");
+}
+
+TEST_F(StemsOfAFolder, AreCountedWithUpToTenDigits) {
+    add("DSC-1234567890.JPG");
+    add("DSC-12345678901.JPG");
+    EXPECT_EQ(free_stem("DSC", ".JPG", 1234567890), "DSC-1234567891");
+    EXPECT_EQ(free_stem("DSC", ".JPG", 12345678901), "DSC-12345678901");
+}
+
+TEST_F(StemsOfAFolder, KeepALetterBesideTheLongestEnding) {
+    EXPECT_EQ(free_stem("abc", "." + std::string(241, 'x')), "ab");
+    for (const std::size_t size : {243, 244, 300}) {
+        EXPECT_EQ(free_stem("abc", std::string(size, 'x')), "a") << size;
+    }
 }
 
 TEST(Stems, AnEndingBeginsAtTheLastPoint) {

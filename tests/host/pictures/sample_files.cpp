@@ -12,6 +12,14 @@ std::string bytes(std::initializer_list<int> values) {
     return text;
 }
 
+std::string entry(int tag, int type, std::size_t count, std::size_t value) {
+    return little_endian(static_cast<std::size_t>(tag), 2) +
+           little_endian(static_cast<std::size_t>(type), 2) + little_endian(count, 4) +
+           little_endian(value, 4);
+}
+
+}  // namespace
+
 std::string big_endian(std::size_t number, int count) {
     std::string text;
     for (int index = count - 1; index >= 0; --index) {
@@ -32,17 +40,9 @@ std::string segment(int code, const std::string& content) {
     return bytes({0xFF, code}) + big_endian(content.size() + 2, 2) + content;
 }
 
-std::string entry(int tag, int type, std::size_t count, std::size_t value) {
-    return little_endian(static_cast<std::size_t>(tag), 2) +
-           little_endian(static_cast<std::size_t>(type), 2) + little_endian(count, 4) +
-           little_endian(value, 4);
-}
-
 std::string box(std::string_view type, const std::string& content) {
     return big_endian(content.size() + 8, 4) + std::string(type) + content;
 }
-
-}  // namespace
 
 std::string sample_jpeg(std::string_view inside, bool with_index) {
     const std::string frame = segment(0xC0, bytes({8, 0, 1, 0, 1, 1, 1, 0x11, 0}));

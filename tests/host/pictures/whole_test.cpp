@@ -13,29 +13,9 @@
 
 #include "simulator/camera/heif_still.h"
 #include "simulator/camera/pictures.h"
-#include "tests/host/pictures/desk.h"
+#include "tests/host/pictures/whole_file.h"
 
 namespace {
-
-class Whole : public testing::Test {
-  protected:
-    std::string why(const std::string& content, const std::string& name) {
-        write_file(folder_.path() / "file", content);
-        const int file = ::open((folder_.path() / "file").c_str(), O_RDONLY | O_CLOEXEC);
-        std::string text = host::pictures::why_not_whole(file, content.size(), name);
-        ::close(file);
-        return text;
-    }
-    // Not one byte of a file can be missing at its end.
-    void needs_all_of(const std::string& content, const std::string& name) {
-        ASSERT_EQ(why(content, name), "");
-        for (std::size_t bytes = 0; bytes < content.size(); ++bytes) {
-            ASSERT_NE(why(content.substr(0, bytes), name), "") << name << ", " << bytes << " bytes";
-        }
-    }
-
-    TemporaryFolder folder_;
-};
 
 TEST_F(Whole, EveryFormatNeedsItsLastByte) {
     needs_all_of(sample_jpeg("picture"), "a.JPG");
@@ -160,68 +140,6 @@ TEST_F(Whole, ContentOfAnotherFormatIsNotWhole) {
     EXPECT_EQ(why(sample_raw(), "a.HIF"), "it does not begin as a HEIF does");
 }
 
-struct TiffEntry {
-    std::uint64_t tag, type, count, value;
-};
-
-// One directory, and the bytes behind it from `tiff_data` on.
-constexpr std::uint64_t tiff_data = 100;
-std::string tiff(bool little, const std::vector<TiffEntry>& entries, std::uint64_t next = 0) {
-    std::string file = little ? "II" : "MM";
-    const auto add = [&](std::uint64_t number, unsigned int bytes) {
-        for (unsigned int index = 0; index < bytes; ++index) {
-            file += static_cast<char>(number >> 8 * (little ? index : bytes - 1 - index));
-        }
-    };
-    add(42, 2);
-    add(8, 4);
-    add(entries.size(), 2);
-    for (const TiffEntry& entry : entries) {
-        add(entry.tag, 2);
-        add(entry.type, 2);
-        add(entry.count, 4);
-        add(entry.value, 4);
-    }
-    add(next, 4);
-    file.resize(tiff_data, '\0');
-    // Two strips: of 4 bytes here, and of 200 behind them.
-    for (const std::uint64_t number : {tiff_data, tiff_data + 4, 4UL, 200UL}) {
-        add(number, 4);
-    }
-    return file.append(300, 'x');
-}
-
-TEST_F(Whole, ARawNeedsAllThatItsDirectoriesName) {
-    const TiffEntry offsets{0x0111, 4, 2, tiff_data};
-    const TiffEntry sizes{0x0117, 4, 2, tiff_data + 8};
-    const std::string early = "it ends before its picture does";
-    const std::string damaged = "its directories are damaged";
-    for (const bool little : {true, false}) {
-        const std::string whole = tiff(little, {offsets, sizes});
-        const std::uint64_t end = whole.size();
-        EXPECT_EQ(why(whole, "a.ARW"), "");
-        EXPECT_EQ(why(tiff(little, {}), "a.ARW"), "it ends before its picture");
-        EXPECT_EQ(why(whole.substr(0, tiff_data + 203), "a.ARW"), early) << "the second strip";
-        EXPECT_EQ(why(tiff(little, {offsets, sizes}, end), "a.ARW"), early);
-        EXPECT_EQ(why(tiff(little, {offsets}), "a.ARW"), damaged);
-        EXPECT_EQ(why(tiff(little, {{0x0111, 1, 1, 9}, {0x0117, 1, 1, 9}}), "a.ARW"), damaged);
-        for (const std::uint64_t below : {0x014A, 0x8769, 0x8825}) {
-            EXPECT_EQ(why(tiff(little, {offsets, sizes, {below, 4, 1, end}}), "a.ARW"), early);
-        }
-        std::uint64_t type = 0;
-        for (const std::uint64_t bytes : {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4}) {
-            const auto with = [&](std::uint64_t value) {
-                return why(tiff(little, {{1, type, 10, value}, offsets, sizes}), "a.ARW");
-            };
-            EXPECT_EQ(with(end - 10 * bytes), "") << type;
-            EXPECT_EQ(with(end - 10 * bytes + 1), bytes == 0 ? "" : early) << type;
-            ++type;
-        }
-        EXPECT_EQ(why(tiff(little, {{1, 1, 4, ~0U}, offsets, sizes}), "a.ARW"), "");
-        EXPECT_EQ(why(tiff(little, {{1, 1, 5, ~0U}, offsets, sizes}), "a.ARW"), early);
-    }
-}
-
 TEST_F(Whole, WhatIsMissingOrDamagedIsSaid) {
     const std::string jpeg = sample_jpeg("picture");
     const std::string heif = sample_heif("picture");
@@ -251,18 +169,28 @@ TEST_F(Whole, WhatIsMissingOrDamagedIsSaid) {
     }
 }
 
+TEST_F(Whole, BoxesAreReadToTheLastOne) {
+    const std::string type = box("ftyp", "heic");
+    const std::string data = box("mdat", "data");
+    const std::string whole = type + box("meta", "") + data;
+    std::string most;
+    for (int count = 3; count < 4096; ++count) {
+        most += box("free", "");
+    }
+    EXPECT_EQ(why(type + box("moov", "") + data, "a.HIF"), "");
+    EXPECT_EQ(why(type + data, "a.HIF"), "it ends before its picture");
+    EXPECT_EQ(why(whole + most, "a.HIF"), "");
+    // Of 7 bytes; of 8, said behind the type, where 16 have gone by; too few bytes; too many boxes.
+    for (const std::string& behind :
+         {std::string("\0\0\0\7free", 8), std::string("\0\0\0\1free\0\0\0\0\0\0\0\x08", 16),
+          std::string("123"), std::string("1234567"), most + box("free", "")}) {
+        EXPECT_EQ(why(whole + behind, "a.HIF"), "its boxes are damaged") << behind.size();
+    }
+}
+
 TEST_F(Whole, AMovieNeedsAllItsBoxes) {
     needs_all_of(sample_heif("movie"), "a.MP4");
     EXPECT_EQ(why("notes", "a.XML"), "");
-}
-
-TEST_F(Whole, DirectoriesThatNameEachOtherAreReadOnce) {
-    std::string content = sample_raw("picture");
-    // The second directory's next one is the first.
-    const std::size_t entry = 12;
-    const std::size_t second = 8 + 2 + 5 * entry + 4;
-    content[second + 2 + 2 * entry] = 8;
-    EXPECT_EQ(why(content, "a.ARW"), "");
 }
 
 TEST_F(Whole, AHugeFileOfNothingIsLookedAtInNoTime) {
@@ -271,9 +199,23 @@ TEST_F(Whole, AHugeFileOfNothingIsLookedAtInNoTime) {
     write_file(path, head);
     ASSERT_EQ(::truncate(path.c_str(), off_t{8} << 30), 0);
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    for (const char* name : {"a.JPG", "a.ARW", "a.HIF"}) {
-        EXPECT_NE(host::pictures::why_not_whole(file, std::uint64_t{8} << 30, name), "");
+    for (const auto& [name, said] : {std::pair{"a.JPG", "it is too large for a JPEG"},
+                                     std::pair{"a.ARW", "it does not begin as a RAW does"},
+                                     std::pair{"a.HIF", "it does not begin as a HEIF does"}}) {
+        EXPECT_EQ(host::pictures::why_not_whole(file, std::uint64_t{8} << 30, name), said);
     }
+    ::close(file);
+}
+
+TEST_F(Whole, AJpegHasAtMost512Mebibytes) {
+    const std::string path = folder_.path() / "large";
+    const std::string picture = sample_jpeg("picture");
+    const std::uint64_t most = std::uint64_t{512} << 20;
+    write_file(path, picture);
+    const int file = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(::pwrite(file, "\xFF\xD9", 2, static_cast<off_t>(most - 2)), 2);
+    EXPECT_EQ(host::pictures::why_not_whole(file, most, "a.JPG"), "");
+    EXPECT_EQ(host::pictures::why_not_whole(file, most + 1, "a.JPG"), "it is too large for a JPEG");
     ::close(file);
 }
 
