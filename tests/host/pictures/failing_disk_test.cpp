@@ -241,20 +241,33 @@ TEST_F(DiskThatKnowsMoreNames, GetsTheNextOneForAHalfToo) {
 TEST(UnreadableDisk, APictureIsReadInPiecesAndThroughInterruptionsAndOnce) {
     const TemporaryFolder folder;
     const std::string path = folder.path() / "file";
+    const auto value = [](std::uint64_t at) {
+        return static_cast<std::uint8_t>(1 + at % 251);
+    };
     const std::uint64_t size = 40000;
-    write_file(path, std::string(size - 1, 'x') + "y");
+    std::string content;
+    for (std::uint64_t at = 0; at < size; ++at) {
+        content += static_cast<char>(value(at));
+    }
+    write_file(path, content);
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     host::pictures::Window window(file, size + 10);
     int calls = 0;
+    disk_calls::reads_in_pieces = true;
     disk_calls::before_reading = [&] {
         return ++calls % 2 == 1 ? EINTR : 0;
     };
-    EXPECT_EQ(window.byte(0), 'x');
-    EXPECT_EQ(window.byte(size - 1), 'y');
-    const int enough = calls;
-    EXPECT_EQ(window.byte(size - 2), 'x');
-    EXPECT_EQ(window.byte(32768), 'x');
-    EXPECT_EQ(calls, enough);
+    for (const std::uint64_t first : {std::uint64_t{0}, std::uint64_t{32768}}) {
+        const int before = calls;
+        EXPECT_EQ(window.byte(first), value(first));
+        EXPECT_GT(calls, before) << "another piece";
+        const int enough = calls;
+        const std::uint64_t last = first == 0 ? 32767 : size - 1;
+        for (const std::uint64_t at : {last, first + 6000, first}) {
+            EXPECT_EQ(window.byte(at), value(at)) << at;
+        }
+        EXPECT_EQ(calls, enough) << "the same piece";
+    }
     EXPECT_EQ(window.byte(size), std::nullopt) << "it has shrunk";
     disk_calls::before_reading = [] {
         return EIO;

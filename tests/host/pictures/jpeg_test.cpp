@@ -53,12 +53,20 @@ TEST_F(WholeJpeg, EveryMarkerHasItsMeaning) {
 }
 
 TEST_F(WholeJpeg, ASegmentHasTheLengthThatItSays) {
-    const std::string rest = head_.substr(2) + "data" + end_;
-    const std::string extension = begin_ + "\xFF\xE0";
-    EXPECT_EQ(why_not(extension + big_endian(0, 2) + rest), damaged);
-    EXPECT_EQ(why_not(extension + big_endian(1, 2) + rest), damaged);
-    EXPECT_EQ(why_not(extension + big_endian(2, 2) + rest), "");
-    EXPECT_EQ(why_not(extension + big_endian(rest.size() + 3, 2) + rest), early);
+    const std::string data = "data" + end_;
+    const std::string rest = head_.substr(2) + data;
+    const auto extension = [&](std::size_t length) {
+        return why_not(begin_ + "\xFF\xE0" + big_endian(length, 2) + rest);
+    };
+    const auto scan = [&](std::size_t length) {
+        return why_not(begin_ + frame_ + "\xFF\xDA" + big_endian(length, 2) + data);
+    };
+    for (const std::size_t length : {0, 1}) {
+        EXPECT_EQ(extension(length), damaged);
+        EXPECT_EQ(scan(length), damaged);
+    }
+    EXPECT_EQ(extension(2), "");
+    EXPECT_EQ(extension(2 + rest.size() + 1), early);
     for (const std::string& cut :
          {begin_, begin_ + frame_, head_, head_ + "data", head_ + "\xFF"}) {
         EXPECT_EQ(why_not(cut), early);

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -142,7 +143,7 @@ class StemsOfAFolder : public testing::Test {
     bool is_taken(const std::string& name) const {
         return host::pictures::is_taken(descriptor_, name);
     }
-    std::string free_stem(const std::string& stem, const std::string& ending,
+    std::string free_stem(std::string_view stem, const std::string& ending,
                           std::uint64_t least = 1) const {
         const auto free = host::pictures::free_stem(descriptor_, stem, ending, least);
         EXPECT_EQ(free.error, 0);
@@ -170,6 +171,14 @@ TEST_F(StemsOfAFolder, AreCountedWithUpToTenDigits) {
     add("DSC-12345678901.JPG");
     EXPECT_EQ(free_stem("DSC", ".JPG", 1234567890), "DSC-1234567891");
     EXPECT_EQ(free_stem("DSC", ".JPG", 12345678901), "DSC-12345678901");
+}
+
+TEST_F(StemsOfAFolder, AreCutOnlyWhereTheyAreTooLong) {
+    for (const std::size_t size : {3, 240}) {
+        // The bytes behind it go on with its last letter, but are none of its own.
+        const std::string text = std::string(size, 'a') + std::string(300, '\x80');
+        EXPECT_EQ(free_stem(std::string_view(text).substr(0, size), ".JPG"), text.substr(0, size));
+    }
 }
 
 TEST_F(StemsOfAFolder, KeepALetterBesideTheLongestEnding) {

@@ -52,6 +52,15 @@ TEST_F(WholeRaw, ARawNeedsAllThatItsDirectoriesName) {
         const std::uint64_t end = whole.size();
         EXPECT_EQ(why(whole, "a.ARW"), "");
         EXPECT_EQ(why(tiff(little, {}), "a.ARW"), no_picture);
+        for (const std::size_t wrong : {0, 2, 3}) {
+            std::string other = whole;
+            other[wrong] = '+';
+            EXPECT_EQ(why(other, "a.ARW"), "it does not begin as a RAW does") << wrong;
+        }
+        // Where the first entry's count, and where the next directory's place was.
+        for (const std::size_t left : {14, 34}) {
+            EXPECT_EQ(why_shrunk(whole.substr(0, left), end, "a.ARW"), no_picture) << left;
+        }
         EXPECT_EQ(why(whole.substr(0, tiff_data + 203), "a.ARW"), early) << "the second strip";
         EXPECT_EQ(why(tiff(little, {offsets, sizes}, end), "a.ARW"), early);
         for (const std::uint64_t below : {0x014A, 0x8769, 0x8825}) {

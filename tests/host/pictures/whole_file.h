@@ -1,6 +1,7 @@
 // A file that is looked at: is it all there?
 #pragma once
 
+#include <cstdint>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -12,9 +13,14 @@
 class Whole : public testing::Test {
   protected:
     std::string why(const std::string& content, const std::string& name) {
+        return why_shrunk(content, content.size(), name);
+    }
+    // Of a file that had so many bytes when it was opened.
+    std::string why_shrunk(const std::string& content, std::uint64_t size,
+                           const std::string& name) {
         write_file(folder_.path() / "file", content);
         const int file = ::open((folder_.path() / "file").c_str(), O_RDONLY | O_CLOEXEC);
-        std::string text = host::pictures::why_not_whole(file, content.size(), name);
+        std::string text = host::pictures::why_not_whole(file, size, name);
         ::close(file);
         return text;
     }
@@ -26,5 +32,5 @@ class Whole : public testing::Test {
         }
     }
 
-    TemporaryFolder folder_;
+    TemporaryFolder folder_{quick_disk()};
 };

@@ -85,7 +85,7 @@ TEST_F(AWindow, FindsTheNextMark) {
                                       {std::uint64_t{5}, std::uint64_t{5}},
                                       {std::uint64_t{6}, piece - 1},
                                       {piece, piece},
-                                      {piece + 1, 2 * piece + 3},
+                                      {piece + 100, 2 * piece + 3},
                                       {2 * piece + 4, last},
                                       {size, size}}) {
         EXPECT_EQ(window.next_ff(from), found) << from;
