@@ -72,15 +72,17 @@ std::uint64_t number_under(std::string_view name, std::string_view folded_stem) 
     return error == std::errc() && end == last && first[1] != '0' && number > 1 ? number : 0;
 }
 
-// Not in the middle of a character.
+// Not in the middle of a character, unless nothing is left then: a name of an ending only is
+// hidden.
 std::string_view shortened(std::string_view stem, std::size_t most) {
     if (stem.size() <= most) {
         return stem;
     }
-    while (most > 0 && (static_cast<unsigned char>(stem[most]) & 0xC0) == 0x80) {
-        --most;
+    std::size_t end = most;
+    while (end > 0 && (static_cast<unsigned char>(stem[end]) & 0xC0) == 0x80) {
+        --end;
     }
-    return stem.substr(0, most);
+    return stem.substr(0, end > 0 ? end : most);
 }
 
 }  // namespace

@@ -181,6 +181,12 @@ TEST_F(StemsOfAFolder, AreCutOnlyWhereTheyAreTooLong) {
     }
 }
 
+TEST_F(StemsOfAFolder, AreCutAnywhereWhereNoCharacterBegins) {
+    EXPECT_EQ(free_stem(std::string(300, '\x80'), ".JPG"), std::string(240, '\x80'))
+        << "not hidden, as .JPG alone would be";
+    EXPECT_EQ(free_stem("ab" + std::string(300, '\x80'), ".JPG"), "a");
+}
+
 TEST_F(StemsOfAFolder, KeepALetterBesideTheLongestEnding) {
     EXPECT_EQ(free_stem("abc", "." + std::string(241, 'x')), "ab");
     for (const std::size_t size : {243, 244, 300}) {
