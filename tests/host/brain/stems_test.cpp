@@ -76,7 +76,7 @@ TEST(StemsTest, WhenTheCounterWasSetBackTheLatestOfTheNameCounts) {
 TEST(StemsTest, NoMoreThan256AreRemembered) {
     Stems stems;
     stems.remember(stem("first", Kind::raw));
-    for (std::size_t count = 0; count < limit::stems; ++count) {
+    for (int count = 0; count < 256; ++count) {
         stems.remember(stem("DSC" + std::to_string(count), Kind::raw));
     }
     EXPECT_EQ(stems.partner("first", Kind::developed), nullptr);
