@@ -87,6 +87,7 @@ TEST(BrainEnding, WithoutAWorkerItIsOverAtOnce) {
     Stage stage;
     const RequestId shutdown = stage.ask(Shutdown{});
     EXPECT_EQ(stage.answer_to<Ended>(shutdown), (Ended{WorkerEnd::gone, 0}));
+    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Capture{})).text, "The session is being ended.");
 }
 
 TEST(BrainEnding, EverythingThatWaitsIsAnswered) {
@@ -247,6 +248,7 @@ TEST(BrainEnding, AWorkerThatNothingEndsIsNamedAndNotWaitedForForEver) {
     ReadyStage stage;
     stage.worker_ends = false;
     const RequestId shutdown = stage.ask(Shutdown{});
+    stage.hear("PRIME_DONE|OK");  // more than it was asked
     stage.after(seconds(16));
     EXPECT_FALSE(stage.is_answered(shutdown));
     stage.after(seconds(2));
@@ -285,9 +287,9 @@ TEST(BrainEnding, AStuckDiskDoesNotKeepTheEndFromBeingTold) {
     ReadyStage stage;
     stage.disk_answers = false;
     const RequestId shutdown = stage.ask(Shutdown{});
-    stage.after(seconds(29));
+    stage.after(milliseconds(29'999));
     EXPECT_FALSE(stage.is_answered(shutdown));
-    stage.after(seconds(2));
+    stage.after(milliseconds(1));
     EXPECT_EQ(stage.answers(shutdown), 1U);
     EXPECT_EQ(stage.state().state, State::down);
 }

@@ -49,6 +49,9 @@ TEST(BrainLosing, OneThatStaysAwayIsClosedAndOpenedAnewForAsLongAsItTakes) {
     EXPECT_EQ(stage.states(), (States{State::lost, State::closing, State::idle, State::opening,
                                       State::closing, State::idle}));
     EXPECT_EQ(stage.state().camera, std::nullopt);
+    EXPECT_EQ(stage.state().problems,
+              (std::vector<Problem>{{Code::camera_not_found, "No camera was found.", {}, {}}}))
+        << "one thing at a time is wrong with the camera";
     stage.after(minutes(10));
     stage.camera_there = true;
     stage.after(seconds(9));

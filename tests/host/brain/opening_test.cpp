@@ -53,6 +53,10 @@ TEST(BrainOpening, ConnectTriesAtOnceHoweverLongTheNextTryWasToBeWaitedFor) {
     stage.camera_there = false;
     stage.ask(Connect{});
     stage.after(seconds(10));
+    stage.forget();
+    stage.ask(Connect{});
+    stage.after(milliseconds(501));
+    EXPECT_EQ(stage.times_said("CONNECT"), 2U) << "the pauses begin anew";
     stage.camera_there = true;
     stage.ask(Connect{});
     stage.after(milliseconds(100));
@@ -73,10 +77,16 @@ TEST(BrainOpening, ConnectIsAnsweredAfter60SecondsByWhatStandsInTheWayAndGoesOnT
     Stage stage;
     stage.camera_there = false;
     const RequestId connect = stage.ask(Connect{});
-    stage.after(seconds(59));
+    stage.after(seconds(1));
+    const RequestId second = stage.ask(Connect{});
+    stage.after(milliseconds(58'999));
     EXPECT_FALSE(stage.is_answered(connect));
-    stage.after(seconds(2));
-    EXPECT_EQ(stage.answer_to<Problem>(connect).code, Code::camera_not_found);
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<Problem>(connect),
+              (Problem{Code::camera_not_found, "No camera was found.", {}, {}}));
+    EXPECT_FALSE(stage.is_answered(second));
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.answer_to<Problem>(second).code, Code::camera_not_found);
     stage.camera_there = true;
     stage.after(seconds(9));
     EXPECT_EQ(stage.state().state, State::ready);
@@ -125,8 +135,11 @@ TEST(BrainOpening, ACameraThatWentAwayWhileItWasOpenedIsNotSettled) {
 
 TEST(BrainOpening, SilenceIsGivenUpAfter30Seconds) {
     OpeningStage stage(seconds(29));
+    stage.ask(Connect{});  // which changes nothing
+    stage.hear("ERROR|Unknown command");
+    stage.after(milliseconds(999));
     EXPECT_EQ(stage.state().state, State::opening);
-    stage.after(seconds(2));
+    stage.after(milliseconds(1));
     EXPECT_EQ(stage.standing(Code::camera_no_answer).text, "The camera does not answer.");
     EXPECT_TRUE(stage.said("DISCONNECT"));
 }
@@ -235,6 +248,8 @@ TEST(BrainOpening, DisconnectIsAnsweredInEveryState) {
         const auto state = stage.answer_to<SessionState>(request);
         EXPECT_EQ(state.state, State::idle);
         EXPECT_EQ(state.camera, std::nullopt);
+        EXPECT_EQ(state.save_destination, (Setting<SaveDestination>{SaveDestination::disk, {}}));
+        EXPECT_EQ(state.file_type, Setting<FileType>{});
     }
 }
 
@@ -255,27 +270,62 @@ TEST(BrainOpening, WhatWasHeardBeforeTheCameraIsOpenedStoodInItsName) {
         stage.hear("PRIME_DONE|OK");
         EXPECT_EQ(stage.state().state, State::opening) << forged;
     }
+    Stage stage;
+    stage.get_idle();
+    stage.worker_answers = false;
+    stage.ask(Connect{});
+    stage.hear("FILE_TYPE|raw");
+    stage.hear("STATUS|Opening camera session");
+    stage.hear("CONNECTED|MODEL-A");
+    stage.hear("STATUS|No memory card in the camera — saving to the computer only");
+    stage.hear("PRIME_DONE|OK");
+    EXPECT_EQ(stage.state().state, State::settling) << "what is heard behind it did not";
+    EXPECT_EQ(stage.state().file_type.in_force, std::nullopt);
 }
 
 TEST(BrainOpening, DisconnectWaitsForTheShotButNotForLong) {
     ReadyStage stage;
-    const RequestId capture = stage.ask(Capture{});
-    const RequestId disconnect = stage.ask(Disconnect{});
-    stage.after(milliseconds(9'950));
-    EXPECT_FALSE(stage.said("DISCONNECT"));
-    EXPECT_EQ(stage.brain.wake_at(), stage.now + milliseconds(50));
-    stage.after(seconds(2));
-    EXPECT_EQ(stage.answer_to<Shot>(capture).status, ShotStatus::none);
-    EXPECT_EQ(stage.answer_to<SessionState>(disconnect).state, State::idle);
+    for (int time = 0; time < 2; ++time) {
+        const RequestId capture = stage.ask(Capture{});
+        const RequestId disconnect = stage.ask(Disconnect{});
+        EXPECT_EQ(stage.outcome(stage.ask(Capture{})),
+                  (Outcome{ShotStatus::refused, Code::not_connected}));
+        stage.after(milliseconds(9'950));
+        stage.ask(Disconnect{});
+        EXPECT_FALSE(stage.said("DISCONNECT"));
+        EXPECT_EQ(stage.brain.wake_at(), stage.now + milliseconds(50));
+        stage.after(seconds(2));
+        const Shot shot = stage.answer_to<Shot>(capture);
+        EXPECT_EQ(shot.status, ShotStatus::none);
+        EXPECT_EQ(
+            shot.problems,
+            (std::vector<Problem>{{Code::cancelled, "Disconnected meanwhile.", {}, shot.number}}));
+        EXPECT_EQ(stage.answer_to<SessionState>(disconnect).state, State::idle);
+        stage.get_ready();
+    }
 }
 
 TEST(BrainOpening, DisconnectOfAHangingWorkerIsAnsweredIn20Seconds) {
-    ReadyStage stage;
-    stage.worker_answers = false;
-    stage.worker_ends = false;
-    const RequestId disconnect = stage.ask(Disconnect{});
-    stage.after(seconds(21));
-    EXPECT_EQ(stage.answers(disconnect), 1U);
+    {
+        ReadyStage stage;
+        stage.worker_answers = false;
+        stage.worker_ends = false;
+        const RequestId disconnect = stage.ask(Disconnect{});
+        stage.after(seconds(21));
+        EXPECT_EQ(stage.answers(disconnect), 1U);
+    }
+    {
+        ReadyStage stage;
+        stage.shoot();
+        const RequestId disconnect = stage.ask(Disconnect{});
+        stage.after(seconds(9));
+        stage.worker_answers = false;  // the shot is given up a second later
+        stage.after(milliseconds(10'999));
+        EXPECT_FALSE(stage.is_answered(disconnect));
+        stage.after(milliseconds(1));
+        EXPECT_EQ(stage.answer_to<Problem>(disconnect),
+                  (Problem{Code::not_connected, "No camera is connected.", {}, {}}));
+    }
 }
 
 TEST(BrainOpening, NothingIsWrongWithACameraThatNobodyAsksForAnyMore) {
@@ -288,6 +338,7 @@ TEST(BrainOpening, NothingIsWrongWithACameraThatNobodyAsksForAnyMore) {
         ASSERT_TRUE(stage.stands(Code::camera_not_found));
         const RequestId disconnect = stage.ask(Disconnect{});
         EXPECT_TRUE(stage.answer_to<SessionState>(disconnect).problems.empty());
+        EXPECT_EQ(stage.brain.wake_at() - stage.now, seconds(1)) << "no next try is due";
     }
     {
         Stage stage;

@@ -199,9 +199,57 @@ TEST(BrainStarting, AFolderThatIsWaitedForIsShownAndIsNoProblemYet) {
     stage.tell(FolderWaitedFor{ticket, {Code::folder_in_use, "in use", {}, {}}});
     EXPECT_EQ(stage.state().waited_for.value().code, Code::folder_in_use);
     EXPECT_TRUE(stage.state().problems.empty());
+    stage.after(milliseconds(59'999));
+    EXPECT_FALSE(stage.is_answered(connect));
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<Problem>(connect).text, "in use");
     stage.answer(FolderOpened{ticket, "/shots", {}, {}, 0, {}});
     EXPECT_FALSE(stage.state().waited_for);
-    EXPECT_FALSE(stage.is_answered(connect));
+}
+
+TEST(BrainStarting, ASettingThatIsAskedWhileTheFolderIsOpenedWaitsForTheWorker) {
+    Stage stage;
+    stage.disk_answers = false;
+    stage.ask(Start{});
+    const RequestId request = stage.ask(type(FileType::raw));
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.states(), (States{State::starting, State::idle}));
+    EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/shots");
+}
+
+TEST(BrainStarting, DisconnectDoesNotKeepAWorkerFromBeingTriedAgain) {
+    Stage stage;
+    stage.worker_starts = false;
+    stage.ask(Start{});
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.answer_to<SessionState>(stage.ask(Disconnect{})).state, State::down);
+    stage.worker_starts = true;
+    stage.after(minutes(1));
+    EXPECT_EQ(stage.state().state, State::idle);
+}
+
+TEST(BrainStarting, AStateIsToldBeforeWhatIsDoneInIt) {
+    Stage stage;
+    stage.get_idle();
+    stage.brain.ask(100, type(FileType::raw), stage.now);
+    std::vector<Effect> effects = stage.brain.take();
+    ASSERT_EQ(effects.size(), 2U);
+    EXPECT_EQ(std::get<StateChanged>(effects[0]).state.file_type.asked, FileType::raw);
+    EXPECT_EQ(std::get<Reply>(effects[1]).request, 100U);
+    stage.brain.ask(101, Connect{}, stage.now);
+    effects = stage.brain.take();
+    ASSERT_EQ(effects.size(), 3U);
+    EXPECT_EQ(std::get<StateChanged>(effects[0]).state.state, State::opening);
+    EXPECT_EQ(std::get<Say>(effects[1]).line, "CONNECT");
+}
+
+TEST(BrainStarting, WhatIsHeardWithoutAWorkerCountsForNothing) {
+    Stage stage;
+    stage.hear("ERROR|Could not set the download folder (0x00008000)");
+    stage.hear("ERROR|Camera reported 0x000000FF");
+    EXPECT_TRUE(stage.problems().empty());
 }
 
 TEST(BrainStarting, AWorkerThatDoesNotGetReadyIsEndedQuicklyAndReplaced) {
@@ -289,13 +337,13 @@ TEST(BrainStarting, StartIsAnsweredAfter30SecondsAtTheLatest) {
     Stage stage;
     stage.disk_answers = false;
     const RequestId start = stage.ask(Start{});
-    stage.after(seconds(29));
+    stage.after(milliseconds(29'999));
     EXPECT_FALSE(stage.is_answered(start));
-    stage.after(seconds(2));
+    stage.after(milliseconds(1));
     stage.answer_to<Problem>(start);
-    stage.after(seconds(53));
+    stage.after(milliseconds(54'999));
     EXPECT_FALSE(stage.stands(Code::folder_gone)) << "the lock of a folder may be waited for";
-    stage.after(seconds(1));
+    stage.after(milliseconds(1));
     EXPECT_TRUE(stage.stands(Code::folder_gone));
 }
 
