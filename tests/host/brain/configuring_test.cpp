@@ -58,18 +58,34 @@ TEST(BrainConfiguring, IsAnsweredWhenAProblemSaysWhatIsNot) {
 TEST(BrainConfiguring, DuringAShotItWaitsForItsTurn) {
     ReadyStage stage;
     const RequestId first = stage.shoot();
+    stage.ask(Capture{});
     const RequestId configure = stage.ask(type(FileType::raw));
-    const RequestId second = stage.ask(Capture{});
+    const RequestId third = stage.ask(Capture{});
     stage.after(seconds(1));
     EXPECT_FALSE(stage.said("SET_FILE_TYPE|raw"));
     stage.file("DSC00001.JPG");
     EXPECT_TRUE(stage.is_answered(first));
     stage.after(milliseconds(800));
+    stage.file("DSC00002.JPG");
+    stage.after(milliseconds(800));
     EXPECT_TRUE(stage.is_answered(configure));
-    stage.file("DSC00002.ARW");
-    EXPECT_EQ(stage.answer_to<Shot>(second).status, ShotStatus::complete);
-    EXPECT_EQ(stage.said(), (Lines{"CAPTURE", "PRIME", "SET_SAVE_DEST|disk", "PRIME",
-                                   "SET_FILE_TYPE|raw", "PRIME", "CAPTURE", "PRIME"}));
+    stage.file("DSC00003.ARW");
+    EXPECT_EQ(stage.answer_to<Shot>(third).status, ShotStatus::complete);
+    EXPECT_EQ(stage.said(), (Lines{"CAPTURE", "PRIME", "CAPTURE", "PRIME", "SET_SAVE_DEST|disk",
+                                   "PRIME", "SET_FILE_TYPE|raw", "PRIME", "CAPTURE", "PRIME"}));
+}
+
+TEST(BrainConfiguring, ChangesAreMadeInTheirOrderAlsoBehindADisconnect) {
+    ReadyStage stage;
+    stage.shoot();
+    const RequestId first = stage.ask(type(FileType::raw));
+    const RequestId second = stage.ask(type(FileType::both));
+    stage.ask(Disconnect{});
+    stage.file("DSC00001.JPG");
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.answer_to<SessionState>(first).file_type.asked, FileType::raw);
+    EXPECT_EQ(stage.answer_to<SessionState>(second).file_type.asked, FileType::both);
+    EXPECT_EQ(stage.state().file_type.asked, FileType::both) << "what was asked last";
 }
 
 TEST(BrainConfiguring, WithoutASessionItIsKeptForTheNext) {

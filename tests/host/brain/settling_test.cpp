@@ -354,6 +354,20 @@ TEST(BrainSettling, APairThatIsRefusedEachTimeItIsAskedIsInForceAndAProblem) {
     EXPECT_EQ(stage.standing(Code::file_type_not_taken), refused);
 }
 
+TEST(BrainSettling, APairThatWasRefusedIsForgottenWithItsSession) {
+    ReadyStage stage(Dial{"both"});
+    stage.hear(pair_refused);
+    stage.ask(Disconnect{});
+    stage.after(milliseconds(1));
+    stage.get_ready();
+    const RequestId shot = stage.shoot();
+    stage.file("DSC00001.JPG");
+    stage.after(seconds(21));
+    EXPECT_EQ(
+        stage.answer_to<Shot>(shot).problems,
+        (std::vector<Problem>{{Code::half_missing, "Only one half of the shot came.", {}, 1}}));
+}
+
 TEST(BrainSettling, ACardThatComesOutInMidShootIsToldAndClearedWhenOneGoesIn) {
     ReadyStage stage(wishes(SaveDestination::both));
     const RequestId capture = stage.shoot();

@@ -190,6 +190,10 @@ TEST(BrainShots, ForTheCardItIsNotCompleteWhenTheCameraWarns) {
         const RequestId capture = stage.ask(Capture{});
         stage.after(milliseconds(700));
         stage.hear(line);
+        for (const Problem& told : stage.problems()) {
+            EXPECT_EQ(told,
+                      (Problem{Code::camera_error, "The camera reported an error.", 0x25101, 1}));
+        }
         stage.after(milliseconds(100));
         const Shot shot = stage.answer_to<Shot>(capture);
         EXPECT_EQ(shot.status, ShotStatus::none);
@@ -223,12 +227,16 @@ TEST(BrainShots, AShotWithoutAFileIsOverAfterItsPatience) {
 }
 
 TEST(BrainShots, APatienceOfItsOwnCounts) {
-    ReadyStage stage;
-    Capture capture;
-    capture.patience = milliseconds(100);
-    const RequestId request = stage.ask(capture);
-    stage.after(milliseconds(840));
-    EXPECT_EQ(stage.answer_to<Shot>(request).status, ShotStatus::none);
+    for (const Time patience : {Time{}, Time(milliseconds(100))}) {
+        ReadyStage stage;
+        Capture capture;
+        capture.patience = patience;
+        const RequestId request = stage.ask(capture);
+        stage.after(milliseconds(735 + 99));
+        EXPECT_FALSE(stage.is_answered(request)) << "it is 100 ms at least";
+        stage.after(milliseconds(1));
+        EXPECT_EQ(stage.answer_to<Shot>(request).status, ShotStatus::none);
+    }
 }
 
 TEST(BrainShots, APatienceForEverEndsAfterAnHour) {
@@ -251,12 +259,37 @@ TEST(BrainShots, AShotWithoutAFileAfterAWarningCarriesItsCode) {
         const RequestId capture = stage.shoot();
         stage.hear(line);
         stage.hear("LOG|[SONY] warning 0x251");
+        for (char digit = '!'; digit <= '~'; ++digit) {
+            if (std::string_view("0123456789ABCDEF").find(digit) == std::string_view::npos) {
+                stage.hear(std::string("LOG|[SONY] warning 0x0000000") + digit);
+            }
+        }
         stage.hear("LOG|[SONY] property 0x00000500 changed");
         stage.after(seconds(21));
         const Problem none = stage.answer_to<Shot>(capture).problems.at(0);
         EXPECT_EQ(none.sdk, 0x25103U) << line;
         EXPECT_EQ(none.text, "The shot brought no picture in time; the camera gave a reason.");
     }
+}
+
+TEST(BrainShots, WhatTheCameraSaysBeforeAShotIsFiredIsNoneOfIts) {
+    ReadyStage stage;
+    stage.disk_answers = false;
+    const RequestId capture = stage.ask(Capture{});
+    stage.hear("LOG|[SONY] warning 0x00000001");
+    stage.hear("ERROR|Camera reported 0x00000002");
+    stage.report("DSC00001.JPG");
+    stage.disk_answers = true;
+    stage.after(milliseconds(1));
+    stage.after(seconds(21));
+    EXPECT_EQ(
+        stage.answer_to<Shot>(capture).problems,
+        (std::vector<Problem>{{Code::no_picture, "The shot brought no picture in time.", {}, 1}}));
+    ASSERT_EQ(stage.problems().size(), 3U);
+    EXPECT_EQ(stage.problems()[0],
+              (Problem{Code::camera_error, "The camera reported an error.", 2, {}}));
+    EXPECT_EQ(stage.problems()[1].code, Code::picture_not_there);
+    EXPECT_EQ(stage.problems()[1].shot, std::nullopt);
 }
 
 TEST(BrainShots, ADamagedFileIsShownAndTheShotIncomplete) {
@@ -370,7 +403,10 @@ TEST(BrainShots, EightCapturesMayWaitAndTheNinthIsRefusedAsBusy) {
         const RequestId ninth = stage.ask(Capture{});
         const Shot refused = stage.answer_to<Shot>(ninth);
         EXPECT_EQ(refused.status, ShotStatus::refused);
-        EXPECT_EQ(refused.problems.at(0).text, "Eight captures are waiting already.");
+        EXPECT_EQ(refused.problems,
+                  (std::vector<Problem>{
+                      {Code::busy, "Eight captures are waiting already.", {}, refused.number}}));
+        EXPECT_EQ(stage.problems(), refused.problems);
         EXPECT_EQ(stage.shots().back(), refused);
         for (const RequestId request : requests) {
             EXPECT_FALSE(stage.is_answered(request));
@@ -380,7 +416,8 @@ TEST(BrainShots, EightCapturesMayWaitAndTheNinthIsRefusedAsBusy) {
 
 TEST(BrainShots, BeforeTheSessionWasEverReadyACaptureIsAnError) {
     Stage stage;
-    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Capture{})).code, Code::not_connected);
+    EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Capture{})),
+              (Problem{Code::not_connected, "No camera has been connected yet.", {}, {}}));
     stage.get_idle();
     EXPECT_EQ(stage.answer_to<Problem>(stage.ask(Capture{})).code, Code::not_connected);
 }
@@ -390,10 +427,13 @@ TEST(BrainShots, AfterDisconnectACaptureIsRefused) {
     stage.disk_answers = false;
     const RequestId not_fired_yet = stage.ask(Capture{});
     stage.ask(Disconnect{});
-    EXPECT_EQ(stage.outcome(not_fired_yet), (Outcome{ShotStatus::refused, Code::not_connected}));
+    EXPECT_EQ(stage.answer_to<Shot>(not_fired_yet).problems,
+              (std::vector<Problem>{{Code::not_connected, "Disconnected meanwhile.", {}, 1}}));
     stage.after(seconds(1));
-    EXPECT_EQ(stage.outcome(stage.ask(Capture{})),
-              (Outcome{ShotStatus::refused, Code::not_connected}));
+    const Shot later = stage.answer_to<Shot>(stage.ask(Capture{}));
+    EXPECT_EQ(later.status, ShotStatus::refused);
+    EXPECT_EQ(later.problems,
+              (std::vector<Problem>{{Code::not_connected, "No camera is connected.", {}, 2}}));
 }
 
 TEST(BrainShots, AShotThatCouldNotBeFiredInTimeIsRefusedAndNeverFired) {
@@ -452,12 +492,17 @@ TEST(BrainShots, TimeToExpireBeginsWithTheTurn) {
 
 TEST(BrainShots, CancelRefusesWhatIsQueued) {
     ReadyStage stage;
-    stage.shoot("1");
+    const RequestId first = stage.shoot("1");
     const RequestId second = stage.ask(tagged("2"));
     const RequestId third = stage.ask(tagged("3"));
+    stage.ask(tagged("4"));
     EXPECT_EQ(stage.answer_to<Done>(stage.ask(Cancel{"2"})), Done{});
-    EXPECT_EQ(stage.outcome(second), (Outcome{ShotStatus::refused, Code::cancelled}));
+    EXPECT_EQ(stage.answer_to<Shot>(second).problems,
+              (std::vector<Problem>{{Code::cancelled, "Cancelled.", {}, 2}}));
+    EXPECT_FALSE(stage.is_answered(first));
     EXPECT_FALSE(stage.is_answered(third));
+    stage.file("DSC00001.JPG");
+    EXPECT_EQ(stage.shots().back().tag, "3");
 }
 
 TEST(BrainShots, CancelEndsAFiredShotNowWithWhatItHas) {
@@ -598,8 +643,11 @@ TEST(BrainShots, LittleRoomIsAProblemUntilThereIsMore) {
     Stage stage;
     stage.room = (std::uint64_t{2} << 30) - 1;
     stage.get_ready();
+    stage.room = std::uint64_t{1} << 30;
+    stage.file("DSC00001.JPG");
     EXPECT_EQ(stage.standing(Code::disk_nearly_full).text,
               "The folder's disk has room for 2047 MiB only.");
+    EXPECT_TRUE(stage.problems().empty()) << "it is told once";
     stage.room = std::uint64_t{2} << 30;
     stage.shoot();
     EXPECT_FALSE(stage.stands(Code::disk_nearly_full));
@@ -735,8 +783,8 @@ TEST(BrainShots, TheNameOfAFileIsShownUpTo255BytesAndNotCutInACharacter) {
     stage.hear("DOWNLOADED|" + std::string(4097, 'x'));
     EXPECT_EQ(stage.problems().back().text,
               "A picture was reported under a path that no file can have.");
-    stage.report(std::string(300, '\x80'));
-    EXPECT_EQ(text().size(), 255U) << "it is no text at all";
+    stage.report("xy" + std::string(300, '\x80'));
+    EXPECT_EQ(text(), "xy" + std::string(253, '\x80')) << "it is no text at all";
 }
 
 TEST(BrainShots, ACaptureThatMayWaitForEverIsRefusedAfterAnHour) {
