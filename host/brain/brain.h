@@ -161,9 +161,6 @@ class Brain {
 
     // state.cpp
     void enter(State state);
-    void told_later() {
-        dirty_ = true;
-    }
     void tell_state();
     void forget_session();
 
