@@ -126,13 +126,13 @@ enum class Verdict { there, reported_before, not_there, outside, not_a_file };
 struct Examined {
     Ticket ticket = 0;
     Verdict verdict = Verdict::not_there;
-    std::string camera_name;  // with its ending
-    std::string stem;         // without; the halves of a pair have the same, whatever its case
+    std::string camera_name{};  // with its ending
+    std::string stem{};         // without; the halves of a pair have the same, whatever its case
     Kind kind = Kind::other;
     Format format = Format::other;
     std::uint64_t bytes = 0;
     bool whole = false;
-    std::string why;                      // what is wrong with it, when something is
+    std::string why{};                    // what is wrong with it, when something is
     std::optional<std::uint64_t> room{};  // bytes free in the folder
 };
 

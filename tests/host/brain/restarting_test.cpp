@@ -443,7 +443,8 @@ TEST(BrainRestarting, AChangeOfFolderThatTheEndCutsShortIsNotMadeBecauseTheWorke
     EXPECT_EQ(stage.answer_to<Problem>(request).code, Code::cancelled);
     stage.tell(WorkerEnded{"run-1", WorkerEnd::gone, 1});
     EXPECT_EQ(stage.state().folder, "/shots");
-    EXPECT_TRUE(stage.asked_of_disk<SweepRun>().empty());
+    ASSERT_EQ(stage.asked_of_disk<SweepRun>().size(), 1U) << "the other has a report open";
+    EXPECT_EQ(stage.asked_of_disk<SweepRun>()[0].run, "run-2");
 }
 
 }  // namespace
