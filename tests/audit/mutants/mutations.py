@@ -73,7 +73,7 @@ class Mutant:
     @property
     def row(self):
         """As survivors names it."""
-        return self.file, self.text, self.change
+        return f"{self.file} | {self.text} | {self.change}"
 
     @property
     def changes_nothing(self):
