@@ -67,6 +67,11 @@ void Witness::must_be_shut() {
     if (worker_ != nullptr && worker_->alive() && !worker_->cannot_be_killed) {
         wrong("G10", "a worker is left behind");
     }
+    for (const auto& [path, folder] : disk_.folders) {
+        if (folder.open && !is_written_to(path)) {
+            wrong("G10", path + " is kept for nobody");
+        }
+    }
     check_files();
 }
 
@@ -84,6 +89,13 @@ void Witness::look_back() {
             }
         }
     }
+}
+
+// By a worker that cannot be ended.
+bool Witness::is_written_to(const std::string& folder) const {
+    return std::any_of(disk_.runs.begin(), disk_.runs.end(), [&](const auto& entry) {
+        return entry.second.folder == folder && disk_.is_held(entry.first);
+    });
 }
 
 // What this brain's workers have left behind.

@@ -112,6 +112,7 @@ class Witness {
     void check_whose(const Shown& shown);
     bool is_first_of_its_counting(const Press& press) const;
     void check_pairs();
+    bool is_written_to(const std::string& folder) const;
     void check_files();
     void check_in_force(const host::SessionState& state);
     void check_over(const host::Shot& shot);
