@@ -4,14 +4,65 @@
 #include <thread>
 #include <unistd.h>
 
+#include "host/process/command.h"
+#include "host/values/utf8.h"
 #include "tests/host/pictures/desk.h"
 
 namespace {
 
 using host::Code;
 
+host::Problem not_taken(const fs::path& folder, const std::string& why) {
+    return {Code::folder_not_taken,
+            "The folder " + folder.string() + " is not taken: " + why + ".",
+            {},
+            {}};
+}
+
+host::Problem not_permitted(const fs::path& folder) {
+    return {Code::folder_not_permitted,
+            "The folder " + folder.string() + " cannot be written to: Permission denied.",
+            {},
+            {}};
+}
+
+host::Problem in_use(const fs::path& folder, const std::string& by) {
+    return {Code::folder_in_use,
+            "The folder " + folder.string() + " is used by another program" + by + ".",
+            {},
+            {}};
+}
+
+// Root may do everything: it becomes somebody else, for what is done or for what is asked.
+class Nobody {
+  public:
+    enum class For { doing, asking };
+
+    explicit Nobody(For what) {
+        if (root_) {
+            EXPECT_EQ(what == For::doing ? ::seteuid(nobody) : ::setreuid(nobody, 0), 0);
+        }
+    }
+    ~Nobody() {
+        if (root_) {
+            EXPECT_EQ(::seteuid(0), 0);
+            EXPECT_EQ(::setreuid(0, 0), 0);
+        }
+    }
+    Nobody(const Nobody&) = delete;
+    Nobody& operator=(const Nobody&) = delete;
+
+  private:
+    static constexpr uid_t nobody = 65534;
+    const bool root_ = ::geteuid() == 0;
+};
+
 class Opening : public testing::Test {
   protected:
+    fs::path at(const std::string& name) const {
+        return folder_.path() / name;
+    }
+
     TemporaryFolder folder_;
 };
 
@@ -32,16 +83,22 @@ TEST_F(Opening, AFolderIsTakenUnderItsOwnPath) {
 TEST_F(Opening, ItsLastPartIsMadeAndNothingElse) {
     Desk desk(folder_.path() / "new//");
     EXPECT_EQ(desk.open().folder, (folder_.path() / "new").string());
-    const auto refused = desk.fail_to_open((folder_.path() / "a/b").string());
-    EXPECT_EQ(refused.problem.code, Code::folder_not_taken);
-    EXPECT_FALSE(fs::exists(folder_.path() / "a"));
+    EXPECT_EQ(desk.fail_to_open(at("a/b").string()).problem,
+              not_taken(at("a/b"), "the folder that it is to lie in is not there"));
+    EXPECT_FALSE(fs::exists(at("a")));
 }
 
 TEST_F(Opening, ARelativePathIsTakenFromHere) {
     const fs::path before = fs::current_path();
     fs::current_path(folder_.path());
-    Desk desk("shots");
-    EXPECT_EQ(desk.open().folder, (folder_.path() / "shots").string());
+    for (const auto& [path, folder] : {std::pair("shots", "shots"), std::pair("s//", "s"),
+                                       std::pair("s/t/", "s/t"), std::pair("./s/u", "s/u")}) {
+        Desk desk(path);
+        EXPECT_EQ(desk.open().folder, at(folder).string());
+    }
+    fs::create_directory(at("here"));
+    fs::current_path(at("here"));
+    EXPECT_EQ(Desk(".").open().folder, at("here").string());
     fs::current_path(before);
 }
 
@@ -50,12 +107,14 @@ TEST_F(Opening, WhatIsNoFolderIsNotTaken) {
     fs::create_symlink("nowhere", folder_.path() / "dangling");
     ASSERT_EQ(::mkfifo((folder_.path() / "pipe").c_str(), 0600), 0);
     Desk desk(folder_.path());
-    for (const char* name : {"file", "dangling", "pipe", "file/below"}) {
-        EXPECT_EQ(desk.fail_to_open((folder_.path() / name).string()).problem.code,
-                  Code::folder_not_taken)
-            << name;
+    for (const auto& [name, why] :
+         {std::pair("file", "it is not a folder"), std::pair("pipe", "it is not a folder"),
+          std::pair("dangling", "File exists"), std::pair("file/below", "Not a directory")}) {
+        EXPECT_EQ(desk.fail_to_open(at(name).string()).problem, not_taken(at(name), why));
     }
-    EXPECT_EQ(desk.fail_to_open("").problem.code, Code::folder_not_taken);
+    EXPECT_EQ(desk.fail_to_open("").problem, not_taken("", "it has no name"));
+    const std::string cut("/tmp\0/x", 7);
+    EXPECT_EQ(desk.fail_to_open(cut).problem, not_taken(cut, "it has no name"));
     EXPECT_EQ(read_file(folder_.path() / "file"), "mine");
 }
 
@@ -69,49 +128,86 @@ TEST_F(Opening, APathThatIsNotUtf8IsNotTakenAndNotMade) {
 }
 
 TEST_F(Opening, APathThatIsTooLongForALineIsNotTaken) {
+    // The command that tells a worker of it, with a run of that length.
+    const auto bytes = [](const fs::path& folder) {
+        std::string error;
+        const std::string run = "/.incoming/run-20240501-123456-0123456789abcdef";
+        return host::write_command("SET_DOWNLOAD_DIR", {folder.string() + run}, error)
+            .value_or(std::string(host::longest_command + 1, 'x'))
+            .size();
+    };
     // Each "%" takes three bytes on the line.
     fs::path deep = folder_.path();
-    for (int level = 0; level < 6; ++level) {
-        deep /= std::string(240, '%');
+    while (bytes(deep / "x") + 243 <= host::longest_command) {
+        deep /= std::string(80, '%');
     }
+    const std::size_t room = host::longest_command - bytes(deep / "x");
     fs::create_directories(deep);
-    Desk desk(deep);
-    const auto refused = desk.fail_to_open(deep.string());
-    EXPECT_EQ(refused.problem.code, Code::folder_not_taken);
-    EXPECT_NE(refused.problem.text.find("too long"), std::string::npos) << refused.problem.text;
-    EXPECT_FALSE(fs::exists(deep / ".incoming"));
-    Desk shorter(deep.parent_path().parent_path());
-    EXPECT_EQ(shorter.open().folder, shorter.folder().string());
+    const fs::path longest = deep / std::string(1 + room, 'x');
+    Desk desk(longest);
+    const fs::path too_long = deep / std::string(2 + room, 'x');
+    EXPECT_EQ(desk.fail_to_open(too_long.string()).problem,
+              not_taken(host::escape_bytes(too_long.string()),
+                        "its path is too long: the command has 4096 bytes, and the worker takes "
+                        "at most 4095"));
+    EXPECT_FALSE(fs::exists(too_long));
+    EXPECT_EQ(desk.open().folder, longest.string());
+    std::string error;
+    EXPECT_TRUE(host::write_command("SET_DOWNLOAD_DIR", {desk.open_run().staging}, error)) << error;
 }
 
 TEST_F(Opening, AFolderThatForbidsItIsNotPermitted) {
-    constexpr uid_t nobody = 65534;
-    const uid_t before = ::geteuid();
-    const fs::path closed = folder_.path() / "closed";
+    const fs::path closed = at("closed");
     fs::create_directory(closed);
-    fs::permissions(closed, fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_read |
-                                fs::perms::others_exec);
     fs::permissions(folder_.path(), fs::perms::all);
-    // Root may write everywhere.
-    ASSERT_TRUE(before != 0 || ::seteuid(nobody) == 0);
+    fs::permissions(closed, fs::perms(0555));
     Desk desk(closed);
-    const auto refused = desk.fail_to_open(closed.string());
-    EXPECT_EQ(refused.problem.code, Code::folder_not_permitted);
-    EXPECT_EQ(refused.problem.text,
-              "The folder " + closed.string() + " cannot be written to: Permission denied.");
-    EXPECT_EQ(desk.fail_to_open((closed / "new").string()).problem.code,
-              Code::folder_not_permitted);
-    ASSERT_EQ(::seteuid(before), 0);
-    fs::permissions(closed, fs::perms::owner_all);
+    {
+        const Nobody nobody(Nobody::For::doing);
+        EXPECT_EQ(desk.fail_to_open(closed.string()).problem, not_permitted(closed));
+        EXPECT_EQ(desk.fail_to_open((closed / "new").string()).problem,
+                  not_permitted(closed / "new"));
+    }
     EXPECT_TRUE(fs::is_empty(closed));
+    fs::permissions(closed, fs::perms(0333));
+    {
+        const Nobody nobody(Nobody::For::doing);
+        EXPECT_EQ(desk.fail_to_open(closed.string()).problem, not_permitted(closed)) << "to list";
+    }
+    EXPECT_TRUE(fs::is_empty(closed));
+    fs::permissions(closed, fs::perms(0777));
+    EXPECT_EQ(desk.open().folder, closed.string());
+
+    // What is needed is there already, and a picture would find no place.
+    const auto look = [&] {
+        const auto looked =
+            desk.ask<host::FolderLooked>(host::LookAtFolder{desk.next_ticket(), closed.string()});
+        EXPECT_TRUE(looked.same);
+        return looked.writable;
+    };
+    Desk next(closed);
+    for (const int mode : {0555, 0666, 0444}) {
+        fs::permissions(closed, fs::perms(mode));
+        const Nobody nobody(Nobody::For::asking);
+        EXPECT_EQ(next.fail_to_open(closed.string()).problem, not_permitted(closed)) << mode;
+        EXPECT_FALSE(look()) << mode;
+    }
+    fs::permissions(closed, fs::perms(0777));
+    const Nobody nobody(Nobody::For::asking);
+    EXPECT_TRUE(look());
 }
 
 TEST_F(Opening, AnIncomingThatIsNotOursIsNotTaken) {
     TemporaryFolder elsewhere;
     fs::create_symlink(elsewhere.path(), folder_.path() / ".incoming");
     Desk desk(folder_.path());
-    EXPECT_EQ(desk.fail_to_open(folder_.path().string()).problem.code, Code::folder_not_taken);
+    const host::Problem not_ours = not_taken(folder_.path(), "its .incoming is not a folder");
+    EXPECT_EQ(desk.fail_to_open(folder_.path().string()).problem, not_ours);
     EXPECT_TRUE(fs::is_empty(elsewhere.path()));
+    fs::remove(at(".incoming"));
+    write_file(at(".incoming"), "mine");
+    EXPECT_EQ(desk.fail_to_open(folder_.path().string()).problem, not_ours);
+    EXPECT_EQ(read_file(at(".incoming")), "mine");
 }
 
 TEST_F(Opening, LinksAndPipesAreNoLockAndNoLedger) {
@@ -128,9 +224,9 @@ TEST_F(Opening, LinksAndPipesAreNoLockAndNoLedger) {
                 fs::create_symlink(elsewhere.path() / "mine", planted);
             }
             Desk desk(folder_.path());
-            const auto refused = desk.fail_to_open(folder_.path().string());
-            EXPECT_EQ(refused.problem.code, Code::folder_not_taken) << name;
-            EXPECT_NE(refused.problem.text.find(name), std::string::npos);
+            EXPECT_EQ(
+                desk.fail_to_open(folder_.path().string()).problem,
+                not_taken(folder_.path(), "its .incoming/" + std::string(name) + " is not a file"));
             EXPECT_TRUE(fs::exists(fs::symlink_status(planted)));
         }
     }
@@ -141,11 +237,14 @@ TEST_F(Opening, AFolderIsOneProgramsOnly) {
     Desk first(folder_.path());
     first.open();
     Desk second(folder_.path());
-    const auto refused = second.fail_to_open(folder_.path().string());
-    EXPECT_EQ(refused.problem.code, Code::folder_in_use);
-    EXPECT_EQ(refused.problem.text, "The folder " + folder_.path().string() +
-                                        " is used by another program, process " +
-                                        std::to_string(::getpid()) + ".");
+    const auto refused = [&] {
+        return second.fail_to_open(folder_.path().string()).problem;
+    };
+    EXPECT_EQ(refused(), in_use(folder_.path(), ", process " + std::to_string(::getpid())));
+    for (const auto& [note, by] : {std::pair("", ""), std::pair("1\n", ", process 1")}) {
+        write_file(at(".incoming/lock"), note);
+        EXPECT_EQ(refused(), in_use(folder_.path(), by));
+    }
     first.store().work(host::CloseFolder{folder_.path().string()});
     EXPECT_EQ(second.open().folder, folder_.path().string());
 }
@@ -156,14 +255,19 @@ TEST_F(Opening, AnotherProgramIsWaitedFor) {
     host::pictures::Options options = impatient();
     options.folder_in_use = std::chrono::seconds(10);
     std::vector<host::Problem> told;
-    options.folder_waited_for = [&](host::Ticket, const host::Problem& problem) {
+    options.folder_waited_for = [&](host::Ticket ticket, const host::Problem& problem) {
+        EXPECT_EQ(ticket, 1U);
         told.push_back(problem);
         first.reset();
     };
     Desk second(folder_.path(), options);
     EXPECT_EQ(second.open().folder, folder_.path().string());
-    ASSERT_EQ(told.size(), 1U);
-    EXPECT_EQ(told[0].code, Code::folder_in_use);
+    EXPECT_EQ(told, std::vector<host::Problem>{
+                        in_use(folder_.path(), ", process " + std::to_string(::getpid()))});
+    options.folder_in_use = {};
+    Desk third(folder_.path(), options);
+    third.fail_to_open(folder_.path().string());
+    EXPECT_EQ(told.size(), 1U) << "it was not waited for";
 }
 
 TEST_F(Opening, AProgramThatEndsWaitsForNobody) {
@@ -189,6 +293,45 @@ TEST_F(Opening, AFolderThatIsOpenIsOpenedAgainAtOnce) {
     const auto linked = desk.ask<host::FolderOpened>(
         host::OpenFolder{desk.next_ticket(), (folder_.path() / "link").string()});
     EXPECT_EQ(linked.folder, folder_.path().string());
+    EXPECT_EQ(linked.last_shot, 41U);
+    EXPECT_EQ(linked.room.has_value(), true);
+
+    // The one that was opened last is the one that is listed.
+    const TemporaryFolder second;
+    desk.ask<host::FolderOpened>(host::OpenFolder{desk.next_ticket(), second.path().string()});
+    EXPECT_TRUE(desk.store().list("", "", 9).empty());
+    desk.open();
+    EXPECT_EQ(desk.store().list("", "", 9).size(), 1U);
+}
+
+TEST_F(Opening, AFolderThatWasMovedIsOpenedUnderItsNewPath) {
+    const fs::path before = at("before");
+    const fs::path now = at("now");
+    Desk desk(before);
+    desk.open();
+    const OpenedRun run = desk.open_run();
+    fs::rename(before, now);
+    const auto open = [&](const fs::path& folder) {
+        return desk.ask<host::FolderOpened>(host::OpenFolder{desk.next_ticket(), folder.string()})
+            .folder;
+    };
+    EXPECT_EQ(open(now), now.string());
+    EXPECT_TRUE(desk.store().is_open(now.string()));
+    EXPECT_FALSE(desk.store().is_open(before.string()));
+    // Another stands where it was.
+    fs::rename(now, before);
+    fs::create_directory(now);
+    EXPECT_EQ(open(before), before.string());
+    EXPECT_EQ(open(now), now.string());
+    EXPECT_TRUE(desk.store().is_open(before.string()));
+
+    // It is closed, and its worker lives.
+    desk.store().work(host::CloseFolder{before.string()});
+    EXPECT_FALSE(desk.store().is_open(before.string()));
+    EXPECT_TRUE(desk.store().is_open(now.string()));
+    EXPECT_EQ(open(before), before.string());
+    EXPECT_TRUE(desk.store().is_open(before.string()));
+    desk.sweep(run);
 }
 
 TEST_F(Opening, AClosedFolderStaysOursWhileItsWorkerLives) {
@@ -220,6 +363,9 @@ TEST_F(Opening, ALookSaysWhetherItIsStillThere) {
     EXPECT_TRUE(look().there);
     EXPECT_FALSE(look().same);
     EXPECT_FALSE(look().writable);
+    fs::remove(folder);
+    write_file(folder, "");
+    EXPECT_FALSE(look().there) << "a file";
 }
 
 TEST_F(Opening, AFolderInAnothersPlaceIsOpenedAnew) {
@@ -248,6 +394,12 @@ TEST_F(Opening, AStagingFolderThatIsDeletedIsSeenAndMadeAnewWhenItIsAskedFor) {
     };
     fs::remove(left.staging);
     EXPECT_TRUE(can_be_shot_into()) << "the worker was moved from there";
+    const TemporaryFolder second;
+    desk.ask<host::FolderOpened>(host::OpenFolder{desk.next_ticket(), second.path().string()});
+    fs::remove(
+        desk.ask<host::RunOpened>(host::OpenRun{desk.next_ticket(), second.path().string(), ""})
+            .staging);
+    EXPECT_TRUE(can_be_shot_into()) << "it was another folder's";
     fs::remove(run.staging);
     EXPECT_FALSE(can_be_shot_into());
     run = desk.open_run(run.name);
