@@ -4,7 +4,9 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,21 +15,37 @@ namespace disk_calls {
 std::function<int(std::string_view call)> before;
 std::function<int()> before_reading;
 bool reads_in_pieces = false;
+std::function<int(std::string_view call)> before_looking;
+std::function<void(struct statvfs& facts)> on_facts;
 bool no_exclusive_rename = false;
 
 namespace {
 
-bool refused(std::string_view call) {
-    const int error = before ? before(call) : 0;
-    if (error != 0) {
+bool refuse(int error) {
+    if (error > 0) {
         errno = error;
     }
     return error != 0;
 }
 
+bool refused(std::string_view call) {
+    return refuse(before ? before(call) : 0);
+}
+
+bool looking_refused(std::string_view call) {
+    return refuse(before_looking ? before_looking(call) : 0);
+}
+
+// What the call takes, or gives, of so many bytes.
+template <typename Call>
+ssize_t bytes(int error, const Call& call) {
+    return error == nothing ? 0 : refuse(error) ? -1 : call();
+}
+
 }  // namespace
 }  // namespace disk_calls
 
+using disk_calls::looking_refused;
 using disk_calls::refused;
 
 extern "C" {
@@ -44,6 +62,12 @@ int __real_renameat(int from_folder, const char* from, int to_folder, const char
 int __real_renameat2(int from_folder, const char* from, int to_folder, const char* to,
                      unsigned int flags);
 int __real_unlinkat(int folder, const char* name, int flags);
+int __real_flock(int file, int operation);
+int __real_fstat(int file, struct stat* facts);
+int __real_fstatat(int folder, const char* name, struct stat* facts, int flags);
+int __real_fstatvfs(int file, struct statvfs* facts);
+DIR* __real_fdopendir(int folder);
+struct dirent* __real_readdir(DIR* folder);
 
 int __wrap_openat(int folder, const char* name, int flags, ...) {
     va_list rest;
@@ -65,20 +89,22 @@ ssize_t __wrap_write(int file, const void* bytes, size_t count) {
     if (!disk_calls::before) {
         return __real_write(file, bytes, count);
     }
-    return refused("write") ? -1 : __real_write(file, bytes, count > 20 ? count / 2 : count);
+    return disk_calls::bytes(disk_calls::before("write"), [&] {
+        return __real_write(file, bytes, count > 20 ? count / 2 : count);
+    });
 }
 
 ssize_t __wrap_pread(int file, void* bytes, size_t count, off_t at) {
-    const int error = disk_calls::before_reading ? disk_calls::before_reading() : 0;
-    if (error != 0) {
-        errno = error;
-        return -1;
-    }
-    return __real_pread(file, bytes, disk_calls::reads_in_pieces ? (count + 1) / 2 : count, at);
+    return disk_calls::bytes(
+        disk_calls::before_reading ? disk_calls::before_reading() : 0, [&] {
+            return __real_pread(file, bytes, disk_calls::reads_in_pieces ? (count + 1) / 2 : count,
+                                at);
+        });
 }
 
 ssize_t __wrap_pwrite(int file, const void* bytes, size_t count, off_t at) {
-    return refused("pwrite") ? -1 : __real_pwrite(file, bytes, count, at);
+    return disk_calls::bytes(disk_calls::before ? disk_calls::before("pwrite") : 0,
+                             [&] { return __real_pwrite(file, bytes, count, at); });
 }
 
 int __wrap_ftruncate(int file, off_t size) {
@@ -110,6 +136,34 @@ int __wrap_renameat2(int from_folder, const char* from, int to_folder, const cha
 
 int __wrap_unlinkat(int folder, const char* name, int flags) {
     return refused("unlinkat") ? -1 : __real_unlinkat(folder, name, flags);
+}
+
+int __wrap_flock(int file, int operation) {
+    return looking_refused("flock") ? -1 : __real_flock(file, operation);
+}
+
+int __wrap_fstat(int file, struct stat* facts) {
+    return looking_refused("fstat") ? -1 : __real_fstat(file, facts);
+}
+
+int __wrap_fstatat(int folder, const char* name, struct stat* facts, int flags) {
+    return looking_refused("fstatat") ? -1 : __real_fstatat(folder, name, facts, flags);
+}
+
+int __wrap_fstatvfs(int file, struct statvfs* facts) {
+    const int result = looking_refused("fstatvfs") ? -1 : __real_fstatvfs(file, facts);
+    if (result == 0 && disk_calls::on_facts) {
+        disk_calls::on_facts(*facts);
+    }
+    return result;
+}
+
+DIR* __wrap_fdopendir(int folder) {
+    return looking_refused("fdopendir") ? nullptr : __real_fdopendir(folder);
+}
+
+struct dirent* __wrap_readdir(DIR* folder) {
+    return looking_refused("readdir") ? nullptr : __real_readdir(folder);
 }
 
 }  // extern "C"

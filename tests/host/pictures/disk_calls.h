@@ -1,9 +1,10 @@
-// The system calls by which a store changes a disk, in the hands of a test: it can let one fail,
-// or end the process before it.
+// The system calls by which a store looks at a disk and changes it, in the hands of a test: it can
+// let one fail, or end the process before it.
 #pragma once
 
 #include <functional>
 #include <string_view>
+#include <sys/statvfs.h>
 
 namespace disk_calls {
 
@@ -12,11 +13,19 @@ namespace disk_calls {
 // power.
 extern std::function<int(std::string_view call)> before;
 
+// In place of an errno: the call succeeds, and takes or gives nothing.
+inline constexpr int nothing = -1;
+
 // Asked before each reading at a place in a file; the same.
 extern std::function<int()> before_reading;
 
 // Such a reading brings half of what was asked for.
 extern bool reads_in_pieces;
+// Asked before each call that locks, lists or looks at a file, with its name; the same.
+extern std::function<int(std::string_view call)> before_looking;
+
+// Changes what a file system says of itself.
+extern std::function<void(struct statvfs& facts)> on_facts;
 
 // A file system without a rename that replaces nothing.
 extern bool no_exclusive_rename;

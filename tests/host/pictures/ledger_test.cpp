@@ -239,7 +239,7 @@ TEST_F(LedgerFile, APathThatLeadsOutOfTheFolderIsGarbage) {
         EXPECT_EQ(read_entry(write_entry(placing)), LedgerEntry(placing)) << path;
     }
     for (const char* name : {"..", "a/b", "", "."}) {
-        Placing placing = some_placing();
+        placing = some_placing();
         placing.from = name;
         EXPECT_EQ(read_entry(write_entry(placing)), std::nullopt) << name;
         placing = some_placing();
