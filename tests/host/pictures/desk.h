@@ -61,6 +61,13 @@ class Desk {
             ADD_FAILURE() << "another answer";
             return {};
         }
+        const auto ticket = [](const auto& one) -> host::Ticket {
+            if constexpr (requires { one.ticket; }) {
+                return one.ticket;
+            }
+            return 0;
+        };
+        EXPECT_EQ(std::visit(ticket, *answer), std::visit(ticket, work));
         return std::get<Answer>(*answer);
     }
 
