@@ -174,6 +174,22 @@ TEST_F(Disks, ADiskThatHasBecomeReadOnlyLosesNothing) {
     static_cast<void>(examined);
 }
 
+TEST_F(Disks, AFolderThatIsReachedByASecondPathKeepsItsFirst) {
+    const fs::path first = folder_.path() / "first";
+    fs::create_directory(first);
+    mounted_ = ::mount(first.c_str(), where().c_str(), nullptr, MS_BIND, nullptr) == 0;
+    if (!mounted_) {
+        EXPECT_TRUE(errno == EPERM || errno == EACCES) << std::strerror(errno);
+        GTEST_SKIP() << "mounting is not permitted here";
+    }
+    Desk desk(first);
+    desk.open();
+    const auto second = desk.ask<host::FolderOpened>(host::OpenFolder{9, where().string()});
+    EXPECT_EQ(second.folder, first.string());
+    EXPECT_TRUE(desk.store().is_open(first.string()));
+    desk.store().work(host::CloseFolder{first.string()});
+}
+
 TEST_F(Disks, AnEmptyDiskIsTakenAndAnEjectedOneIsGone) {
     if (!mount_memory("size=256k")) {
         GTEST_SKIP() << "mounting is not permitted here";

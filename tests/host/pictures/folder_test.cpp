@@ -114,6 +114,8 @@ TEST(AnOpenFolder, IsFoundWhereItHasBeenMovedTo) {
         ::open((folder.path() / "before").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     fs::rename(folder.path() / "before", folder.path() / "now");
     EXPECT_EQ(path_now(open.number(), "otherwise"), folder.path() / "now");
+    const host::Descriptor root(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    EXPECT_EQ(path_now(root.number(), "otherwise"), "/");
     EXPECT_EQ(path_now(-1, "otherwise"), "otherwise");
 }
 

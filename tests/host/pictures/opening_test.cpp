@@ -1,6 +1,7 @@
 // Folders: which are taken, and what is said of those that are not.
 
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -82,10 +83,28 @@ TEST_F(Opening, AFolderIsTakenUnderItsOwnPath) {
 
 TEST_F(Opening, ItsLastPartIsMadeAndNothingElse) {
     Desk desk(folder_.path() / "new//");
+    const mode_t mask = ::umask(0);
     EXPECT_EQ(desk.open().folder, (folder_.path() / "new").string());
+    ::umask(mask);
+    EXPECT_EQ(fs::status(at("new")).permissions(), fs::perms(0777));
     EXPECT_EQ(desk.fail_to_open(at("a/b").string()).problem,
               not_taken(at("a/b"), "the folder that it is to lie in is not there"));
     EXPECT_FALSE(fs::exists(at("a")));
+}
+
+TEST_F(Opening, AFolderIsMadeInTheRootToo) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "to have a root of its own takes root";
+    }
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool changed = ::chroot(folder_.path().c_str()) == 0 && ::chdir("/") == 0;
+        ::_exit(changed && Desk("/new").open().folder == "/new" ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(fs::exists(at("new/.incoming/lock")));
 }
 
 TEST_F(Opening, ARelativePathIsTakenFromHere) {
@@ -174,27 +193,27 @@ TEST_F(Opening, AFolderThatForbidsItIsNotPermitted) {
         const Nobody nobody(Nobody::For::doing);
         EXPECT_EQ(desk.fail_to_open(closed.string()).problem, not_permitted(closed)) << "to list";
     }
-    EXPECT_TRUE(fs::is_empty(closed));
     fs::permissions(closed, fs::perms(0777));
+    EXPECT_TRUE(fs::is_empty(closed));
     EXPECT_EQ(desk.open().folder, closed.string());
 
     // What is needed is there already, and a picture would find no place.
     const auto look = [&] {
-        const auto looked =
-            desk.ask<host::FolderLooked>(host::LookAtFolder{desk.next_ticket(), closed.string()});
-        EXPECT_TRUE(looked.same);
-        return looked.writable;
+        return desk.ask<host::FolderLooked>(
+            host::LookAtFolder{desk.next_ticket(), closed.string()});
     };
     Desk next(closed);
     for (const int mode : {0555, 0666, 0444}) {
         fs::permissions(closed, fs::perms(mode));
         const Nobody nobody(Nobody::For::asking);
         EXPECT_EQ(next.fail_to_open(closed.string()).problem, not_permitted(closed)) << mode;
-        EXPECT_FALSE(look()) << mode;
+        EXPECT_FALSE(look().writable) << mode;
     }
+    fs::permissions(closed, fs::perms(0555));
+    EXPECT_TRUE(look().same);
     fs::permissions(closed, fs::perms(0777));
     const Nobody nobody(Nobody::For::asking);
-    EXPECT_TRUE(look());
+    EXPECT_TRUE(look().writable);
 }
 
 TEST_F(Opening, AnIncomingThatIsNotOursIsNotTaken) {
@@ -400,6 +419,14 @@ TEST_F(Opening, AStagingFolderThatIsDeletedIsSeenAndMadeAnewWhenItIsAskedFor) {
         desk.ask<host::RunOpened>(host::OpenRun{desk.next_ticket(), second.path().string(), ""})
             .staging);
     EXPECT_TRUE(can_be_shot_into()) << "it was another folder's";
+    for (const fs::path& folder : {run.staging, at(".incoming")}) {
+        fs::rename(folder, at("aside"));
+        fs::create_directory(folder);
+        EXPECT_FALSE(can_be_shot_into()) << "another one in its place";
+        fs::remove(folder);
+        fs::rename(at("aside"), folder);
+        EXPECT_TRUE(can_be_shot_into());
+    }
     fs::remove(run.staging);
     EXPECT_FALSE(can_be_shot_into());
     run = desk.open_run(run.name);
