@@ -14,7 +14,6 @@ namespace disk_calls {
 
 std::function<int(std::string_view call)> before;
 std::function<int()> before_reading;
-bool reads_in_pieces = false;
 std::function<int(std::string_view call)> before_looking;
 std::function<void(struct statvfs& facts)> on_facts;
 bool no_exclusive_rename = false;
@@ -36,10 +35,14 @@ bool looking_refused(std::string_view call) {
     return refuse(before_looking ? before_looking(call) : 0);
 }
 
-// What the call takes, or gives, of so many bytes.
+// Of so many bytes, as many as it may take or give.
 template <typename Call>
-ssize_t bytes(int error, const Call& call) {
-    return error == nothing ? 0 : refuse(error) ? -1 : call();
+ssize_t bytes(int error, size_t count, const Call& call) {
+    if (error < 0) {
+        count = std::min(count, static_cast<size_t>(-1 - error));
+        return count == 0 ? 0 : call(count);
+    }
+    return refuse(error) ? -1 : call(count);
 }
 
 }  // namespace
@@ -89,22 +92,18 @@ ssize_t __wrap_write(int file, const void* bytes, size_t count) {
     if (!disk_calls::before) {
         return __real_write(file, bytes, count);
     }
-    return disk_calls::bytes(disk_calls::before("write"), [&] {
-        return __real_write(file, bytes, count > 20 ? count / 2 : count);
-    });
+    return disk_calls::bytes(disk_calls::before("write"), count > 20 ? count / 2 : count,
+                             [&](size_t taken) { return __real_write(file, bytes, taken); });
 }
 
 ssize_t __wrap_pread(int file, void* bytes, size_t count, off_t at) {
-    return disk_calls::bytes(
-        disk_calls::before_reading ? disk_calls::before_reading() : 0, [&] {
-            return __real_pread(file, bytes, disk_calls::reads_in_pieces ? (count + 1) / 2 : count,
-                                at);
-        });
+    return disk_calls::bytes(disk_calls::before_reading ? disk_calls::before_reading() : 0, count,
+                             [&](size_t given) { return __real_pread(file, bytes, given, at); });
 }
 
 ssize_t __wrap_pwrite(int file, const void* bytes, size_t count, off_t at) {
-    return disk_calls::bytes(disk_calls::before ? disk_calls::before("pwrite") : 0,
-                             [&] { return __real_pwrite(file, bytes, count, at); });
+    return disk_calls::bytes(disk_calls::before ? disk_calls::before("pwrite") : 0, count,
+                             [&](size_t taken) { return __real_pwrite(file, bytes, taken, at); });
 }
 
 int __wrap_ftruncate(int file, off_t size) {

@@ -13,14 +13,14 @@ namespace disk_calls {
 // power.
 extern std::function<int(std::string_view call)> before;
 
-// In place of an errno: the call succeeds, and takes or gives nothing.
-inline constexpr int nothing = -1;
+// In place of an errno: the call succeeds, and takes or gives at most so many bytes.
+constexpr int at_most(int bytes) {
+    return -1 - bytes;
+}
 
 // Asked before each reading at a place in a file; the same.
 extern std::function<int()> before_reading;
 
-// Such a reading brings half of what was asked for.
-extern bool reads_in_pieces;
 // Asked before each call that locks, lists or looks at a file, with its name; the same.
 extern std::function<int(std::string_view call)> before_looking;
 

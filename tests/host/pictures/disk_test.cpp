@@ -61,14 +61,19 @@ TEST_F(Disk, AListHasEveryNameButTheFoldersOwnTwo) {
     fs::create_directory(at("folder"));
     fs::create_symlink("nowhere", at("link"));
     const int before = open_descriptors();
-    for (int time = 0; time < 2; ++time) {
+    for (const bool lacks_standard_input : {false, true}) {
+        const int aside = ::dup(0);
+        if (lacks_standard_input) {
+            ::close(0);
+        }
         std::multiset<std::string> names;
-        EXPECT_EQ(list_folder(here(),
-                              [&](const char* name) {
-                                  names.insert(name);
-                                  return true;
-                              }),
-                  0);
+        const int error = list_folder(here(), [&](const char* name) {
+            names.insert(name);
+            return true;
+        });
+        ::dup2(aside, 0);
+        ::close(aside);
+        EXPECT_EQ(error, 0);
         EXPECT_EQ(names, std::multiset<std::string>(all.begin(), all.end()));
     }
     int seen = 0;
@@ -201,10 +206,11 @@ TEST_F(Disk, ANoteOfAnythingElseNamesNobody) {
                  {"x\n/a\n", 0, "/a"},
                  {"99999999999999999999\n", 0, ""},
                  {"4711", 4711, ""},
+                 {"4", 4, ""},
                  {"4711\n/torn", 4711, ""},
                  {"4711\n/a\n/b\n", 4711, "/a"},
                  {"0\n", 0, ""},
-                 {"1\n\n", 1, ""}};
+                 {"1\n\n/b\n", 1, ""}};
     for (const auto& note : notes) {
         write_file(at("lock"), note.text);
         const host::Descriptor file(::open(at("lock").c_str(), O_RDONLY | O_CLOEXEC));
@@ -240,6 +246,12 @@ class Holder {
         ::kill(process_, SIGKILL);
         ::waitpid(process_, nullptr, 0);
     }
+    // It stays in the list of processes, as nobody has asked how it ended.
+    void end() {
+        ::kill(process_, SIGKILL);
+        siginfo_t ended{};
+        EXPECT_EQ(::waitid(P_PID, static_cast<id_t>(process_), &ended, WEXITED | WNOWAIT), 0);
+    }
     Holder(const Holder&) = delete;
     Holder& operator=(const Holder&) = delete;
 
@@ -263,6 +275,8 @@ TEST_F(Disk, TheHoldersOfALockAreTheOthersThatCanWriteToIt) {
     const Holder one(both.number());
     const Holder stranger(another.number());
     const Holder other(write_only.number());
+    Holder ended(both.number());
+    ended.end();
     std::vector<pid_t> holders = processes_with(both.number());
     std::sort(holders.begin(), holders.end());
     std::vector<pid_t> expected{one.process(), other.process()};

@@ -59,8 +59,9 @@ TEST_F(FailingLedger, CutsALineAndNeverTheNextOne) {
         std::string file;
     } failures[] = {{"write", 0, EIO, EIO, next},
                     {"write", 1, EIO, EIO, half + "\n" + next},
-                    {"write", 0, disk_calls::nothing, EIO, next},
-                    {"write", 1, disk_calls::nothing, EIO, half + "\n" + next},
+                    {"write", 0, disk_calls::at_most(0), EIO, next},
+                    {"write", 1, disk_calls::at_most(0), EIO, half + "\n" + next},
+                    {"write", 0, disk_calls::at_most(1), 0, first + next},
                     {"write", 0, EINTR, 0, first + next},
                     {"write", 1, EINTR, 0, first + next},
                     {"fsync", 0, EIO, EIO, first + next},
@@ -70,7 +71,7 @@ TEST_F(FailingLedger, CutsALineAndNeverTheNextOne) {
         SCOPED_TRACE(failure.call + std::to_string(failure.number) + strerror(failure.error));
         write_file(path(), "");
         disk_calls::before = once(failure.call, failure.number, failure.error);
-        errno = 0;
+        errno = EINTR;  // of some call before
         EXPECT_EQ(ledger_.append(one), failure.answer);
         undisturbed();
         EXPECT_EQ(ledger_.append(other), 0);
@@ -103,6 +104,19 @@ TEST_F(FailingLedger, IsReadWholeOrNotAtAll) {
     for (const int number : {0, 1, 2}) {
         EXPECT_EQ(read(number, EINTR), std::pair(0, Entries{one, other})) << number;
     }
+    for (const int bytes : {1, 7}) {
+        disk_calls::before_reading = [=] {
+            return disk_calls::at_most(bytes);
+        };
+        Entries entries;
+        EXPECT_EQ(ledger_.read_from(fs::file_size(path()) - write_entry(other).size(),
+                                    [&](const LedgerEntry& entry, std::uint64_t) {
+                                        entries.push_back(entry);
+                                        return true;
+                                    }),
+                  0);
+        EXPECT_EQ(entries, Entries{other}) << bytes;
+    }
     EXPECT_EQ(read(0, EIO), std::pair(EIO, Entries{}));
     EXPECT_EQ(read(1, EIO), std::pair(EIO, Entries{one}));
     EXPECT_EQ(read(2, EIO), std::pair(EIO, Entries{one, other}));
@@ -125,7 +139,7 @@ TEST_F(FailingLedger, IsNotOpenedWhereItsEndIsUnknown) {
     }
     disk_calls::before_looking = {};
     for (const auto& [error, answer] :
-         {std::pair(ENXIO, ENXIO), std::pair(disk_calls::nothing, EIO)}) {
+         {std::pair(ENXIO, ENXIO), std::pair(disk_calls::at_most(0), EIO)}) {
         disk_calls::before_reading = once_read(0, error);
         errno = 0;
         EXPECT_EQ(again.open(folder_fd_.number(), "ledger"), answer);
@@ -159,7 +173,8 @@ TEST_F(FailingCalls, LeaveNoNoteThatIsCut) {
     const host::Descriptor file(
         ::open((folder_.path() / "lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     for (const auto& [call, error, answer] :
-         {std::tuple("pwrite", EIO, EIO), std::tuple("pwrite", disk_calls::nothing, ENOSPC),
+         {std::tuple("pwrite", EIO, EIO), std::tuple("pwrite", disk_calls::at_most(0), ENOSPC),
+          std::tuple("pwrite", disk_calls::at_most(4), ENOSPC),
           std::tuple("ftruncate", EROFS, EROFS)}) {
         disk_calls::before = once(call, 0, error);
         errno = 0;
@@ -255,6 +270,25 @@ TEST_F(FailingCalls, LeaveTheRoomOfAFolderUnknown) {
     EXPECT_EQ(look().room, 0U);
     EXPECT_FALSE(look().writable);
     EXPECT_EQ(desk_.open().room, std::nullopt);
+}
+
+TEST_F(FailingCalls, AreTriedAgainAndToldOfOnce) {
+    desk_.open();
+    host::pictures::Options options = impatient();
+    options.folder_in_use = std::chrono::hours(1);
+    int told = 0;
+    options.folder_waited_for = [&](host::Ticket, const host::Problem&) {
+        ++told;
+    };
+    disk_calls::before_looking = [&, left = 3](std::string_view call) mutable {
+        if (call == "flock" && --left == 0) {
+            desk_.store().work(host::CloseFolder{folder_.path().string()});
+        }
+        return 0;
+    };
+    Desk patient(folder_.path(), options);
+    EXPECT_EQ(patient.open().folder, folder_.path().string());
+    EXPECT_EQ(told, 1);
 }
 
 TEST_F(FailingCalls, TakeNoLockThatHasLostItsName) {

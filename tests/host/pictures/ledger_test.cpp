@@ -82,6 +82,7 @@ TEST_F(LedgerFile, EveryKindOfLineIsReadAsItWasWritten) {
 
 TEST_F(LedgerFile, EveryKindAndFormatIsReadAsItWasWritten) {
     Placing placing = some_placing();
+    placing.number = 1;
     for (const auto kind : {host::Kind::raw, host::Kind::developed, host::Kind::other}) {
         placing.picture.kind = kind;
         EXPECT_EQ(read_entry(write_entry(placing)), LedgerEntry(placing));
@@ -215,8 +216,15 @@ TEST_F(LedgerFile, ALinesEndIsItsPlaceInTheFile) {
     EXPECT_EQ(ledger_.end_of(placed), line.size());
     write_file(path(), "x" + line);
     EXPECT_EQ(ledger_.end_of(placed), std::nullopt);
-    write_file(path(), std::string(70000, '\n') + line + std::string(70000, '\n'));
-    EXPECT_EQ(ledger_.end_of(placed), 70000 + line.size());
+    write_file(path(), line + line);
+    EXPECT_EQ(ledger_.end_of(placed), 2 * line.size()) << "the latest";
+    // Read from behind, any part of it comes first.
+    for (const std::string before : {"", "\n\n"}) {
+        for (std::size_t part = 0; part <= line.size() + 1; ++part) {
+            write_file(path(), before + line + std::string(LedgerLines::longest - part, '\n'));
+            EXPECT_EQ(ledger_.end_of(placed), before.size() + line.size()) << part;
+        }
+    }
 }
 
 TEST_F(LedgerFile, ALineWithoutItsLineFeedIsNoLine) {
