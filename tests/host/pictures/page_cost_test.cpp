@@ -50,6 +50,25 @@ TEST_F(PageCost, IsThatOfThePageHoweverLongTheLedger) {
     }
 }
 
+// As many as turn pages at the same time, and one who asks for the same page again and again.
+TEST_F(PageCost, StaysSmallForEachOfMany) {
+    const std::uint64_t middle = longest / 2;
+    const int small = readings_behind(0, 1) + 2;
+    EXPECT_GT(readings_behind(middle, middle + 1), small);
+    for (int time = 0; time < 70; ++time) {
+        EXPECT_LE(readings_behind(middle, middle + 1), small);
+    }
+    // Each is known by where it began and where it ended: 64 places, with those above.
+    for (std::uint64_t reader = 1; reader <= 30; ++reader) {
+        readings_behind(longest - 100 - 3 * reader, longest - 99 - 3 * reader);
+    }
+    readings_behind(100, 101);
+    EXPECT_LE(readings_behind(100, 101), small) << "the first of all";
+    EXPECT_LE(readings_behind(middle, middle + 1), small);
+    readings_behind(200, 201);
+    EXPECT_LE(readings_behind(middle + 100, middle + 101), small) << "with one more";
+}
+
 TEST_F(PageCost, ForOneWhoHasNewsOfTheLatestIsSmallToo) {
     EXPECT_LE(readings_behind(longest - 100, longest - 99), 6);
 }

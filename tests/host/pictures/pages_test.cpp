@@ -40,7 +40,7 @@ TEST_F(PagesTest, PagesOfAnySizeAreTheWholeInItsOrder) {
 }
 
 TEST_F(PagesTest, AnyPictureCanBeAskedBehind) {
-    add(long_ledger(1, 2000));
+    add(long_ledger(1, 1000) + "{\"placed\":\"no id\"}\n" + long_ledger(1001, 2000));
     for (const std::uint64_t number : {1999U, 1U, 1000U, 2U, 1998U}) {
         EXPECT_EQ(behind(number, 5), from_to(number + 1, std::min<std::uint64_t>(number + 5, 2000)))
             << number;
@@ -73,7 +73,10 @@ TEST_F(PagesTest, AnotherLedgerInItsPlaceIsSeen) {
 TEST_F(PagesTest, APictureThatWasAnnouncedLongBeforeItWasPlacedIsNotLeftOut) {
     const std::string cut = long_ledger(100, 100);
     const std::size_t line = cut.find('\n') + 1;
-    add(cut.substr(0, line) + long_ledger(1, 10) + cut.substr(line) + long_ledger(11, 12));
+    // What announced the first one is lost.
+    add(write_entry(PlacedAs{write_id(99)}) + cut.substr(0, line) + long_ledger(1, 10) +
+        cut.substr(line) + long_ledger(11, 12));
+    EXPECT_EQ(behind(0, 2), (Numbers{1, 2}));
     EXPECT_EQ(behind(9, 2), (Numbers{10, 100}));
     EXPECT_EQ(behind(100, 2), (Numbers{11, 12}));
     EXPECT_EQ(behind(10, 9), (Numbers{100, 11, 12}));
