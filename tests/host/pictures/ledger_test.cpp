@@ -176,6 +176,24 @@ TEST_F(LedgerFile, ALineHasAtMost64KiB) {
                                         ToldOf{"0000000000000007"}}));
 }
 
+TEST(LedgerLines, ComeInPiecesOfAnySize) {
+    const std::string line = "{\"placed\":\"0000000000000001\"}\n";
+    const std::string text = line + "x\n\n" + line + "{\"placed\":";
+    for (std::size_t size = 1; size <= text.size(); ++size) {
+        std::vector<std::uint64_t> ends;
+        const Ledger::EachLine each = [&](const LedgerEntry& entry, std::uint64_t end) {
+            EXPECT_EQ(entry, LedgerEntry(PlacedAs{"0000000000000001"}));
+            ends.push_back(end);
+            return true;
+        };
+        LedgerLines lines(each);
+        for (std::size_t at = 0; at < text.size(); at += size) {
+            EXPECT_TRUE(lines.add(std::string_view(text).substr(at, size)));
+        }
+        EXPECT_EQ(ends, (std::vector<std::uint64_t>{line.size(), 2 * line.size() + 3})) << size;
+    }
+}
+
 TEST_F(LedgerFile, ALinesEndIsItsPlaceInTheFile) {
     const std::string garbage = "x\n\n";
     const std::string line = "{\"placed\":\"0000000000000001\"}\n";

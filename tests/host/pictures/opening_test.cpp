@@ -76,6 +76,7 @@ TEST_F(Opening, AFolderIsTakenUnderItsOwnPath) {
     EXPECT_TRUE(opened.pictures.empty());
     EXPECT_TRUE(opened.problems.empty());
     EXPECT_GT(opened.room.value_or(0), 0U);
+    EXPECT_EQ(opened.last_shot, 0U);
     struct stat facts {};
     ASSERT_EQ(::stat((folder_.path() / "real/.incoming").c_str(), &facts), 0);
     EXPECT_EQ(facts.st_mode & 0777, 0700U);
@@ -353,6 +354,26 @@ TEST_F(Opening, AFolderThatWasMovedIsOpenedUnderItsNewPath) {
     desk.sweep(run);
 }
 
+TEST_F(Opening, ADamagedPictureThatWasLeftBehindIsToldOfOnceAStart) {
+    {
+        Desk desk(folder_.path());
+        desk.open();
+        write_file(desk.open_run().staging / "DSC00001.JPG", sample_jpeg().substr(0, 80));
+    }
+    for (const char* start : {"brought in", "not told yet"}) {
+        const auto opened = Desk(folder_.path()).open();
+        EXPECT_EQ(names_of(opened.pictures, folder_.path()), std::set<std::string>{"DSC00001.JPG"})
+            << start;
+        EXPECT_EQ(
+            opened.problems,
+            (std::vector<host::Problem>{{Code::picture_damaged,
+                                         "A picture is damaged: " + at("DSC00001.JPG").string(),
+                                         {},
+                                         {}}}))
+            << start;
+    }
+}
+
 TEST_F(Opening, AClosedFolderStaysOursWhileItsWorkerLives) {
     Desk desk(folder_.path());
     desk.open();
@@ -411,6 +432,8 @@ TEST_F(Opening, AStagingFolderThatIsDeletedIsSeenAndMadeAnewWhenItIsAskedFor) {
         EXPECT_TRUE(looked.there);
         return looked.same;
     };
+    EXPECT_EQ(read_file(run.staging.string() + ".lock"), "\n" + left.staging.string() + ".lock\n")
+        << "it has not begun";
     fs::remove(left.staging);
     EXPECT_TRUE(can_be_shot_into()) << "the worker was moved from there";
     const TemporaryFolder second;
