@@ -34,6 +34,15 @@ Lock take(int folder, const char* name, int flags) {
     return lock;
 }
 
+// A path may have a line feed in it.
+std::string on_one_line(std::string_view path) {
+    std::string text = escape_bytes(path);
+    for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at)) {
+        text.replace(at, 1, "%0A");
+    }
+    return text;
+}
+
 }  // namespace
 
 Lock take_lock(int folder, const char* name) {
@@ -47,7 +56,7 @@ Lock take_existing_lock(int folder, const char* name) {
 int write_note(int lock, const LockNote& note) {
     std::string text = (note.process > 0 ? std::to_string(note.process) : "") + "\n";
     if (!note.stands_in.empty()) {
-        text += escape_bytes(note.stands_in) + "\n";
+        text += on_one_line(note.stands_in) + "\n";
     }
     const ssize_t written = ::pwrite(lock, text.data(), text.size(), 0);
     if (written < 0 || static_cast<std::size_t>(written) < text.size()) {

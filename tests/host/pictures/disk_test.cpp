@@ -181,7 +181,7 @@ TEST_F(Disk, ANoteIsReadAsItWasWritten) {
     // As long as a path can be, every byte of it escaped; each shorter than the one before.
     const std::string longest(4096, '\xFF');
     for (const LockNote& note :
-         {LockNote{std::numeric_limits<pid_t>::max(), longest}, LockNote{4711, "/a b%"},
+         {LockNote{std::numeric_limits<pid_t>::max(), longest}, LockNote{4711, "/a\nb%\n\n"},
           LockNote{4711, {}}, LockNote{1, {}}, LockNote{0, {}}}) {
         EXPECT_EQ(write_note(file, note), 0);
         EXPECT_EQ(read_note(file).process, note.process);
