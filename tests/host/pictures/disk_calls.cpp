@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -35,6 +36,13 @@ bool looking_refused(std::string_view call) {
     return refuse(before_looking ? before_looking(call) : 0);
 }
 
+// What comes after the flags of open() and openat(); none of the store's files is for a process
+// that another thread starts meanwhile.
+mode_t mode_of(int flags, va_list rest) {
+    EXPECT_NE(flags & O_CLOEXEC, 0);
+    return (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+}
+
 // Of so many bytes, as many as it may take or give.
 template <typename Call>
 ssize_t bytes(int error, size_t count, const Call& call) {
@@ -53,6 +61,7 @@ using disk_calls::refused;
 
 extern "C" {
 
+int __real_open(const char* name, int flags, ...);
 int __real_openat(int folder, const char* name, int flags, ...);
 int __real_mkdir(const char* name, mode_t mode);
 int __real_mkdirat(int folder, const char* name, mode_t mode);
@@ -75,9 +84,17 @@ struct dirent* __real_readdir(DIR* folder);
 int __wrap_openat(int folder, const char* name, int flags, ...) {
     va_list rest;
     va_start(rest, flags);
-    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+    const mode_t mode = disk_calls::mode_of(flags, rest);
     va_end(rest);
     return refused("openat") ? -1 : __real_openat(folder, name, flags, mode);
+}
+
+int __wrap_open(const char* name, int flags, ...) {
+    va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = disk_calls::mode_of(flags, rest);
+    va_end(rest);
+    return __real_open(name, flags, mode);
 }
 
 int __wrap_mkdir(const char* name, mode_t mode) {

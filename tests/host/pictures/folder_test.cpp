@@ -117,6 +117,9 @@ TEST(AnOpenFolder, IsFoundWhereItHasBeenMovedTo) {
     const host::Descriptor root(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     EXPECT_EQ(path_now(root.number(), "otherwise"), "/");
     EXPECT_EQ(path_now(-1, "otherwise"), "otherwise");
+    const auto pipe = host::make_pipe();
+    ASSERT_TRUE(pipe);
+    EXPECT_EQ(path_now(pipe->read_end.number(), "otherwise"), "otherwise") << "it has no path";
 }
 
 }  // namespace
