@@ -35,6 +35,35 @@ TEST(FloodGauge, AsManyLinesInALongerTimeAreNone) {
     }
 }
 
+TEST(FloodGauge, OnlyTheLastSecondCounts) {
+    for (const bool in_bytes : {false, true}) {
+        const std::size_t most = in_bytes ? 32u << 20 : 50'000;
+        host::FloodGauge gauge;
+        const auto add = [&](std::size_t number, host::Time at) {
+            gauge.add(in_bytes ? 0 : number, in_bytes ? number : 0, at);
+        };
+        add(most / 4, milliseconds(0));
+        add(most / 4, milliseconds(5));
+        add(most / 2 - 1, milliseconds(500));
+        EXPECT_EQ(gauge.flood(), nullptr);
+        add(most / 2, milliseconds(1000));
+        EXPECT_EQ(gauge.flood(), nullptr) << "what came first is a second old";
+        add(1, milliseconds(1000));
+        EXPECT_NE(gauge.flood(), nullptr);
+    }
+}
+
+TEST(FloodGauge, WhatIsReadWithinAHundredthOfASecondIsForgottenTogether) {
+    for (const int end : {1009, 1010}) {
+        host::FloodGauge gauge;
+        gauge.add(1, 0, milliseconds(0));
+        gauge.add(1, 0, milliseconds(10));
+        gauge.add(49'990, 0, milliseconds(19));
+        gauge.add(10, 0, milliseconds(end));
+        EXPECT_EQ(gauge.flood() != nullptr, end == 1009) << end;
+    }
+}
+
 TEST(FloodGauge, ASecondLaterTheyCountNoMore) {
     host::FloodGauge gauge;
     gauge.add(49'999, 100, milliseconds(0));

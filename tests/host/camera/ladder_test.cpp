@@ -24,7 +24,8 @@ TEST(LadderTest, EachStepIsTakenInItsTime) {
     EXPECT_EQ(ladder.next(seconds(110)), WorkerEnd::sigterm);
     EXPECT_EQ(ladder.next(seconds(115)), WorkerEnd::sigkill);
     EXPECT_EQ(ladder.wake_at(), Time::max());
-    EXPECT_EQ(ladder.next(seconds(1000)), std::nullopt);
+    ladder.missed(seconds(1000));
+    EXPECT_EQ(ladder.next(seconds(1000)), std::nullopt) << "there is no step behind it";
     EXPECT_EQ(ladder.step(), WorkerEnd::sigkill);
 }
 
@@ -51,7 +52,9 @@ TEST(LadderTest, ASecondBeginningChangesNothing) {
     ladder.begin(seconds(1), seconds(0));
     EXPECT_EQ(ladder.next(seconds(0)), WorkerEnd::quit);
     ladder.begin(seconds(5), seconds(0));
+    EXPECT_EQ(ladder.next(seconds(0)), std::nullopt);
     EXPECT_EQ(ladder.next(seconds(1)), WorkerEnd::input);
+    EXPECT_EQ(ladder.next(seconds(2)), WorkerEnd::sigterm);
 }
 
 }  // namespace

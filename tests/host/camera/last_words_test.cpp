@@ -24,11 +24,21 @@ TEST(LastWords, HaveNothingToDoWithAnEndLongAfter) {
     EXPECT_EQ(words.before(12001ms), "");
 }
 
+// The line is a piece of what was read at once.
+TEST(LastWords, HaveNothingOfWhatFollowsThemInMemory) {
+    for (const std::string line : {std::string("two"), std::string(300, 'x')}) {
+        const std::string read = line + std::string(300, '\x80');
+        host::LastWords words;
+        words.hear(std::string_view(read).substr(0, line.size()), 0s);
+        EXPECT_EQ(words.before(0s), line);
+    }
+}
+
 TEST(LastWords, AreCutToASentenceAndThroughNoCharacter) {
     host::LastWords words;
     words.hear(std::string(300, 'x'), 0s);
     EXPECT_EQ(words.before(0s), std::string(300, 'x'));
-    words.hear(std::string(299, 'x') + "\xC3\xBC!", 0s);
+    words.hear(std::string(299, 'x') + "\xC3\xBD!", 0s);
     EXPECT_EQ(words.before(0s), std::string(299, 'x') + "...");
     words.hear(std::string(400, '\x80'), 0s);
     EXPECT_EQ(words.before(0s), "...") << "no character at all";

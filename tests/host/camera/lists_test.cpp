@@ -18,7 +18,8 @@ class ListsTest : public testing::Test {
                 const auto* problem = std::get_if<host::Problem>(&answer);
                 answers_.emplace_back(problem == nullptr
                                           ? std::to_string(std::get<0>(answer).size())
-                                          : std::string(host::word(problem->code)));
+                                          : std::string(host::word(problem->code)) + ": " +
+                                                problem->text);
             },
             now);
     }
@@ -40,16 +41,19 @@ TEST_F(ListsTest, AFolderThatIsNotOpenIsAProblemAndNoEmptyList) {
     const auto number = ask(milliseconds(0));
     ASSERT_TRUE(number);
     lists_.answer({*number, std::nullopt});
-    EXPECT_EQ(answers_, (std::vector<std::string>{"folder-gone"}));
+    EXPECT_EQ(answers_, (std::vector<std::string>{"folder-gone: The folder is not open."}));
 }
 
 TEST_F(ListsTest, AStuckDiskIsAProblemWithinASecond) {
-    const auto number = ask(milliseconds(0));
-    EXPECT_LE(lists_.wake_at(), milliseconds(1000));
-    lists_.strike(lists_.wake_at() - milliseconds(1));
+    const auto number = ask(milliseconds(5000));
+    ask(milliseconds(5001));
+    EXPECT_EQ(lists_.wake_at(), milliseconds(5900)) << "what remains is for the way to the client";
+    lists_.strike(milliseconds(5899));
     EXPECT_TRUE(answers_.empty());
-    lists_.strike(lists_.wake_at());
-    EXPECT_EQ(answers_, (std::vector<std::string>{"folder-gone"}));
+    lists_.strike(milliseconds(5900));
+    EXPECT_EQ(answers_,
+              (std::vector<std::string>{"folder-gone: The disk of the folder does not answer."}));
+    EXPECT_EQ(lists_.wake_at(), milliseconds(5901)) << "that of the second one";
     lists_.answer({*number, {}});
     EXPECT_EQ(answers_.size(), 1u) << "the disk's answer came too late";
 }
@@ -63,7 +67,7 @@ TEST_F(ListsTest, SixtyFourAtMostWaitForTheDisk) {
     lists_.strike(milliseconds(1000));
     EXPECT_EQ(answers_.size(), 64u);
     EXPECT_FALSE(ask(milliseconds(1000)));
-    EXPECT_EQ(answers_.back(), "busy");
+    EXPECT_EQ(answers_.back(), "busy: Too many lists are waiting for the disk.");
     lists_.answer({*first, {}});
     EXPECT_TRUE(ask(milliseconds(1000)));
 }
