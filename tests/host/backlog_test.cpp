@@ -2,10 +2,13 @@
 #include "host/process/backlog.h"
 
 #include <algorithm>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
 #include <vector>
+
+#include "tests/sanitized.h"
 
 namespace {
 
@@ -130,15 +133,32 @@ TEST(Backlog, ManySmallReadingsAreCountedToo) {
     EXPECT_EQ(backlog.trouble(), too_many);
 }
 
+// In kibibytes; 0 where the system does not tell.
+long memory_in_use() {
+    std::ifstream file("/proc/self/status");
+    for (std::string word; file >> word;) {
+        if (word == "VmRSS:") {
+            long size = 0;
+            file >> size;
+            return size;
+        }
+    }
+    return 0;
+}
+
 TEST(Backlog, WhatIsTakenInTimeHasNoEnd) {
     Backlog backlog({});
     const std::string bytes = "some line that stands for many\nand another\npart";
+    const long before = memory_in_use();
     for (int round = 0; round < 200'000; ++round) {
         ASSERT_TRUE(backlog.add(bytes, second(round)));
         ASSERT_TRUE(backlog.take());
         ASSERT_TRUE(backlog.take());
     }
     EXPECT_FALSE(backlog.has_line());
+    if (!sanitized) {
+        EXPECT_LE(memory_in_use() - before, 4 * 1024) << "of the nine thousand that were taken";
+    }
 }
 
 TEST(Backlog, LimitsCanBeChosen) {
@@ -146,6 +166,33 @@ TEST(Backlog, LimitsCanBeChosen) {
     EXPECT_TRUE(backlog.add("abc\n", second(1)));
     EXPECT_FALSE(backlog.add("abcd", second(1)));
     EXPECT_EQ(backlog.trouble(), "the worker wrote a line of more than 3 bytes and was ended");
+}
+
+TEST(Backlog, ALineThatCameInPartsStaysBeforeOneThatIsTooLong) {
+    Backlog backlog(OutputLimits{100, 1000});
+    EXPECT_TRUE(backlog.add("a", second(1)));
+    EXPECT_FALSE(backlog.add("b\n" + std::string(101, 'x'), second(1)));
+    EXPECT_EQ(backlog.trouble(), "the worker wrote a line of more than 100 bytes and was ended");
+    EXPECT_EQ(texts_in(backlog), Texts{"ab"});
+}
+
+// The other end of a pipe may give them one by one.
+TEST(Backlog, TheBytesOfAnUnfinishedLineAreNotCountedAsReadings) {
+    Backlog backlog(OutputLimits{100, 200});
+    for (int number = 0; number < 100; ++number) {
+        EXPECT_TRUE(backlog.add("x", second(1)));
+    }
+    EXPECT_TRUE(backlog.add("\n", second(1)));
+}
+
+TEST(Backlog, WhatWasTakenDoesNotCount) {
+    Backlog backlog(OutputLimits{100, 1000});
+    const std::string line = std::string(49, 'x') + "\n";
+    const std::string ten = line + line + line + line + line + line + line + line + line + line;
+    EXPECT_TRUE(backlog.add(ten, second(1)));
+    EXPECT_TRUE(backlog.take() && backlog.take());
+    EXPECT_TRUE(backlog.add(ten, second(1)));
+    EXPECT_FALSE(backlog.add(line + line, second(1)));
 }
 
 TEST(Backlog, AnyMixtureOfReadingsAndTakingsGivesTheLinesInOrder) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include "tests/host/child.h"
 
@@ -66,6 +67,37 @@ TEST(Ending, AStatusThatNobodyGotToSeeIsNotTakenForSuccess) {
     ASSERT_TRUE(exit);
     EXPECT_FALSE(exit->clean());
     EXPECT_EQ(describe(*exit), "a status that this process did not get to see");
+}
+
+// A worker that has started another one: both have the output.
+TEST(Ending, ASignalToTheGroupReachesAllOfIt) {
+    auto output = host::make_pipe();
+    ASSERT_TRUE(output);
+    std::string why;
+    const auto process = host::spawn({"/bin/sh", {"-c", "sleep 600 & echo; wait"}, {}, {}},
+                                     output->read_end, output->write_end, why);
+    ASSERT_TRUE(process) << why;
+    output->write_end.close();
+    char begun = 0;
+    ASSERT_EQ(read(output->read_end.number(), &begun, 1), 1);
+    host::ExitWatch watch(*process);
+    EXPECT_TRUE(watch.signal_group(SIGKILL));
+    EXPECT_EQ(read(output->read_end.number(), &begun, 1), 0) << "nobody has it any more";
+    const auto exit = watch.await(host::after(patience));
+    ASSERT_TRUE(exit);
+    EXPECT_EQ(describe(*exit), "signal 9");
+    EXPECT_FALSE(watch.signal_group(SIGKILL));
+}
+
+TEST(Ending, AProcessThatIsWatchedNoMoreIsKilled) {
+    const auto pipe = host::make_pipe();
+    ASSERT_TRUE(pipe);
+    std::string why;
+    const auto process =
+        host::spawn({"/bin/sleep", {"600"}, {}, {}}, pipe->read_end, pipe->write_end, why);
+    ASSERT_TRUE(process) << why;
+    { const host::ExitWatch watch(*process); }
+    EXPECT_NE(kill(*process, 0), 0);
 }
 
 TEST(Ending, AStoppedWorkerIsKilled) {

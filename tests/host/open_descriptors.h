@@ -1,9 +1,11 @@
-// How many descriptors this process has open.
+// How many descriptors this process has open, and how it does without.
 #pragma once
 
 #include <algorithm>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
+#include <vector>
 
 inline int open_descriptors() {
     // A new one gets the lowest free number: no test here comes near this many.
@@ -14,3 +16,64 @@ inline int open_descriptors() {
     }
     return open;
 }
+
+// While it lives, so many more can be opened.
+class DescriptorsLeft {
+  public:
+    explicit DescriptorsLeft(int left) {
+        getrlimit(RLIMIT_NOFILE, &before_);
+        rlimit few = before_;
+        few.rlim_cur = std::min<rlim_t>(few.rlim_cur, 128);
+        setrlimit(RLIMIT_NOFILE, &few);
+        for (int taken; (taken = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;) {
+            taken_.push_back(taken);
+        }
+        for (; left > 0; --left) {
+            give_one_back();
+        }
+    }
+    ~DescriptorsLeft() {
+        while (!taken_.empty()) {
+            give_one_back();
+        }
+        setrlimit(RLIMIT_NOFILE, &before_);
+    }
+    DescriptorsLeft(const DescriptorsLeft&) = delete;
+    DescriptorsLeft& operator=(const DescriptorsLeft&) = delete;
+
+  private:
+    void give_one_back() {
+        close(taken_.back());
+        taken_.pop_back();
+    }
+
+    rlimit before_{};
+    std::vector<int> taken_;
+};
+
+// While it lives, those of the standard streams are closed whose bits are set. Nothing may be
+// printed.
+class StandardStreamsClosed {
+  public:
+    explicit StandardStreamsClosed(unsigned which) {
+        for (int number = 0; number < 3; ++number) {
+            kept_[number] = fcntl(number, F_DUPFD_CLOEXEC, 10);
+        }
+        for (int number = 0; number < 3; ++number) {
+            if ((which >> number & 1u) != 0) {
+                close(number);
+            }
+        }
+    }
+    ~StandardStreamsClosed() {
+        for (int number = 0; number < 3; ++number) {
+            dup2(kept_[number], number);
+            close(kept_[number]);
+        }
+    }
+    StandardStreamsClosed(const StandardStreamsClosed&) = delete;
+    StandardStreamsClosed& operator=(const StandardStreamsClosed&) = delete;
+
+  private:
+    int kept_[3];
+};

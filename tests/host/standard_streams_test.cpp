@@ -2,10 +2,10 @@
 #include "host/process/standard_streams.h"
 
 #include <cstdio>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
+
+#include "tests/host/open_descriptors.h"
 
 namespace {
 
@@ -20,25 +20,17 @@ bool is_dev_null(int number) {
 TEST(StandardStreams, ThoseThatAreClosedAreOpenedOnNothing) {
     std::fflush(stdout);
     for (unsigned closed = 1; closed < 8; ++closed) {
-        int kept[3];
         bool before[3];
         bool afterwards[3];
         for (int number = 0; number < 3; ++number) {
-            kept[number] = fcntl(number, F_DUPFD_CLOEXEC, 10);
-        }
-        for (int number = 0; number < 3; ++number) {
             before[number] = is_dev_null(number);
-            if ((closed >> number & 1u) != 0) {
-                close(number);
+        }
+        {
+            const StandardStreamsClosed streams(closed);
+            host::open_closed_standard_streams();
+            for (int number = 0; number < 3; ++number) {
+                afterwards[number] = is_dev_null(number);
             }
-        }
-        host::open_closed_standard_streams();
-        for (int number = 0; number < 3; ++number) {
-            afterwards[number] = is_dev_null(number);
-        }
-        for (int number = 0; number < 3; ++number) {
-            dup2(kept[number], number);
-            close(kept[number]);
         }
         for (int number = 0; number < 3; ++number) {
             EXPECT_EQ(afterwards[number], before[number] || (closed >> number & 1u) != 0)

@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -15,6 +14,9 @@
 #include <vector>
 
 #include "tests/host/child.h"
+#include "tests/host/open_descriptors.h"
+
+extern char** environ;
 
 namespace {
 
@@ -59,15 +61,50 @@ TEST(WorkerProcess, ArgumentsAndEnvironmentArrive) {
     EXPECT_EQ(next_text(*child), "new=value");
 }
 
+// The variables of a worker that prints them all.
+std::multiset<std::string> environment_of(const host::SpawnRequest& request) {
+    const auto child = start(request);
+    std::multiset<std::string> variables;
+    while (const auto line = child->next_line(after(patience))) {
+        variables.insert(line->text);
+    }
+    return variables;
+}
+
+TEST(WorkerProcess, EachVariableIsThereOnce) {
+    setenv("HOST_TEST_INHERITED", "from=the host", 1);
+    setenv("HOST_TEST_REPLACED", "old=one", 1);
+    const auto variables = environment_of(
+        {"/usr/bin/env", {}, {{"HOST_TEST_REPLACED", "new=value"}, {"HOST_TEST_NEW", ""}}, {}});
+    for (const char* variable :
+         {"HOST_TEST_INHERITED=from=the host", "HOST_TEST_REPLACED=new=value", "HOST_TEST_NEW="}) {
+        EXPECT_EQ(variables.count(variable), 1u) << variable;
+    }
+    EXPECT_EQ(variables.count("HOST_TEST_REPLACED=old=one"), 0u);
+}
+
+TEST(WorkerProcess, StartsThoughTheHostHasNoEnvironment) {
+    char** const before = environ;
+    char* none = nullptr;
+    environ = &none;
+    const auto variables = environment_of({"/usr/bin/env", {}, {}, {}});
+    environ = before;
+    EXPECT_TRUE(variables.empty());
+}
+
 TEST(WorkerProcess, StandardErrorGoesToTheFile) {
     const std::string file =
         std::filesystem::temp_directory_path() / ("host-test-stderr-" + std::to_string(getpid()));
-    std::ofstream(file) << "before\n";
-    const auto child = start({"/bin/sh", {"-c", "echo complaint >&2"}, {}, file});
+    const host::SpawnRequest request{"/bin/sh", {"-c", "echo complaint >&2"}, {}, file};
+    ASSERT_TRUE(start(request)->await_exit(after(patience)));
+    EXPECT_NE(std::filesystem::status(file).permissions() & std::filesystem::perms::owner_write,
+              std::filesystem::perms::none)
+        << "it is the user's, who may want to empty it";
+    const auto child = start(request);
     ASSERT_TRUE(child->await_exit(after(patience)));
     std::stringstream content;
     content << std::ifstream(file).rdbuf();
-    EXPECT_EQ(content.str(), "before\ncomplaint\n");
+    EXPECT_EQ(content.str(), "complaint\ncomplaint\n");
     EXPECT_EQ(next_text(*child), "(end of output)");
     std::filesystem::remove(file);
 }
@@ -76,6 +113,19 @@ TEST(WorkerProcess, SaysWhyItCannotStart) {
     std::string error;
     EXPECT_EQ(WorkerProcess::start({"/no/such/worker", {}, {}, {}}, error), nullptr);
     EXPECT_EQ(error, "cannot start /no/such/worker: No such file or directory");
+}
+
+TEST(WorkerProcess, SaysThatItHasNoDescriptorsLeft) {
+    for (int left = 0; left < 6; ++left) {
+        std::string error;
+        bool started = true;
+        {
+            const DescriptorsLeft few(left);
+            started = WorkerProcess::start({"/bin/cat", {}, {}, {}}, error) != nullptr;
+        }
+        EXPECT_FALSE(started) << left;
+        EXPECT_EQ(error, "cannot make a pipe: Too many open files") << left;
+    }
 }
 
 TEST(WorkerProcess, ExitStatusAndSignalAreToldApart) {
@@ -218,11 +268,11 @@ TEST(WorkerProcess, AWorkerInheritsNothingOfItsSiblings) {
 }
 
 TEST(WorkerProcess, StartsThoughTheHostHasNoStandardInput) {
-    const int kept = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 10);
-    close(STDIN_FILENO);
-    const auto child = start_script("exec cat");
-    dup2(kept, STDIN_FILENO);
-    close(kept);
+    Child child;
+    {
+        const StandardStreamsClosed streams(1u << STDIN_FILENO);
+        child = start_script("exec cat");
+    }
     EXPECT_TRUE(child->send("still here"));
     EXPECT_EQ(next_text(*child), "still here");
 }

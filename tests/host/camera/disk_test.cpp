@@ -84,6 +84,22 @@ TEST(DiskTest, WorkIsDoneInOrderAndAnswered) {
     EXPECT_EQ(expected, 100u);
 }
 
+// A thread that does not end is waited for, 2 s each time.
+TEST(DiskTest, ItWaitsForMoreWorkAndEndsAtOnceWithoutAny) {
+    const auto begun = host::Clock::now();
+    for (int round = 0; round < 10; ++round) {
+        const auto disk = std::make_shared<StuckDisk>();
+        disk->let_go();
+        const auto inbox = std::make_shared<host::Inbox>();
+        host::Disk thread(work_of(disk), inbox);
+        for (host::Ticket ticket = 1; ticket <= 10; ++ticket) {
+            thread.ask(examine(ticket));
+            ASSERT_EQ(next(*inbox).size(), 1u);
+        }
+    }
+    EXPECT_LT(host::Clock::now() - begun, std::chrono::seconds(10));
+}
+
 TEST(DiskTest, WhatWasAskedIsDoneBeforeTheEnd) {
     const auto disk = std::make_shared<StuckDisk>();
     disk->let_go();

@@ -42,7 +42,8 @@ TEST(Utf8Test, AnyOtherPercentStaysAsItIs) {
     for (const std::string text : {"%", "%4", "%4g", "%G1", "%4a", "%/0", "%:0", "%@0", "4%"}) {
         EXPECT_EQ(unescape_bytes(text), text);
     }
-    EXPECT_EQ(unescape_bytes("%0A%%41B%5"), "\n%AB%5");
+    EXPECT_EQ(unescape_bytes("%0A%%41B%5x0A"), "\n%AB%5x0A");
+    EXPECT_EQ(unescape_bytes(std::string_view("%41").substr(0, 2)), "%4") << "cut short";
 }
 
 }  // namespace
