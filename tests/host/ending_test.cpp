@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "tests/host/child.h"
+#include "tests/host/interruptions.h"
 
 namespace {
 
@@ -98,6 +99,24 @@ TEST(Ending, AProcessThatIsWatchedNoMoreIsKilled) {
     ASSERT_TRUE(process) << why;
     { const host::ExitWatch watch(*process); }
     EXPECT_NE(kill(*process, 0), 0);
+}
+
+TEST(Ending, AnEndIsWaitedForThroughInterruptions) {
+    const Interruptions interruptions;
+    const auto pipe = host::make_pipe();
+    ASSERT_TRUE(pipe);
+    std::string why;
+    const auto process =
+        host::spawn({"/bin/sleep", {"600"}, {}, {}}, pipe->read_end, pipe->write_end, why);
+    ASSERT_TRUE(process) << why;
+    host::ExitWatch watch(*process);
+    Interruptions::send();
+    EXPECT_TRUE(watch.signal(SIGKILL));
+    const auto exit = watch.await(host::after(patience));
+    ASSERT_TRUE(exit);
+    EXPECT_EQ(describe(*exit), "signal 9");
+    EXPECT_EQ(exit->status, 0) << "no signal and a status as well";
+    EXPECT_TRUE(host::Exit{}.clean());
 }
 
 TEST(Ending, AStoppedWorkerIsKilled) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -13,6 +14,15 @@ inline int open_descriptors() {
     int open = 0;
     for (int number = 0; number < most; ++number) {
         open += fcntl(number, F_GETFD) != -1 ? 1 : 0;
+    }
+    return open;
+}
+
+inline int open_pipes() {
+    int open = 0;
+    for (int number = 0; number < 4096; ++number) {
+        struct stat found {};
+        open += fstat(number, &found) == 0 && S_ISFIFO(found.st_mode) ? 1 : 0;
     }
     return open;
 }

@@ -213,6 +213,19 @@ TEST(WorkerProcess, SignalsReachTheWorkerThoughTheHostBlocksAndIgnoresThem) {
     EXPECT_EQ(describe(*piped->await_exit(after(patience))), "signal 13");
 }
 
+TEST(WorkerProcess, OneThatIsNoLongerWantedIsEndedInOrder) {
+    auto pipe = host::make_pipe();
+    ASSERT_TRUE(pipe);
+    host::SpawnRequest request{"/bin/sh", {"-c", "read -r line; echo $line >&2"}, {}, {}};
+    request.error_descriptor = pipe->write_end.number();
+    std::string error;
+    WorkerProcess::start(request, error);
+    pipe->write_end.close();
+    char said[6]{};
+    EXPECT_EQ(read(pipe->read_end.number(), said, 5), 5) << error;
+    EXPECT_STREQ(said, "QUIT\n");
+}
+
 TEST(WorkerProcess, TheWorkerHasAProcessGroupOfItsOwn) {
     const auto child = start_script("read line");
     EXPECT_EQ(getpgid(child->process()), child->process());

@@ -1,9 +1,10 @@
 // Workers that die, hang, flood, talk nonsense or will not end: each is ended and replaced, and
 // none is left behind.
-#include <cerrno>
-#include <sys/stat.h>
+#include <algorithm>
+#include <thread>
 
 #include "tests/host/camera/camera_test.h"
+#include "tests/host/open_descriptors.h"
 #include "tests/sanitized.h"
 
 namespace {
@@ -109,20 +110,109 @@ TEST_F(BrokenWorkerTest, ALineThatIsTooLongIsAProblemAndNoAllocation) {
 
 TEST_F(BrokenWorkerTest, OneThatIsMissingIsSaidAtOnce) {
     options_.worker = folder_ / "no-worker";
-    const auto problem = make().start();
+    make();
+    const int pipes = open_pipes();
+    const auto problem = camera_->start();
     ASSERT_TRUE(problem);
     EXPECT_EQ(problem->code, Code::worker_missing);
     EXPECT_NE(problem->text.find(folder_ / "no-worker"), std::string::npos) << problem->text;
     EXPECT_TRUE(problem->text.ends_with("No such file or directory.")) << problem->text;
     await_state(State::down);
+    EXPECT_EQ(open_pipes(), pipes);
+}
+
+// Few are enough for the folder, and more for the worker's pipes as well.
+TEST_F(BrokenWorkerTest, OneThatHasNoDescriptorsLeftIsSaid) {
+    std::vector<std::string> texts;
+    for (int left = 0; texts.empty() || !texts.back().empty(); ++left) {
+        make();
+        std::optional<host::Problem> problem;
+        {
+            const DescriptorsLeft few(left);
+            problem = camera_->start();
+        }
+        texts.push_back(problem ? problem->text : "");
+        ASSERT_LT(left, 64);
+    }
+    EXPECT_GT(std::count(texts.begin(), texts.end(), "cannot make a pipe: Too many open files."),
+              0);
 }
 
 TEST_F(BrokenWorkerTest, OneThatIsNoneIsGivenUpAndTriedOnceAMinute) {
     options_.worker = "/bin/true";
-    const auto problem = make().start();
+    make();
+    const int pipes = open_pipes();
+    const auto problem = camera_->start();
     ASSERT_TRUE(problem);
     EXPECT_EQ(problem->code, Code::worker_not_starting);
+    EXPECT_EQ(problem->text,
+              "The worker ended before it was ready (status 0). It happened too often: from now on "
+              "it is tried once a minute.");
     await_state(State::down);
+    EXPECT_EQ(open_pipes(), pipes);
+}
+
+// The host is slow to hear of its first line: the last one and its end wait together.
+TEST_F(BrokenWorkerTest, WhatItSaidLastIsInTheProblem) {
+    times_.most_restarts = 0;
+    const fs::path heard = folder_ / "heard";
+    options_.worker = script("talking", "echo $$ >> " + (folder_ / "processes").string() +
+                                            "\necho first >&2\nuntil [ -e " + heard.string() +
+                                            " ]; do :; done\necho 'out of luck' >&2\nexit 7\n");
+    options_.listener.line = [&, listener = options_.listener.line](const host::WireLine& line) {
+        listener(line);
+        if (line.text == "first") {
+            write("heard", "");
+            while (!is_gone(worker_process())) {
+                std::this_thread::yield();
+            }
+        }
+    };
+    const auto problem = make().start();
+    ASSERT_TRUE(problem);
+    EXPECT_EQ(
+        problem->text,
+        "The worker ended before it was ready (status 7). It said: \"out of luck\". It happened "
+        "too often: from now on it is tried once a minute.");
+}
+
+// What comes of a line is done before the next one is told, also of lines that are read at once.
+TEST_F(BrokenWorkerTest, EverythingIsToldInItsOrder) {
+    const fs::path written = folder_ / "written";
+    options_.worker = script(
+        "quick",
+        "echo begun >&2\necho 'camera-sim: simulated SDK, no real camera is driven' >&2\n"
+        "printf 'CPP_WORKER|START sony-1.0\\nREADY|OK\\nLOG|behind it\\n'\n: > " +
+            written.string() + "\nwhile read -r line; do [ \"$line\" != QUIT ] || exit; done\n");
+    std::vector<std::string> all;
+    options_.listener.line = [&, listener = options_.listener.line](const host::WireLine& line) {
+        const char signs[] = {'>', '<', '!'};
+        all.push_back(signs[static_cast<int>(line.direction)] + line.text);
+        listener(line);
+        while (line.text == "begun" && !fs::exists(written)) {
+            std::this_thread::yield();
+        }
+    };
+    options_.listener.state = [&](const host::SessionState& state) {
+        all.push_back(std::string(word(state.state)) + (state.simulated ? ", simulated" : ""));
+    };
+    make().ask(host::Start{}, [](const host::Answer&) {});
+    await("the last line", [](const Told& told) {
+        return !told.lines.empty() && told.lines.back().text == "LOG|behind it";
+    });
+    camera_.reset();
+    const auto folder = std::find_if(all.begin(), all.end(), [](const std::string& one) {
+        return one.starts_with(">SET_DOWNLOAD_DIR|");
+    });
+    ASSERT_NE(folder, all.end());
+    *folder = ">SET_DOWNLOAD_DIR|";
+    all.erase(all.begin(), std::next(std::find(all.begin(), all.end(), "!begun")));
+    all.erase(std::next(std::find(all.begin(), all.end(), "<LOG|behind it")), all.end());
+    EXPECT_EQ(all,
+              (std::vector<std::string>{"!camera-sim: simulated SDK, no real camera is driven",
+                                        "starting, simulated", "<CPP_WORKER|START sony-1.0",
+                                        "<READY|OK", ">SET_DOWNLOAD_DIR|", ">SET_SAVE_DEST|disk",
+                                        ">PRIME", "idle, simulated", "<LOG|behind it"}));
 }
 
 TEST_F(BrokenWorkerTest, WhatItSaysOnStandardErrorIsTold) {
@@ -209,6 +299,8 @@ exec sleep 600
     await_pictures(1);
     EXPECT_TRUE(told().pictures[0].recovered);
     EXPECT_EQ(read("shots/DSC00001.JPG"), jpeg("of the one that hangs"));
+    EXPECT_EQ(camera_->shutdown(host::Time{}), (host::Ended{host::WorkerEnd::quit, 0}))
+        << "the one in its place is none the worse for it";
 }
 
 // A process that it leaves behind holds its pipes open, and its lock.

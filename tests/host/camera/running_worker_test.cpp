@@ -1,15 +1,14 @@
 // What comes out of a worker's two outputs.
 #include "host/camera/running_worker.h"
 
-#include <atomic>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <thread>
 #include <unistd.h>
 
+#include "tests/host/interruptions.h"
 #include "tests/host/open_descriptors.h"
 #include "tests/temporary_folder.h"
 
@@ -117,33 +116,14 @@ TEST(RunningWorkerTest, OneThatIsGivenUpAtOnceDoesNotStay) {
     }
 }
 
-std::atomic<int> interruptions{0};
-
 // Signals of the host's own find the thread that waits for the process.
 TEST(RunningWorkerTest, ItsEndIsWaitedForThroughInterruptions) {
-    struct sigaction count {};
-    struct sigaction before {};
-    count.sa_handler = [](int) {
-        ++interruptions;
-    };
-    sigaction(SIGUSR1, &count, &before);
+    const Interruptions interruptions;
     const auto inbox = std::make_shared<Inbox>();
     auto worker = run_script("", inbox);
-    sigset_t blocked;
-    sigset_t mask_before;
-    sigemptyset(&blocked);
-    sigaddset(&blocked, SIGUSR1);
-    pthread_sigmask(SIG_BLOCK, &blocked, &mask_before);
-    for (int number = 1; number <= 500; ++number) {
-        kill(getpid(), SIGUSR1);
-        while (interruptions.load() < number) {
-            std::this_thread::yield();
-        }
-    }
+    Interruptions::send();
     worker.reset();
     EXPECT_EQ(end_told_to(*inbox), 128 + SIGKILL);
-    pthread_sigmask(SIG_SETMASK, &mask_before, nullptr);
-    sigaction(SIGUSR1, &before, nullptr);
 }
 
 // What a worker says, and what it was too long for.
@@ -158,13 +138,17 @@ struct Heard {
                   }};
 };
 
-// Waits for whatever the worker's pipes have next.
-void go_on(RunningWorker& worker, const Heard& heard) {
+// Waits for whatever the worker's pipes have next. False when nothing comes.
+bool go_on(RunningWorker& worker, const Heard& heard) {
     std::vector<pollfd> sources;
     worker.add_to(sources);
-    ASSERT_GT(poll(sources.data(), static_cast<nfds_t>(sources.size()), patience), 0);
+    if (poll(sources.data(), static_cast<nfds_t>(sources.size()), patience) <= 0) {
+        ADD_FAILURE() << "nothing came of the worker's pipes";
+        return false;
+    }
     worker.write_on();
     worker.read(Time{}, heard.ear);
+    return true;
 }
 
 // It stands still once its own output is full: what it does not take waits here, to an end.
@@ -180,11 +164,24 @@ TEST(RunningWorkerTest, WhatItDoesNotReadIsKeptForItUpToALimit) {
         ASSERT_LT(said.size(), 1000u);
     }
     Heard heard;
-    while (heard.lines.size() < said.size()) {
-        go_on(*worker, heard);
-    }
+    while (heard.lines.size() < said.size() && go_on(*worker, heard)) {}
     EXPECT_EQ(heard.lines, said);
     EXPECT_TRUE(worker->say("more")) << "there is room again";
+}
+
+TEST(RunningWorkerTest, OneThatOnlyReadsGetsItAll) {
+    const auto inbox = std::make_shared<Inbox>();
+    const auto worker = run_script("echo begun; exec head -c 131072 >/dev/null", inbox);
+    await(*worker, false);
+    EXPECT_TRUE(worker->say(std::string(65'535, 'x')));
+    EXPECT_TRUE(worker->say(std::string(65'535, 'y')));
+    Heard heard;
+    std::vector<pollfd> sources;
+    do {
+        sources.clear();
+        worker->add_to(sources);
+    } while (!sources.empty() && go_on(*worker, heard));
+    EXPECT_EQ(end_told_to(*inbox), 0);
 }
 
 TEST(RunningWorkerTest, ALineAsLongAsTheLimitIsHeardAndNoLongerOne) {
@@ -192,9 +189,7 @@ TEST(RunningWorkerTest, ALineAsLongAsTheLimitIsHeardAndNoLongerOne) {
         "for length in 65536 65537; do head -c $length /dev/zero; echo; head -c $length /dev/zero "
         ">&2; echo >&2; done; echo end; echo end >&2");
     Heard heard;
-    while (heard.lines.size() < 2 || heard.errors.size() < 2) {
-        go_on(*worker, heard);
-    }
+    while ((heard.lines.size() < 2 || heard.errors.size() < 2) && go_on(*worker, heard)) {}
     const std::vector<std::string> expected{std::string(65'536, '\0'), "end"};
     EXPECT_EQ(heard.lines, expected);
     EXPECT_EQ(heard.errors, expected);
@@ -259,14 +254,10 @@ TEST(RunningWorkerTest, IsNotToldToQuitWhenItReadsNoMore) {
 TEST(RunningWorkerTest, AFloodIsSaidOnceAndNothingIsMadeOfWhatFollows) {
     const auto worker = run_script("yes | head -n 49998; echo >&2");
     Heard heard;
-    while (heard.errors.empty() || heard.lines.size() < 49'998) {
-        go_on(*worker, heard);
-    }
+    while ((heard.errors.empty() || heard.lines.size() < 49'998) && go_on(*worker, heard)) {}
     EXPECT_EQ(worker->flood(), nullptr);
     EXPECT_TRUE(worker->say("echo one more"));
-    while (heard.lines.size() < 49'999) {
-        go_on(*worker, heard);
-    }
+    while (heard.lines.size() < 49'999 && go_on(*worker, heard)) {}
     EXPECT_STREQ(worker->flood(), "50,000 lines within 1 s");
     EXPECT_EQ(worker->flood(), nullptr) << "it has been said";
     EXPECT_TRUE(worker->say("echo and one more"));

@@ -1,4 +1,9 @@
 // A session on the virtual camera: brought up, shot with, lost and brought back, ended.
+#include <ctime>
+#include <unistd.h>
+
+#include "host/camera/uptime.h"
+#include "host/values/iso_time.h"
 #include "tests/host/camera/camera_test.h"
 #include "tests/host/open_descriptors.h"
 
@@ -20,9 +25,21 @@ TEST_F(CameraSessionTest, TheWorkerIsThereBeforeAnyCamera) {
     EXPECT_EQ(told().states.back().state, State::idle);
 }
 
+TEST_F(CameraSessionTest, ACaptureWithoutASessionIsRefused) {
+    const host::Shot shot = make().capture();
+    EXPECT_EQ(shot.status, ShotStatus::refused);
+    ASSERT_EQ(shot.problems.size(), 1u);
+    EXPECT_EQ(shot.problems[0].code, Code::not_connected);
+    EXPECT_EQ(shot.problems[0].text, "No camera has been connected yet.");
+}
+
 TEST_F(CameraSessionTest, ACaptureBringsItsPicture) {
-    const host::Shot shot = connect().capture();
+    connect();
+    const std::string before = host::iso_time(host::time_of_day());
+    const host::Shot shot = camera_->capture();
     EXPECT_EQ(shot.status, ShotStatus::complete);
+    EXPECT_LE(before, shot.fired_at);
+    EXPECT_LE(shot.fired_at, host::iso_time(host::time_of_day()));
     EXPECT_EQ(shot.number, 1u);
     ASSERT_EQ(shot.pictures.size(), 1u);
     EXPECT_EQ(shot.pictures[0].path, folder_ / "shots/DSC00001.JPG");
@@ -34,6 +51,33 @@ TEST_F(CameraSessionTest, ACaptureBringsItsPicture) {
     EXPECT_EQ(told.shots[0].status, ShotStatus::fired);
     EXPECT_EQ(told.shots[1], shot);
     EXPECT_TRUE(told.problems.empty()) << told.problems[0].text;
+}
+
+// What the host does not know of yet is told again after the next start.
+TEST_F(CameraSessionTest, APictureIsToldUntilTheHostKnowsOfIt) {
+    const auto ids_of_a_start = [&] {
+        const std::size_t before = told().pictures.size();
+        connect();
+        std::vector<std::string> ids;
+        for (const host::Picture& picture : told().pictures) {
+            ids.push_back(picture.id);
+        }
+        ids.erase(ids.begin(), ids.begin() + static_cast<std::ptrdiff_t>(before));
+        return ids;
+    };
+    connect().capture();
+    const std::string known = told().pictures.at(0).id;
+    EXPECT_EQ(ids_of_a_start(), std::vector<std::string>{}) << "the listener took it";
+    options_.listener.picture = [listener = options_.listener.picture](const auto& picture) {
+        listener(picture);
+        return false;
+    };
+    connect().capture();
+    const std::string unknown = told().pictures.at(1).id;
+    EXPECT_NE(unknown, known);
+    EXPECT_EQ(ids_of_a_start(), std::vector<std::string>{unknown});
+    camera_->told(unknown);
+    EXPECT_EQ(ids_of_a_start(), std::vector<std::string>{});
 }
 
 TEST_F(CameraSessionTest, BothHalvesOfAPairAreAwaited) {
@@ -180,10 +224,22 @@ TEST_F(CameraSessionTest, AFolderInTheSteadOfAnotherIsTakenOnceItIsAskedFor) {
 }
 
 TEST_F(CameraSessionTest, TheEndIsInOrderAndLeavesNothingBehind) {
+    const auto made = host::Clock::now();
     connect();
     const pid_t process = worker_process();
     const host::Ended ended = camera_->shutdown();
     EXPECT_EQ(ended, (host::Ended{host::WorkerEnd::quit, 0}));
+    std::vector<std::string> said;
+    host::Time last{};
+    for (const host::WireLine& line : told().lines) {
+        EXPECT_LE(last, line.at) << line.text;
+        last = line.at;
+        if (line.direction == host::WireLine::Direction::to_worker) {
+            said.push_back(line.text);
+        }
+    }
+    EXPECT_LE(last, host::Clock::now() - made) << "they count from when the camera was made";
+    EXPECT_EQ(said.back(), "QUIT");
     EXPECT_TRUE(is_gone(process));
     EXPECT_NE(read("journal").find("\tRelease\ttrue\n"), std::string::npos);
     EXPECT_EQ(camera_->shutdown(), ended) << "the second one shares the first one's end";
@@ -198,6 +254,13 @@ TEST_F(CameraSessionTest, ACameraThatIsDestroyedEndsItsWorker) {
     EXPECT_NE(read("journal").find("\tRelease\ttrue\n"), std::string::npos);
 }
 
+// The processor's time that this process has taken.
+std::chrono::nanoseconds effort() {
+    timespec used{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+    return std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
+}
+
 // Said by the lines alone: the picture is on its way when the end is asked for.
 TEST_F(CameraSessionTest, FilesOnTheirWayAreWaitedForAtTheEnd) {
     write("scene", "timing instant\nnext file late 2s\ncamera \"MODEL-A\" over USB, card in\n");
@@ -207,7 +270,10 @@ TEST_F(CameraSessionTest, FilesOnTheirWayAreWaitedForAtTheEnd) {
         return !told.lines.empty() && told.lines.back().text == "PRIME_DONE|OK" &&
                told.shots.size() == 1;
     });
+    const auto before = effort();
     EXPECT_EQ(camera_->shutdown().worker, host::WorkerEnd::quit);
+    EXPECT_LT(effort() - before, std::chrono::milliseconds(300))
+        << "of 2 s in which nothing happens";
     ASSERT_EQ(told().pictures.size(), 1u);
     EXPECT_EQ(told().pictures[0].shot, 1u);
 }
@@ -246,12 +312,23 @@ TEST_F(CameraSessionTest, AListIsAnsweredWhileTheDiskIsStuck) {
     connect();
     host::CameraOptions second = options_;
     second.listener = {};
+    second.listener.state = [listener = options_.listener.state](const auto& state) {
+        if (state.waited_for) {
+            listener(state);
+        }
+    };
     host::Camera other(second);
     other.ask(host::Start{}, [](const host::Answer&) {});
+    await("what is waited for",
+          [](const Told& told) { return told.states.back().waited_for.has_value(); });
+    EXPECT_EQ(told().states.back().waited_for->text, "The folder " + (folder_ / "shots").string() +
+                                                         " is used by another program, process " +
+                                                         std::to_string(getpid()) + ".");
     const auto asked = host::Clock::now();
     const host::PicturesAnswer answer = listed(other, "", 100);
     EXPECT_LT(host::Clock::now() - asked, std::chrono::seconds(5)) << "not the 20 s of the lock";
     ASSERT_TRUE(std::holds_alternative<host::Problem>(answer));
+    EXPECT_EQ(std::get<host::Problem>(answer).text, "The disk of the folder does not answer.");
 }
 
 }  // namespace
