@@ -119,6 +119,14 @@ TEST(Ending, AnEndIsWaitedForThroughInterruptions) {
     EXPECT_TRUE(host::Exit{}.clean());
 }
 
+// The worker ends 3 s after it has taken the QUIT, and fires a shot before that.
+TEST(Ending, TakesItsTime) {
+    const host::EndTimes times;
+    EXPECT_EQ(times.after_quit, std::chrono::seconds(6));
+    EXPECT_EQ(times.after_closing_input, std::chrono::seconds(1));
+    EXPECT_EQ(times.after_sigterm, std::chrono::seconds(1));
+}
+
 TEST(Ending, AStoppedWorkerIsKilled) {
     const auto child = start_script("exec cat");
     child->signal(SIGSTOP);

@@ -1,6 +1,8 @@
 // A host that was started without its standard streams.
 #include "host/process/standard_streams.h"
 
+#include <bit>
+#include <cerrno>
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -19,15 +21,19 @@ bool is_dev_null(int number) {
 // Nothing is printed while one of them is away.
 TEST(StandardStreams, ThoseThatAreClosedAreOpenedOnNothing) {
     std::fflush(stdout);
-    for (unsigned closed = 1; closed < 8; ++closed) {
+    for (unsigned closed = 0; closed < 8; ++closed) {
         bool before[3];
         bool afterwards[3];
+        int opened = 0;
         for (int number = 0; number < 3; ++number) {
             before[number] = is_dev_null(number);
         }
         {
             const StandardStreamsClosed streams(closed);
+            opened = -open_descriptors();
+            errno = EBADF;  // of an earlier call
             host::open_closed_standard_streams();
+            opened += open_descriptors();
             for (int number = 0; number < 3; ++number) {
                 afterwards[number] = is_dev_null(number);
             }
@@ -36,6 +42,7 @@ TEST(StandardStreams, ThoseThatAreClosedAreOpenedOnNothing) {
             EXPECT_EQ(afterwards[number], before[number] || (closed >> number & 1u) != 0)
                 << "stream " << number << " of the closed ones in " << closed;
         }
+        EXPECT_EQ(opened, std::popcount(closed)) << closed;
     }
 }
 

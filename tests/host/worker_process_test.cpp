@@ -192,6 +192,18 @@ TEST(WorkerProcess, OutputEndsAtTheCloseEvenIfAGrandchildHoldsThePipe) {
     kill(grandchild, SIGKILL);
 }
 
+TEST(WorkerProcess, AGrandchildThatHoldsThePipeHoldsNobodyUp) {
+    auto child = start_script("sleep 1000 & echo $!");
+    const pid_t grandchild = std::stoi(next_text(*child));
+    child.reset();
+    EXPECT_EQ(kill(grandchild, SIGKILL), 0) << "it outlived the host's interest";
+}
+
+TEST(WorkerProcess, ASingleByteIsReadToo) {
+    const auto child = start_script("printf x");
+    EXPECT_EQ(next_text(*child), "x (unfinished)");
+}
+
 TEST(WorkerProcess, SignalsReachTheWorkerThoughTheHostBlocksAndIgnoresThem) {
     sigset_t blocked;
     sigset_t before;
