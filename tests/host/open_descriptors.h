@@ -27,14 +27,29 @@ inline int open_pipes() {
     return open;
 }
 
+// While it lives, no descriptor is opened whose number is as large, and no more are waited for.
+class DescriptorLimit {
+  public:
+    explicit DescriptorLimit(rlim_t most) {
+        getrlimit(RLIMIT_NOFILE, &before_);
+        rlimit few = before_;
+        few.rlim_cur = std::min<rlim_t>(few.rlim_cur, most);
+        setrlimit(RLIMIT_NOFILE, &few);
+    }
+    ~DescriptorLimit() {
+        setrlimit(RLIMIT_NOFILE, &before_);
+    }
+    DescriptorLimit(const DescriptorLimit&) = delete;
+    DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+
+  private:
+    rlimit before_{};
+};
+
 // While it lives, so many more can be opened.
 class DescriptorsLeft {
   public:
     explicit DescriptorsLeft(int left) {
-        getrlimit(RLIMIT_NOFILE, &before_);
-        rlimit few = before_;
-        few.rlim_cur = std::min<rlim_t>(few.rlim_cur, 128);
-        setrlimit(RLIMIT_NOFILE, &few);
         for (int taken; (taken = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;) {
             taken_.push_back(taken);
         }
@@ -46,7 +61,6 @@ class DescriptorsLeft {
         while (!taken_.empty()) {
             give_one_back();
         }
-        setrlimit(RLIMIT_NOFILE, &before_);
     }
     DescriptorsLeft(const DescriptorsLeft&) = delete;
     DescriptorsLeft& operator=(const DescriptorsLeft&) = delete;
@@ -57,7 +71,7 @@ class DescriptorsLeft {
         taken_.pop_back();
     }
 
-    rlimit before_{};
+    const DescriptorLimit limit_{128};
     std::vector<int> taken_;
 };
 

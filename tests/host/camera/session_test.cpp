@@ -265,6 +265,11 @@ std::chrono::nanoseconds effort() {
 TEST_F(CameraSessionTest, FilesOnTheirWayAreWaitedForAtTheEnd) {
     write("scene", "timing instant\nnext file late 2s\ncamera \"MODEL-A\" over USB, card in\n");
     connect();
+    // Each waits anew; all that they have waited for is more than one may wait for at once.
+    const DescriptorLimit limit(256);
+    for (int number = 0; number < 300; ++number) {
+        answer_to(host::Cancel{"of no shot"});
+    }
     camera_->ask(host::Capture{}, [](const host::Answer&) {});
     await("the release", [](const Told& told) {
         return !told.lines.empty() && told.lines.back().text == "PRIME_DONE|OK" &&
