@@ -14,6 +14,7 @@ TEST(MutexTest, IsHeldByOneThreadAtATime) {
     Mutex mutex;
     int count = 0;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int number = 0; number < 4; ++number) {
         threads.emplace_back([&] {
             for (int round = 0; round < rounds; ++round) {
