@@ -10,6 +10,7 @@
 #include <unistd.h>
 #include <utility>
 
+#include "host/process/spawn.h"
 #include "tests/host/open_descriptors.h"
 
 namespace host {
@@ -57,6 +58,14 @@ TEST(PipeTest, ADescriptorIsHandedOn) {
     const int number = two->write_end.number();
     one->write_end = std::move(two->write_end);
     EXPECT_EQ(one->write_end.number(), number);
+    const Descriptor last(std::move(one->write_end));
+    EXPECT_EQ(last.number(), number);
+    EXPECT_EQ(one->write_end.number(), -1) << "as what it is handed to takes it";
+    one->read_end.close();
+    EXPECT_EQ(one->read_end.number(), -1);
+    EXPECT_EQ(Descriptor().number(), -1);
+    EXPECT_EQ(SpawnRequest{}.error_descriptor, -1);
+    EXPECT_EQ(SpawnRequest{}.inherited_descriptor, -1);
 }
 
 TEST(PipeTest, AWriteWaitsForRoomUntilItsDeadline) {

@@ -6,6 +6,7 @@
 #include <poll.h>
 #include <system_error>
 
+#include "host/camera/disk.h"
 #include "tests/host/open_descriptors.h"
 
 namespace host {
@@ -32,6 +33,14 @@ TEST(InboxTest, WakesOnceForAllThatHasBeenPosted) {
         EXPECT_EQ(std::get<Told>(messages[1]).id, "two");
         EXPECT_TRUE(std::holds_alternative<Leave>(messages[2]));
     }
+}
+
+TEST(InboxTest, AMessageSaysNothingThatNobodyPutThere) {
+    EXPECT_EQ(ListAsked{}.limit, 0u);
+    EXPECT_EQ(Listed{}.number, 0u);
+    EXPECT_EQ(ChildEnded{}.status, 0);
+    EXPECT_EQ(ListWork{}.number, 0u);
+    EXPECT_EQ(ListWork{}.limit, 0u);
 }
 
 TEST(InboxTest, IsNotMadeWithoutDescriptors) {

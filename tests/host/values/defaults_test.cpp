@@ -25,6 +25,7 @@ TEST(DefaultsTest, NothingIsClaimedThatNobodySaid) {
     EXPECT_EQ(state.restarts, 0u);
     EXPECT_EQ(Ended{}.status, 0);
     EXPECT_EQ(RunBegun{}.process, 0);
+    EXPECT_EQ(RunOpened{}.lock_descriptor, -1);
     EXPECT_TRUE(SweepRun{}.over);
 }
 
