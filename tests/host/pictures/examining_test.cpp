@@ -50,8 +50,40 @@ TEST_F(Examining, AFileReportedTwiceCountsOnce) {
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg());
     const auto first = desk_->examine(run_, "DSC00001.JPG");
     EXPECT_EQ(desk_->examine(run_, "DSC00001.JPG").verdict, Verdict::reported_before);
+    // Others that wait beside it.
+    const OpenedRun other = desk_->open_run();
+    for (const fs::path& file : {run_.staging / "DSC00002.JPG", other.staging / "DSC00001.JPG"}) {
+        write_file(file, sample_jpeg());
+    }
+    EXPECT_EQ(desk_->examine(run_, "DSC00002.JPG").verdict, Verdict::there);
+    EXPECT_EQ(desk_->examine(other, "DSC00001.JPG").verdict, Verdict::there);
     desk_->place(first);
     EXPECT_EQ(desk_->examine(run_, "DSC00001.JPG").verdict, Verdict::reported_before);
+}
+
+// Some disks keep no number for a file.
+TEST_F(Examining, AFileWithAnotherNumberIsKnownByItsSizeAndItsTime) {
+    const fs::path file = run_.staging / "DSC00001.JPG";
+    const auto now = fs::file_time_type::clock::now();
+    const auto write_anew = [&](const std::string& content, fs::file_time_type time) {
+        if (fs::exists(file)) {
+            // Its number is not given away.
+            fs::rename(file, folder_.path() / std::to_string(desk_->next_ticket()));
+        }
+        write_file(file, content);
+        fs::last_write_time(file, time);
+        return desk_->examine(run_, "DSC00001.JPG");
+    };
+    EXPECT_EQ(write_anew(sample_jpeg("1"), now).verdict, Verdict::there);
+    const auto other_time = write_anew(sample_jpeg("2"), now - std::chrono::seconds(1));
+    EXPECT_EQ(other_time.verdict, Verdict::there);
+    const auto other_size = write_anew(sample_jpeg("34"), now);
+    EXPECT_EQ(other_size.verdict, Verdict::there);
+    EXPECT_EQ(write_anew(sample_jpeg("56"), now).verdict, Verdict::reported_before);
+    EXPECT_EQ(desk_->ask<host::NotPlaced>(host::Place{other_time.ticket, 7, "", "", "p", {}})
+                  .problem.code,
+              host::Code::picture_not_there);
+    EXPECT_EQ(read_file(desk_->place(other_size).path), sample_jpeg("56"));
 }
 
 TEST_F(Examining, ASweptFileWasReportedBefore) {
@@ -82,7 +114,7 @@ TEST_F(Examining, LinksFoldersAndHiddenNamesAreNoFiles) {
     fs::create_directory(run_.staging / "folder.JPG");
     write_file(run_.staging / ".hidden.JPG", sample_jpeg());
     ASSERT_EQ(::mkfifo((run_.staging / "pipe.JPG").c_str(), 0600), 0);
-    for (const char* name : {"link.JPG", "folder.JPG", ".hidden.JPG", "pipe.JPG", ".", ".."}) {
+    for (const char* name : {"link.JPG", "folder.JPG", ".hidden.JPG", "pipe.JPG", ".", "..", ""}) {
         EXPECT_EQ(desk_->examine(run_, name).verdict, Verdict::not_a_file) << name;
     }
 }
@@ -93,17 +125,21 @@ TEST_F(Examining, AFileElsewhereIsOutside) {
     write_file(other.staging / "theirs.JPG", sample_jpeg());
     fs::create_directory(run_.staging / "below");
     write_file(run_.staging / "below/deep.JPG", sample_jpeg());
+    const std::string ours = run_.staging / "DSC~1.JPG";
+    write_file(ours, sample_jpeg());
     for (const std::string& path :
          {(folder_.path() / "mine.JPG").string(), (run_.staging / "../../mine.JPG").string(),
           (other.staging / "theirs.JPG").string(), (run_.staging / "below/deep.JPG").string(),
           std::string("/etc/passwd"), std::string("/nowhere/x.JPG"), std::string("x.JPG"),
-          std::string(), std::string("/"), std::string("/x\0y", 4)}) {
+          std::string(), std::string("/"), std::string("/x\0y", 4), ours + std::string("\0", 1),
+          fs::relative(ours).string()}) {
         EXPECT_EQ(examine_path(path).verdict, Verdict::outside) << path;
     }
     EXPECT_EQ(
         desk_->ask<host::Examined>(host::Examine{desk_->next_ticket(), "run-unknown", "/x/y.JPG"})
             .verdict,
         Verdict::outside);
+    EXPECT_EQ(examine_path(ours).verdict, Verdict::there);
 }
 
 TEST_F(Examining, TheStagingFolderIsKnownUnderAnyPath) {

@@ -52,7 +52,8 @@ TEST_F(Placing, ThePictureSaysWhatItIs) {
     EXPECT_TRUE(
         std::regex_match(picture.at, std::regex(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z)")))
         << picture.at;
-    EXPECT_FALSE(picture.id.empty());
+    EXPECT_TRUE(std::regex_match(picture.id, std::regex("[0-9a-f]{16}"))) << picture.id;
+    EXPECT_NE(picture.id.substr(0, 8), "00000000") << "all of it is drawn";
 }
 
 TEST_F(Placing, NothingIsOverwritten) {
@@ -117,8 +118,17 @@ TEST_F(Placing, ATemplateNamesTheFile) {
 }
 
 TEST_F(Placing, ATemplatesFoldersAreMadeBelow) {
-    EXPECT_EQ(named("DSC00001.JPG", "a/b/{camera}"), "a/b/DSC00001.JPG");
-    EXPECT_EQ(named("DSC00001.JPG", "a/b/{camera}"), "a/b/DSC00001-2.JPG");
+    const mode_t before = ::umask(027);
+    EXPECT_EQ(named("DSC00001.JPG", "a/b/c/{camera}"), "a/b/c/DSC00001.JPG");
+    EXPECT_EQ(named("DSC00001.JPG", "a/b/c/{camera}"), "a/b/c/DSC00001-2.JPG");
+    ::umask(before);
+    EXPECT_EQ(files_in(folder_.path()),
+              (std::map<std::string, std::string>{
+                  {"a/b/c/DSC00001.JPG", sample_jpeg("DSC00001.JPG")},
+                  {"a/b/c/DSC00001-2.JPG", sample_jpeg("DSC00001.JPG")}}));
+    struct stat facts {};
+    ASSERT_EQ(::stat((folder_.path() / "a/b").c_str(), &facts), 0);
+    EXPECT_EQ(facts.st_mode & 0777, 0750U);
 }
 
 TEST_F(Placing, ALinkIsNoFolderBelow) {
@@ -135,6 +145,7 @@ TEST_F(Placing, ALinkIsNoFolderBelow) {
 }
 
 TEST_F(Placing, ARunningNumberCountsPairsAndGoesOnAfterARestart) {
+    named("DSC00006.JPG", "{camera}");
     host::Place how;
     how.name = "{n:4}";
     how.pair = "first";
@@ -194,7 +205,12 @@ TEST_F(Placing, AFileThatWasReplacedSinceItWasExaminedIsNotTaken) {
     fs::rename(run_.staging / "other", run_.staging / "DSC00001.JPG");
     const auto refused =
         desk_->ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "", "p", {}});
-    EXPECT_EQ(refused.problem.code, host::Code::picture_not_there);
+    EXPECT_EQ(refused.problem,
+              (host::Problem{host::Code::picture_not_there,
+                             "A picture that was reported is not there any more: " +
+                                 (run_.staging / "DSC00001.JPG").string(),
+                             {},
+                             {}}));
     EXPECT_EQ(desk_->examine(run_, "DSC00001.JPG").verdict, host::Verdict::there);
 }
 
@@ -214,7 +230,8 @@ TEST_F(Placing, AFolderThatHasGoneGetsNothingInItsStead) {
         desk_->ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "", "p", {}});
     EXPECT_EQ(refused.problem.code, host::Code::folder_gone);
     const fs::path now = elsewhere.path() / "moved/.incoming" / run_.name / "DSC00001.JPG";
-    EXPECT_NE(refused.problem.text.find(now), std::string::npos) << refused.problem.text;
+    EXPECT_EQ(refused.problem.text,
+              "The folder was moved, deleted or ejected. A picture is now " + now.string());
     EXPECT_EQ(read_file(now), sample_jpeg("one"));
     EXPECT_FALSE(fs::exists(folder_.path()));
 }

@@ -48,9 +48,19 @@ TEST_F(Runs, AStagingFolderIsItsOwnersOnly) {
     struct stat facts {};
     ASSERT_EQ(::stat(run.staging.c_str(), &facts), 0);
     EXPECT_EQ(facts.st_mode & 0777, 0700U);
-    EXPECT_TRUE(std::regex_match(run.name, std::regex("run-\\d{8}-\\d{6}-[0-9a-f]{16}")))
-        << run.name;
     EXPECT_NE(desk_.open_run().name, run.name);
+}
+
+TEST_F(Runs, ARunIsCalledByItsTimeAndANumberThatIsDrawn) {
+    host::pictures::Options options = impatient();
+    options.time_of_day = [] {
+        return std::chrono::milliseconds(1714567890123);
+    };
+    Desk desk(folder_.path() / "below", options);
+    desk.open();
+    const std::string name = desk.open_run().name;
+    EXPECT_TRUE(std::regex_match(name, std::regex("run-20240501-125130-[0-9a-f]{16}"))) << name;
+    EXPECT_NE(name.substr(20, 8), "00000000") << "all of the number is drawn";
 }
 
 TEST_F(Runs, OnlyTheWorkerHoldsTheLockOnceItRuns) {
@@ -88,7 +98,9 @@ TEST_F(Runs, AWorkerThatIsMovedKeepsTheLockOfItsFirstRun) {
     open(third.path());
     const OpenedRun first = desk_.open_run();
     const int inherited = ::dup(first.lock);
+    // A run begins once.
     desk_.store().work(host::RunBegun{first.name, 4711});
+    desk_.store().work(host::RunBegun{first.name, 4712});
     const OpenedRun middle = open_run_in(second.path(), first.name);
     const OpenedRun last = open_run_in(third.path(), middle.name);
     EXPECT_EQ(read_file(lock_of(last)), "4711\n" + lock_of(first).string() + "\n");
@@ -116,6 +128,7 @@ TEST_F(Runs, AWorkerThatIsMovedOnAndOnKeepsItsFirstFolderAndNoOtherOpen) {
     const OpenedRun first = desk_.open_run();
     const int inherited = ::dup(first.lock);
     desk_.store().work(host::RunBegun{first.name, 4711});
+    const OpenedRun stranger = desk_.open_run();
     OpenedRun run = first;
     fs::path before = folder_.path();
     const auto move_to = [&](const std::string& name) {
@@ -137,6 +150,13 @@ TEST_F(Runs, AWorkerThatIsMovedOnAndOnKeepsItsFirstFolderAndNoOtherOpen) {
         move_to(std::to_string(move));
     }
     EXPECT_EQ(open_descriptors(), descriptors);
+    // It has not become a run of that worker.
+    EXPECT_EQ(desk_
+                  .ask<host::Examined>(host::Examine{desk_.next_ticket(), stranger.name,
+                                                     (first.staging / "folder").string()})
+                  .verdict,
+              host::Verdict::outside);
+    desk_.sweep(stranger);
 
     EXPECT_TRUE(is_held(lock_of(first)));
     Desk other(folder_.path());

@@ -10,16 +10,33 @@ using host::Code;
 
 using Sweeping = OpenDesk;
 
-TEST_F(Sweeping, EveryFileIsBroughtInAndSaysSo) {
-    write_file(run_.staging / "DSC00001.JPG", sample_jpeg("1"));
-    write_file(run_.staging / "C0001.MP4", "a movie");
+TEST_F(Sweeping, EveryFileIsBroughtInOldestFirstAndSaysSo) {
+    const std::vector<std::string> oldest_first{"E.JPG", "A.JPG", "D.JPG", "B.txt", "C.JPG"};
+    for (std::size_t age = 0; age < oldest_first.size(); ++age) {
+        write_file(run_.staging / oldest_first[age], sample_jpeg());
+        // The last two are of one moment.
+        fs::last_write_time(run_.staging / oldest_first[age],
+                            fs::file_time_type() + std::chrono::hours(age < 4 ? age : 3));
+    }
     const auto swept = desk_->sweep(run_);
-    EXPECT_EQ(names_of(swept.pictures, folder_.path()),
-              (std::set<std::string>{"DSC00001.JPG", "C0001.MP4"}));
-    for (const host::Picture& picture : swept.pictures) {
-        EXPECT_TRUE(picture.recovered);
-        EXPECT_EQ(picture.shot, std::nullopt);
-        EXPECT_FALSE(picture.pair.empty());
+    EXPECT_TRUE(swept.problems.empty());
+    ASSERT_EQ(swept.pictures.size(), oldest_first.size());
+    for (std::size_t age = 0; age < oldest_first.size(); ++age) {
+        const host::Picture& picture = swept.pictures[age];
+        const bool is_other = age == 3;
+        EXPECT_EQ(picture, (host::Picture{picture.id,
+                                          {},
+                                          "",
+                                          picture.id,
+                                          is_other ? host::Kind::other : host::Kind::developed,
+                                          is_other ? host::Format::other : host::Format::jpeg,
+                                          folder_.path() / oldest_first[age],
+                                          oldest_first[age],
+                                          sample_jpeg().size(),
+                                          true,
+                                          picture.at,
+                                          {},
+                                          true}));
     }
     EXPECT_FALSE(fs::exists(run_.staging));
     EXPECT_FALSE(fs::exists(lock()));
@@ -73,18 +90,31 @@ TEST_F(Sweeping, LinksFoldersAndHiddenNamesStayAndAreToldOnce) {
     const auto swept = desk_->sweep(run_, false);
     EXPECT_TRUE(swept.pictures.empty());
     ASSERT_EQ(swept.problems.size(), 4U);
-    for (const char* name : {"link.JPG", "folder", ".hidden", "pipe"}) {
-        const auto told = std::count_if(
-            swept.problems.begin(), swept.problems.end(), [&](const host::Problem& problem) {
-                return problem.text.find(run_.staging / name) != std::string::npos;
-            });
-        EXPECT_EQ(told, 1) << name;
+    const std::string there = " was left where it is: " + run_.staging.string() + "/";
+    std::set<std::string> said;
+    for (const host::Problem& problem : swept.problems) {
+        EXPECT_EQ(problem.code, Code::picture_not_placed);
+        said.insert(problem.text);
     }
+    EXPECT_EQ(said, (std::set<std::string>{"Not a picture but a link" + there + "link.JPG",
+                                           "Not a picture but a folder" + there + "folder",
+                                           "Not a picture but a hidden file" + there + ".hidden",
+                                           "Not a picture but something else" + there + "pipe"}));
     EXPECT_TRUE(desk_->sweep(run_, true).problems.empty());
+    EXPECT_TRUE(fs::exists(lock())) << "for as long as its folder";
     EXPECT_TRUE(restart().problems.empty());
     EXPECT_EQ(read_file(run_.staging / "folder/inside.JPG"), "inside");
     EXPECT_EQ(read_file(run_.staging / ".hidden"), "hidden");
     EXPECT_EQ(fs::read_symlink(run_.staging / "link.JPG"), folder_.path() / "mine");
+}
+
+TEST_F(Sweeping, MoreThanAHundredOthersAreToldNextTime) {
+    for (int number = 0; number < 101; ++number) {
+        fs::create_directory(run_.staging / std::to_string(number));
+    }
+    EXPECT_EQ(desk_->sweep(run_, false).problems.size(), 100U);
+    EXPECT_EQ(desk_->sweep(run_, false).problems.size(), 1U);
+    EXPECT_TRUE(desk_->sweep(run_, false).problems.empty());
 }
 
 TEST_F(Sweeping, ADamagedFileIsBroughtInWithAProblem) {
@@ -92,8 +122,8 @@ TEST_F(Sweeping, ADamagedFileIsBroughtInWithAProblem) {
     const auto swept = desk_->sweep(run_);
     ASSERT_EQ(swept.pictures.size(), 1U);
     EXPECT_FALSE(swept.pictures[0].whole);
-    EXPECT_NE(text_of(swept.problems, Code::picture_damaged).find(swept.pictures[0].path),
-              std::string::npos);
+    EXPECT_EQ(text_of(swept.problems, Code::picture_damaged),
+              "A picture is damaged: " + swept.pictures[0].path);
 }
 
 TEST_F(Sweeping, AFileThatMayBeOnItsWayIsLeftToALivingWorker) {
@@ -106,9 +136,25 @@ TEST_F(Sweeping, AFileThatMayBeOnItsWayIsLeftToALivingWorker) {
 
 TEST_F(Sweeping, AFileThatIsAboutToBePlacedIsLeft) {
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("1"));
-    const auto examined = desk_->examine(run_, "DSC00001.JPG");
-    EXPECT_TRUE(desk_->sweep(run_, false).pictures.empty());
+    auto examined = desk_->examine(run_, "DSC00001.JPG");
+    const OpenedRun other = desk_->open_run();
+    for (const OpenedRun& run : {run_, other}) {
+        write_file(run.staging / "DSC00002.JPG", sample_jpeg("2"));
+    }
+    desk_->examine(other, "DSC00002.JPG");
+    EXPECT_EQ(names_of(desk_->sweep(run_, false).pictures, folder_.path()),
+              std::set<std::string>{"DSC00002.JPG"});
     EXPECT_EQ(desk_->place(examined).path, (folder_.path() / "DSC00001.JPG").string());
+
+    // Not when the worker has ended: then it is brought in now, and not once more later.
+    write_file(run_.staging / "DSC00003.JPG", sample_jpeg("3"));
+    examined = desk_->examine(run_, "DSC00003.JPG");
+    EXPECT_EQ(desk_->sweep(run_).pictures.size(), 1U);
+    EXPECT_EQ(
+        desk_->ask<host::NotPlaced>(host::Place{examined.ticket, 7, "", "", "p", {}}).problem,
+        (host::Problem{
+            Code::picture_not_there, "A picture is not where it was examined any more.", {}, 7}));
+    EXPECT_EQ(desk_->examine(other, "DSC00002.JPG").verdict, host::Verdict::reported_before);
 }
 
 TEST_F(Sweeping, ADeletedStagingFolderHasNothing) {
@@ -116,6 +162,7 @@ TEST_F(Sweeping, ADeletedStagingFolderHasNothing) {
     const auto swept = desk_->sweep(run_);
     EXPECT_TRUE(swept.pictures.empty());
     EXPECT_TRUE(swept.problems.empty());
+    EXPECT_FALSE(fs::exists(lock()));
 }
 
 TEST_F(Sweeping, AnUnknownRunHasNothing) {
