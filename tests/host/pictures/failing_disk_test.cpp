@@ -155,6 +155,16 @@ class DiskThatKnowsMoreNames : public OpenDesk {
             return call == "renameat2" && names-- > 0 ? EEXIST : 0;
         };
     }
+    static void refuse_moves() {
+        disk_calls::before = [](std::string_view call) {
+            return call == "renameat2" ? EIO : 0;
+        };
+    }
+    host::Problem fail_to_place(const std::string& name, const host::Place& how = {}) {
+        host::Place work = how;
+        work.ticket = desk_->examine(run_, name).ticket;
+        return desk_->ask<host::NotPlaced>(work).problem;
+    }
 };
 
 using DiskThatFailsOnce = DiskThatKnowsMoreNames;
@@ -163,7 +173,7 @@ TEST_F(DiskThatFailsOnce, SaysWhatItKeepsAndWhere) {
     const fs::path staging = run_.staging;
     write_file(staging / "A.JPG", sample_jpeg("A"));
     desk_ = nullptr;
-    std::set<std::string> said;
+    std::multiset<std::string> said;
     int step = 0;
     for (bool failed = true; failed; ++step) {
         failed = false;
@@ -186,12 +196,16 @@ TEST_F(DiskThatFailsOnce, SaysWhatItKeepsAndWhere) {
         for (const auto& [name, content] : files_in(folder_.path())) {
             fs::create_directory(staging);
             fs::rename(folder_.path() / name, staging / "A.JPG");
-            fs::remove(folder_.path() / ".incoming/ledger");
         }
+        fs::remove(folder_.path() / ".incoming/ledger");
     }
     const std::string folder = folder_.path().string();
     const std::string error = "Input/output error";
-    EXPECT_EQ(said,
+    EXPECT_EQ(said.count("What a worker of before has brought cannot be looked at: " + error +
+                         ". It stays in " + staging.string()),
+              2U)
+        << "its lock, and its folder";
+    EXPECT_EQ((std::set<std::string>{said.begin(), said.end()}),
               (std::set<std::string>{"A picture is damaged: " + folder + "/A.JPG",
                                      "The folder " + folder + " is not taken: " + error + ".",
                                      "What a worker of before has brought cannot be looked at: " +
@@ -199,39 +213,205 @@ TEST_F(DiskThatFailsOnce, SaysWhatItKeepsAndWhere) {
                                      "What has been staged cannot be looked at: " + error +
                                          ". It is now in " + staging.string(),
                                      "A picture could not be brought to its place: " + error +
-                                         ". It is now " + (staging / "A.JPG").string()}));
+                                         ". It is now " + (staging / "A.JPG").string(),
+                                     "The disk does not confirm a picture: " + error +
+                                         ". It is now " + folder + "/A.JPG"}));
 }
 
-TEST_F(DiskThatFailsOnce, GetsNoRunWithoutALock) {
-    disk_calls::before = [calls = 0](std::string_view call) mutable {
-        return call == "openat" && calls++ == 0 ? EIO : 0;
-    };
+TEST_F(DiskThatFailsOnce, GetsNoRunAndSaysWhyAtAnyStep) {
     const std::string folder = folder_.path().string();
-    EXPECT_EQ(desk_->ask<host::RunNotOpened>(host::OpenRun{9, folder, ""}).problem.text,
-              "No place for pictures can be made in " + folder + ": Input/output error.");
+    for (const auto& [error, code, why] :
+         {std::tuple{EIO, host::Code::folder_not_taken, "Input/output error"},
+          std::tuple{EACCES, host::Code::folder_not_permitted, "Permission denied"},
+          std::tuple{EPERM, host::Code::folder_not_permitted, "Operation not permitted"},
+          std::tuple{EROFS, host::Code::folder_not_permitted, "Read-only file system"}}) {
+        // Its lock, what the lock says in two calls, its folder, and opening that.
+        for (int step = 0; step < 5; ++step) {
+            disk_calls::before = [error = error, left = step](std::string_view) mutable {
+                return left-- == 0 ? error : 0;
+            };
+            EXPECT_EQ(
+                desk_->ask<host::RunNotOpened>(host::OpenRun{9, folder, run_.name}).problem,
+                (host::Problem{code,
+                               "No place for pictures can be made in " + folder + ": " + why + ".",
+                               {},
+                               {}}))
+                << step;
+            int parts = 0;
+            for (const auto& entry : fs::directory_iterator(folder_.path() / ".incoming")) {
+                parts += entry.path().filename().string().starts_with("run-") ? 1 : 0;
+            }
+            EXPECT_EQ(parts % 2, 0) << "no lock without its folder, no folder without its lock";
+        }
+    }
 }
 
-TEST_F(DiskThatFailsOnce, GetsNoPictureIntoAFolderThatMayBeLost) {
+TEST_F(DiskThatFailsOnce, SaysOfAFileThatItCannotBeRead) {
     write_file(run_.staging / "A.JPG", sample_jpeg("A"));
-    const auto examined = desk_->examine(run_, "A.JPG");
-    bool made = false;
-    disk_calls::before = [&](std::string_view call) {
-        const bool next = std::exchange(made, call == "mkdirat");
-        return next && call == "fsync" ? EIO : 0;
+    disk_calls::before = [](std::string_view call) {
+        return call == "openat" ? EIO : 0;
     };
-    desk_->ask<host::NotPlaced>(host::Place{examined.ticket, {}, "", "a/{camera}", "p", {}});
-    EXPECT_TRUE(fs::exists(run_.staging / "A.JPG"));
+    const auto found = desk_->examine(run_, "A.JPG");
+    EXPECT_EQ(found.verdict, host::Verdict::there);
+    EXPECT_EQ(found.bytes, sample_jpeg("A").size());
+    EXPECT_FALSE(found.whole);
+    EXPECT_EQ(found.why, "it cannot be read: Input/output error");
+
+    write_file(run_.staging / "B.JPG", sample_jpeg("B"));
+    disk_calls::before = [&](std::string_view) {
+        fs::remove(run_.staging / "B.JPG");
+        return 0;
+    };
+    EXPECT_EQ(desk_->examine(run_, "B.JPG").verdict, host::Verdict::not_there);
 }
+
+TEST_F(DiskThatFailsOnce, SaysOnceThatAPictureThatWasCutCannotBeBrought) {
+    const host::Place how{0, 41, "", "below/{camera}", "p", {}};
+    write_file(run_.staging / "A.JPG", sample_jpeg("A"));
+    refuse_moves();
+    fail_to_place("A.JPG", how);
+    const std::vector<host::Problem> problems{
+        {host::Code::picture_not_placed,
+         "A picture could not be brought to its place: Input/output error. It is now " +
+             (run_.staging / "A.JPG").string(),
+         {},
+         41}};
+    EXPECT_EQ(restart().problems, problems);
+    disk_calls::before = {};
+    EXPECT_EQ(names_of(restart().pictures, folder_.path()), std::set<std::string>{"below/A.JPG"});
+}
+
+TEST_F(DiskThatFailsOnce, GetsAPictureLaterUnderItsId) {
+    host::Place how{0, 7, "a tag", "below/{shot:3}", "p", {}};
+    write_file(run_.staging / "A.JPG", sample_jpeg("A"));
+    refuse_moves();
+    fail_to_place("A.JPG", how);
+    disk_calls::before = {};
+    const host::Picture first = desk_->place(desk_->examine(run_, "A.JPG"), how);
+    // The next one of its name, its size and its time is another.
+    how.pair = "q";
+    const host::Picture second = desk_->bring(run_, "A.JPG", sample_jpeg("B"), how);
+    EXPECT_NE(first.id, second.id);
+    const auto opened = restart();
+    EXPECT_EQ(opened.pictures, (std::vector<host::Picture>{first, second}));
+    EXPECT_TRUE(opened.problems.empty());
+}
+
+TEST_F(DiskThatFailsOnce, GetsAnotherPictureUnderAnIdOfItsOwn) {
+    const host::Place how{0, 7, "a tag", "below/{shot:3}", "p", {}};
+    for (const bool swept : {false, true}) {
+        run_ = desk_->open_run();
+        write_file(run_.staging / "A.JPG", sample_jpeg("A"));
+        refuse_moves();
+        fail_to_place("A.JPG", how);
+        disk_calls::before = {};
+        write_file(run_.staging / "B.JPG", sample_jpeg("another"));
+        fs::rename(run_.staging / "B.JPG", run_.staging / "A.JPG");
+        if (swept) {
+            EXPECT_EQ(desk_->sweep(run_).pictures.at(0).shot, std::nullopt);
+        } else {
+            desk_->place(desk_->examine(run_, "A.JPG"), how);
+        }
+        EXPECT_EQ(restart().problems.size(), 1U) << "the first one is nowhere";
+    }
+}
+
+TEST_F(DiskThatFailsOnce, GetsASweptPictureToWhereItWasToGo) {
+    const host::Place how{0, 7, "a tag", "below/{shot:3}", "p", std::chrono::milliseconds(900)};
+    write_file(run_.staging / "A.JPG", sample_jpeg("A"));
+    refuse_moves();
+    fail_to_place("A.JPG", how);
+    disk_calls::before = {};
+    const auto swept = desk_->sweep(run_);
+    ASSERT_EQ(swept.pictures.size(), 1U);
+    const host::Picture& picture = swept.pictures[0];
+    EXPECT_EQ(picture,
+              (host::Picture{picture.id, 7, "a tag", "p", host::Kind::developed, host::Format::jpeg,
+                             folder_.path() / "below/007.JPG", "A.JPG", sample_jpeg("A").size(),
+                             true, picture.at, std::chrono::milliseconds(900), false}));
+}
+
+class DiskThatFailsAtAnyStep : public DiskThatKnowsMoreNames,
+                               public testing::WithParamInterface<bool> {
+  protected:
+    ~DiskThatFailsAtAnyStep() override {
+        disk_calls::no_exclusive_rename = false;
+    }
+};
+
+TEST_P(DiskThatFailsAtAnyStep, SaysWhereAPictureIsNow) {
+    enum Outcome { not_moved, not_confirmed, placed };
+    disk_calls::no_exclusive_rename = GetParam();
+    // From now on the disk is known to have no such rename.
+    desk_->bring(run_, "first.JPG", sample_jpeg("1"));
+    std::map<std::string, std::string> contents;
+    std::vector<Outcome> outcomes;
+    for (bool failed = true; failed && !HasFailure();) {
+        const int step = static_cast<int>(outcomes.size());
+        const std::string name = "DSC" + std::to_string(1000 + step) + ".JPG";
+        const fs::path place = folder_.path() / std::to_string(step) / "below" / name;
+        contents[name] = sample_jpeg(name);
+        write_file(run_.staging / name, contents[name]);
+        const host::Ticket ticket = desk_->examine(run_, name).ticket;
+        failed = false;
+        disk_calls::before = [&, left = step](std::string_view call) mutable {
+            EXPECT_FALSE(GetParam() && call == "renameat2");
+            failed = failed || left == 0;
+            return left-- == 0 ? EIO : 0;
+        };
+        const auto answer = desk_->store().work(
+            host::Place{ticket, 7, "", std::to_string(step) + "/below/{camera}", name, {}});
+        disk_calls::before = {};
+        const bool moved = fs::exists(place);
+        EXPECT_NE(moved, fs::exists(run_.staging / name));
+        if (const auto* const refused = std::get_if<host::NotPlaced>(&*answer)) {
+            EXPECT_EQ(refused->problem,
+                      (host::Problem{
+                          host::Code::picture_not_placed,
+                          (moved ? "The disk does not confirm a picture: Input/output error. It "
+                                   "is now " +
+                                       place.string()
+                                 : "A picture could not be brought to its place: Input/output "
+                                   "error. It is now " +
+                                       (run_.staging / name).string()),
+                          {},
+                          7}));
+        }
+        outcomes.push_back(std::holds_alternative<host::Placed>(*answer) ? placed
+                           : moved                                       ? not_confirmed
+                                                                         : not_moved);
+    }
+    EXPECT_TRUE(std::is_sorted(outcomes.begin(), outcomes.end()));
+    EXPECT_EQ(std::count(outcomes.begin(), outcomes.end(), not_confirmed), 3)
+        << "it is opened and synced, and its folder is";
+    EXPECT_GT(std::count(outcomes.begin(), outcomes.end(), not_moved), 10);
+    EXPECT_TRUE(desk_->sweep(run_).problems.empty());
+    for (const auto& [path, content] : files_in(folder_.path())) {
+        contents.erase(fs::path(path).filename());
+    }
+    EXPECT_TRUE(contents.empty()) << "each under its name";
+}
+
+INSTANTIATE_TEST_SUITE_P(ByRename, DiskThatFailsAtAnyStep, testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(ByReservation, DiskThatFailsAtAnyStep, testing::Values(true));
 
 TEST_F(DiskThatKnowsMoreNames, GetsTheNextOneEachTime) {
     refuse(3);
     EXPECT_EQ(desk_->bring(run_, "DSC00001.JPG", sample_jpeg("1")).path,
               folder_.path() / "DSC00001-4.JPG");
+    refuse(99);
+    EXPECT_EQ(desk_->bring(run_, "DSC00002.JPG", sample_jpeg("2")).path,
+              folder_.path() / "DSC00002-100.JPG");
+    write_file(run_.staging / "DSC00003.JPG", sample_jpeg("3"));
+    refuse(100);
+    EXPECT_EQ(fail_to_place("DSC00003.JPG").text,
+              "A picture could not be brought to its place: File exists. It is now " +
+                  (run_.staging / "DSC00003.JPG").string());
 }
 
 TEST_F(DiskThatKnowsMoreNames, GetsTheNextOneForAHalfToo) {
     const host::Place how{0, 7, "", "", "the pair", {}};
-    desk_->bring(run_, "DSC00001.ARW", sample_raw("1"), how);
+    fs::remove(desk_->bring(run_, "DSC00001.ARW", sample_raw("1"), how).path);
     refuse(2);
     const host::Picture half = desk_->bring(run_, "DSC00001.JPG", sample_jpeg("1"), how);
     EXPECT_EQ(half.path, folder_.path() / "DSC00001-3.JPG");

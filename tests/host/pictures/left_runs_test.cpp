@@ -23,6 +23,7 @@ class Worker {
         process_ = ::fork();
         if (process_ == 0) {
             ::signal(SIGTERM, ignores_sigterm ? SIG_IGN : SIG_DFL);
+            ::signal(SIGHUP, SIG_DFL);
             for (int file = 3; file < 1024; ++file) {
                 if (file != held && file != told[0] && file != ready[1]) {
                     ::close(file);
@@ -87,7 +88,23 @@ class LeftRuns : public OpenDesk {
         write_file(fs::path(moved.staging) / "DSC00001.JPG", sample_jpeg("late"));
         desk_ = nullptr;
     }
+    std::vector<host::Problem> outlived_by(const std::string& process) const {
+        return {{Code::worker_hangs,
+                 "A worker of before, process " + process +
+                     ", does not end. What it has brought stays in " + run_.staging.string(),
+                 {},
+                 {}}};
+    }
 };
+
+TEST_F(LeftRuns, WorkersAreWaitedForByDefault) {
+    using std::chrono::seconds;
+    const host::pictures::Options options;
+    EXPECT_EQ(options.folder_in_use, seconds(20));
+    EXPECT_EQ(options.before_sigterm, seconds(4));
+    EXPECT_EQ(options.before_sigkill, seconds(1));
+    EXPECT_EQ(options.after_sigkill, seconds(2));
+}
 
 TEST_F(LeftRuns, AWorkerThatIsStillEndingIsWaitedFor) {
     Worker worker(run_.lock, false);
@@ -160,21 +177,54 @@ TEST_F(LeftRuns, AWorkerThatSurvivesIsNamedAndItsFilesAreLeftAlone) {
     // This very process holds the lock, and does not end itself.
     const int held = ::dup(run_.lock);
     write_file(run_.staging / "DSC00001.JPG", sample_jpeg("late"));
-    desk_->store().work(host::RunBegun{run_.name, 4711});
     desk_ = nullptr;
     host::pictures::Options options = impatient();
     options.before_sigkill = options.after_sigkill = {};
-    Desk next(folder_.path(), options);
-    const auto opened = next.open();
-    EXPECT_TRUE(opened.pictures.empty());
-    const std::string text = text_of(opened.problems, Code::worker_hangs);
-    EXPECT_NE(text.find("process 4711"), std::string::npos) << text;
-    EXPECT_NE(text.find(run_.staging), std::string::npos) << text;
-    EXPECT_EQ(read_file(run_.staging / "DSC00001.JPG"), sample_jpeg("late"));
-
+    for (const auto& [note, process] :
+         {std::pair{"", "unknown"}, std::pair{"1\n", "1"}, std::pair{"4711\n", "4711"}}) {
+        write_file(lock(), note);
+        Desk next(folder_.path(), options);
+        const auto opened = next.open();
+        EXPECT_TRUE(opened.pictures.empty());
+        EXPECT_EQ(opened.problems, outlived_by(process));
+        EXPECT_EQ(read_file(run_.staging / "DSC00001.JPG"), sample_jpeg("late"));
+    }
     ::close(held);
-    next.store().work(host::CloseFolder{folder_.path().string()});
+    write_file(lock(), "1\n/nowhere/run.lock\n");
+    EXPECT_EQ(restart().problems, outlived_by("1"));
+    write_file(lock(), "");
+    EXPECT_EQ(restart().pictures.size(), 1U);
+}
+
+TEST_F(LeftRuns, AWorkerIsNamedByTheNumberThatHoldsTheLock) {
+    Worker one(run_.lock, false);
+    Worker other(run_.lock, false);
+    Worker bystander(-1, false);
+    desk_ = nullptr;
+    const auto start = [&](const Worker& noted) {
+        write_file(lock(), std::to_string(noted.process()) + "\n");
+        Desk next(folder_.path());
+        next.store().hurry();  // nobody is waited for, and nobody is ended
+        return next.open().problems;
+    };
+    for (const Worker* worker : {&one, &other}) {
+        EXPECT_EQ(start(*worker), outlived_by(std::to_string(worker->process())));
+    }
+    other.end();
+    EXPECT_EQ(other.ended_by(), 0);
+    EXPECT_EQ(start(bystander), outlived_by(std::to_string(one.process())));
+    one.end();
+    EXPECT_EQ(one.ended_by(), 0);
+    EXPECT_TRUE(start(bystander).empty());
+}
+
+TEST_F(LeftRuns, AWorkerThatWasMovedIsEndedByTheLockOfItsFirstRun) {
+    TemporaryFolder second;
+    Worker worker(run_.lock, false);
+    crash_in(second.path(), worker);
+    Desk next(second.path());
     EXPECT_EQ(next.open().pictures.size(), 1U);
+    EXPECT_EQ(worker.ended_by(), SIGTERM);
 }
 
 TEST_F(LeftRuns, AWorkerThatWasMovedIsKnownByTheLockOfItsFirstRun) {
@@ -221,6 +271,10 @@ TEST_F(LeftRuns, ALockThatIsMissingOrLeadsNowhereIsNobodys) {
         EXPECT_EQ(restart().pictures.size(), 1U + (*note != '\0')) << "one is not told yet";
         EXPECT_FALSE(fs::exists(run_.staging));
     }
+    desk_ = nullptr;
+    write_file(folder_.path() / ".incoming/run-gone.lock", "4711\n");
+    EXPECT_TRUE(restart().problems.empty());
+    EXPECT_FALSE(fs::exists(folder_.path() / ".incoming/run-gone.lock"));
 }
 
 TEST_F(LeftRuns, ALockThatIsALinkIsNotFollowed) {

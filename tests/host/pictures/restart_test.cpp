@@ -58,6 +58,7 @@ TEST_F(Restart, PicturesAreToldInTheirOrder) {
 
 TEST_F(Restart, ShotNumbersGoOn) {
     desk_->bring(run_, "DSC00000.JPG", sample_jpeg("0"));
+    EXPECT_EQ(desk_->open().last_shot, 0U);
     EXPECT_EQ(restart().last_shot, 0U);
     run_ = desk_->open_run();
     desk_->bring(run_, "DSC00001.JPG", sample_jpeg("1"), {0, 41, "", "", "", {}});

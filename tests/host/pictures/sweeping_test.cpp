@@ -171,11 +171,22 @@ TEST_F(Sweeping, AnUnknownRunHasNothing) {
 }
 
 TEST_F(Sweeping, WhatIsNotARunsIsNotTouched) {
-    fs::create_directory(folder_.path() / ".incoming/notes");
-    write_file(folder_.path() / ".incoming/DSC00001.JPG", "a stranger's");
-    EXPECT_TRUE(restart().pictures.empty());
-    EXPECT_TRUE(fs::exists(folder_.path() / ".incoming/notes"));
-    EXPECT_EQ(read_file(folder_.path() / ".incoming/DSC00001.JPG"), "a stranger's");
+    const fs::path incoming = folder_.path() / ".incoming";
+    TemporaryFolder elsewhere;
+    write_file(elsewhere.path() / "DSC00001.JPG", sample_jpeg());
+    fs::create_directory_symlink(elsewhere.path(), incoming / "run-link");
+    fs::create_directory(incoming / "notes");
+    for (const char* name : {"DSC00001.JPG", "run-file"}) {
+        write_file(incoming / name, "a stranger's");
+    }
+    const auto opened = restart();
+    EXPECT_TRUE(opened.pictures.empty());
+    EXPECT_TRUE(opened.problems.empty());
+    EXPECT_TRUE(fs::exists(incoming / "run-link/DSC00001.JPG"));
+    EXPECT_TRUE(fs::exists(incoming / "notes"));
+    for (const char* name : {"DSC00001.JPG", "run-file"}) {
+        EXPECT_EQ(read_file(incoming / name), "a stranger's");
+    }
 }
 
 }  // namespace
