@@ -71,8 +71,10 @@ class Placer {
 
 int Placer::choose_spot(TimeOfDay now) {
     const auto cut = folder_.unfinished.find(file_.run + "/" + file_.name);
-    if (cut != folder_.unfinished.end() && is_same_file(cut->second.file, file_.file)) {
-        // The same picture once more: it keeps its id, and its shot if that was known only then.
+    if (cut != folder_.unfinished.end() && (cut->second.file.identity == file_.file.identity ||
+                                            is_same_file(cut->second.file, file_.file))) {
+        // The same picture once more, be it that it has grown: it keeps its id. Under another one
+        // the next start would find it in the place of the first try, and tell it twice.
         line_.picture.id = cut->second.picture.id;
         clear_reservation(folder_, cut->second);
     } else {

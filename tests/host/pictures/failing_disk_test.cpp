@@ -297,6 +297,29 @@ TEST_F(DiskThatFailsOnce, GetsAPictureLaterUnderItsId) {
     EXPECT_TRUE(opened.problems.empty());
 }
 
+TEST_F(DiskThatFailsOnce, GetsAPictureThatHasGrownMeanwhileOnce) {
+    const std::string content = sample_jpeg("A");
+    for (const bool swept : {false, true}) {
+        const host::Place how{0, 7, "a tag", "below/{shot:3}", swept ? "p" : "q", {}};
+        run_ = desk_->open_run();
+        write_file(run_.staging / "A.JPG", content.substr(0, 50));
+        refuse_moves();
+        fail_to_place("A.JPG", how);
+        disk_calls::before = {};
+        std::ofstream(run_.staging / "A.JPG", std::ios::app | std::ios::binary)
+            << content.substr(50);
+        const host::Picture picture = swept ? desk_->sweep(run_).pictures.at(0)
+                                            : desk_->place(desk_->examine(run_, "A.JPG"), how);
+        EXPECT_EQ(picture.shot, swept ? std::nullopt : how.shot) << "in doubt, when swept";
+        EXPECT_EQ(picture.bytes, content.size());
+        EXPECT_TRUE(picture.whole);
+        desk_->tell(picture);
+        const auto opened = restart();
+        EXPECT_TRUE(opened.pictures.empty()) << "it has been told, under its id";
+        EXPECT_TRUE(opened.problems.empty());
+    }
+}
+
 TEST_F(DiskThatFailsOnce, GetsAnotherPictureUnderAnIdOfItsOwn) {
     const host::Place how{0, 7, "a tag", "below/{shot:3}", "p", {}};
     for (const bool swept : {false, true}) {
