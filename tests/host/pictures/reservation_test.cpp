@@ -23,7 +23,7 @@ class Reservation : public OpenDesk {
     host::Problem fail_to_place() {
         host::Place work = how_;
         work.ticket = examined_.ticket;
-        const auto problem = desk_->ask<host::NotPlaced>(work).problem;
+        host::Problem problem = desk_->ask<host::NotPlaced>(work).problem;
         disk_calls::before = {};
         return problem;
     }

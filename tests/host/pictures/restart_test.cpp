@@ -14,7 +14,7 @@ class Restart : public OpenDesk {
     }
     // As an end of the program leaves it that came before the last word on a picture.
     Picture cut(const std::string& name, const std::string& content, const host::Place& how = {}) {
-        const Picture picture = desk_->bring(run_, name, content, how);
+        Picture picture = desk_->bring(run_, name, content, how);
         const std::string lines = read_file(ledger());
         write_file(ledger(), lines.substr(0, lines.rfind("{\"placed\"")));
         return picture;
@@ -22,7 +22,7 @@ class Restart : public OpenDesk {
     // The same before it was moved.
     Picture cut_earlier(const std::string& name, const std::string& content,
                         const host::Place& how = {}) {
-        const Picture picture = cut(name, content, how);
+        Picture picture = cut(name, content, how);
         fs::rename(picture.path, run_.staging / name);
         return picture;
     }
