@@ -147,7 +147,7 @@ INSTANTIATE_TEST_SUITE_P(ForEver, FailingDisk,
 class DiskThatKnowsMoreNames : public OpenDesk {
   protected:
     ~DiskThatKnowsMoreNames() override {
-        disk_calls::before = {};
+        disk_calls::before = disk_calls::before_looking = {};
     }
     // So many names are there already.
     void refuse(int names) {
@@ -244,6 +244,28 @@ TEST_F(DiskThatFailsOnce, GetsNoRunAndSaysWhyAtAnyStep) {
             EXPECT_EQ(parts % 2, 0) << "no lock without its folder, no folder without its lock";
         }
     }
+}
+
+TEST_F(DiskThatFailsOnce, GetsNoRunThatCannotBeLookedAt) {
+    // Its lock, and its folder.
+    for (int step = 0; step < 2; ++step) {
+        disk_calls::before_looking = [left = step](std::string_view call) mutable {
+            return call == "fstat" && left-- == 0 ? EIO : 0;
+        };
+        const std::string folder = folder_.path().string();
+        EXPECT_EQ(desk_->ask<host::RunNotOpened>(host::OpenRun{9, folder, run_.name}).problem.text,
+                  "No place for pictures can be made in " + folder + ": Input/output error.");
+    }
+}
+
+TEST_F(DiskThatFailsOnce, GetsTheOthersWhenAFileGoesWhileTheyAreListed) {
+    write_file(run_.staging / "A.JPG", sample_jpeg("A"));
+    write_file(run_.staging / "B.JPG", sample_jpeg("B"));
+    disk_calls::before_looking = [left = 0](std::string_view call) mutable {
+        return call == "fstatat" && left-- == 0 ? ENOENT : 0;
+    };
+    EXPECT_EQ(desk_->sweep(run_, false).pictures.size(), 1U);
+    EXPECT_EQ(desk_->sweep(run_, false).pictures.size(), 1U);
 }
 
 TEST_F(DiskThatFailsOnce, SaysOfAFileThatItCannotBeRead) {

@@ -18,7 +18,7 @@ class Reservation : public OpenDesk {
     }
     ~Reservation() override {
         disk_calls::no_exclusive_rename = false;
-        disk_calls::before = {};
+        disk_calls::before = disk_calls::before_looking = {};
     }
     host::Problem fail_to_place() {
         host::Place work = how_;
@@ -162,11 +162,20 @@ TEST_F(Reservation, OfANameThatAStrangerTookMeanwhileIsNotMade) {
         noted = noted || call == "renameat2";
         return 0;
     };
-    host::Place work = how_;
-    work.ticket = examined_.ticket;
-    EXPECT_EQ(desk_->ask<host::Placed>(work).picture.path, next_place_);
+    EXPECT_EQ(desk_->place(examined_, how_).path, next_place_);
     EXPECT_EQ(read_file(place_), "");
     EXPECT_EQ(read_file(next_place_), sample_jpeg("A"));
+}
+
+TEST_F(Reservation, ThatAStrangerHasBegunToWriteIntoIsNotUsed) {
+    disk_calls::before_looking = [&](std::string_view call) {
+        if (call == "fstat" && fs::exists(place_)) {
+            write_file(place_, "mine");
+        }
+        return 0;
+    };
+    EXPECT_EQ(desk_->place(examined_, how_).path, next_place_);
+    EXPECT_EQ(read_file(place_), "mine");
 }
 
 }  // namespace
