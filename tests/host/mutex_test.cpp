@@ -38,7 +38,7 @@ TEST(MutexTest, IsHeldAgainAfterAWaitThatWasInVain) {
         const MutexLock lock(mutex);
         EXPECT_FALSE(mutex.wait_until(never, Clock::now()));
         other = std::thread([&] {
-            const MutexLock lock(mutex);
+            const MutexLock own(mutex);
             taken = true;
         });
         for (int look = 0; look < 10'000; ++look) {

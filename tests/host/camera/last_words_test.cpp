@@ -26,7 +26,7 @@ TEST(LastWords, HaveNothingToDoWithAnEndLongAfter) {
 
 // The line is a piece of what was read at once.
 TEST(LastWords, HaveNothingOfWhatFollowsThemInMemory) {
-    for (const std::string line : {std::string("two"), std::string(300, 'x')}) {
+    for (const std::string& line : {std::string("two"), std::string(300, 'x')}) {
         const std::string read = line + std::string(300, '\x80');
         host::LastWords words;
         words.hear(std::string_view(read).substr(0, line.size()), 0s);
