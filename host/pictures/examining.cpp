@@ -29,7 +29,10 @@ std::optional<Looked> look_through(const Run& run, const std::string& name) {
     if (::fstatat(run.staging.number(), name.c_str(), &before, AT_SYMLINK_NOFOLLOW) != 0) {
         return std::nullopt;
     }
-    if (error != 0 || ::fstat(file.number(), &before) != 0) {
+    if (error == 0 && ::fstat(file.number(), &before) != 0) {
+        error = errno;
+    }
+    if (error != 0) {
         return Looked{facts_of(before), false, "it cannot be read: " + in_words(error)};
     }
     Looked looked{facts_of(before), false, {}};

@@ -125,7 +125,10 @@ void bring_in(const std::shared_ptr<Folder>& folder, const LeftRun& left, TimeOf
     int error = 0;
     run.staging = open_folder(folder->incoming.number(), left.name.c_str(), error);
     struct stat facts {};
-    if (run.staging.is_open() && ::fstat(run.staging.number(), &facts) == 0) {
+    if (error == 0 && ::fstat(run.staging.number(), &facts) != 0) {
+        error = errno;
+    }
+    if (error == 0) {
         run.identity = identity_of(facts);
         Found here = sweep(
             run, true, [](const std::string&) { return false; }, now);

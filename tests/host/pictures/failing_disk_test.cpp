@@ -218,6 +218,29 @@ TEST_F(DiskThatFailsOnce, SaysWhatItKeepsAndWhere) {
                                          ". It is now " + folder + "/A.JPG"}));
 }
 
+TEST_F(DiskThatFailsOnce, GivesTheReasonWhereALeftRunCannotBeLookedAt) {
+    std::string said;
+    for (int step = 0; step < 12; ++step) {
+        const TemporaryFolder folder;
+        fs::create_directories(folder.path() / ".incoming/run-left");
+        write_file(folder.path() / ".incoming/run-left/A.JPG", sample_jpeg("A"));
+        disk_calls::before_looking = [left = step](std::string_view call) mutable {
+            return call == "fstat" && left-- == 0 ? EIO : 0;
+        };
+        Desk desk(folder.path());
+        const auto answer = desk.store().work(host::OpenFolder{1, folder.path().string()});
+        if (const auto* const opened = std::get_if<host::FolderOpened>(&*answer)) {
+            for (const host::Problem& problem : opened->problems) {
+                said += problem.text + "\n";
+            }
+        }
+    }
+    EXPECT_NE(said.find("has brought cannot be looked at: Input/output error. It stays in "),
+              std::string::npos)
+        << said;
+    EXPECT_EQ(said.find("Success"), std::string::npos) << said;
+}
+
 TEST_F(DiskThatFailsOnce, GetsNoRunAndSaysWhyAtAnyStep) {
     const std::string folder = folder_.path().string();
     for (const auto& [error, code, why] :
@@ -278,6 +301,18 @@ TEST_F(DiskThatFailsOnce, SaysOfAFileThatItCannotBeRead) {
     EXPECT_EQ(found.bytes, sample_jpeg("A").size());
     EXPECT_FALSE(found.whole);
     EXPECT_EQ(found.why, "it cannot be read: Input/output error");
+
+    disk_calls::before = {};
+    // Of the file that is opened, and of what is open.
+    for (int step = 0; step < 2; ++step) {
+        const std::string name = "LOOK" + std::to_string(step) + ".JPG";
+        write_file(run_.staging / name, sample_jpeg("L"));
+        disk_calls::before_looking = [left = step](std::string_view call) mutable {
+            return call == "fstat" && left-- == 0 ? EIO : 0;
+        };
+        EXPECT_EQ(desk_->examine(run_, name).why, "it cannot be read: Input/output error") << step;
+    }
+    disk_calls::before_looking = {};
 
     write_file(run_.staging / "B.JPG", sample_jpeg("B"));
     disk_calls::before = [&](std::string_view) {
