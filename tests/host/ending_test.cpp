@@ -90,25 +90,26 @@ TEST(Ending, ASignalToTheGroupReachesAllOfIt) {
     EXPECT_FALSE(watch.signal_group(SIGKILL));
 }
 
-TEST(Ending, AProcessThatIsWatchedNoMoreIsKilled) {
+std::optional<pid_t> sleeper() {
     const auto pipe = host::make_pipe();
-    ASSERT_TRUE(pipe);
     std::string why;
     const auto process =
         host::spawn({"/bin/sleep", {"600"}, {}, {}}, pipe->read_end, pipe->write_end, why);
-    ASSERT_TRUE(process) << why;
+    EXPECT_TRUE(process) << why;
+    return process;
+}
+
+TEST(Ending, AProcessThatIsWatchedNoMoreIsKilled) {
+    const auto process = sleeper();
+    ASSERT_TRUE(process);
     { const host::ExitWatch watch(*process); }
     EXPECT_NE(kill(*process, 0), 0);
 }
 
 TEST(Ending, AnEndIsWaitedForThroughInterruptions) {
     const Interruptions interruptions;
-    const auto pipe = host::make_pipe();
-    ASSERT_TRUE(pipe);
-    std::string why;
-    const auto process =
-        host::spawn({"/bin/sleep", {"600"}, {}, {}}, pipe->read_end, pipe->write_end, why);
-    ASSERT_TRUE(process) << why;
+    const auto process = sleeper();
+    ASSERT_TRUE(process);
     host::ExitWatch watch(*process);
     Interruptions::send();
     EXPECT_TRUE(watch.signal(SIGKILL));
