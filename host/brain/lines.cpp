@@ -95,7 +95,6 @@ void Brain::hear_status(std::string_view text) {
     // Whatever seemed to happen to the session before this line stood in a camera's name.
     if (state_ == State::opening && text == "Opening camera session") {
         opening_.connected = false;
-        opening_.already = false;
         opening_.type.reset();
         opening_.failure.reset();
     }

@@ -30,7 +30,7 @@ void Child::signal(int number) {
     const MutexLock lock(mutex_);
     if (process_ != 0) {
         kill(process_, number);
-    } else if (!ended_) {
+    } else {
         signal_at_start_ = number;
     }
 }
@@ -71,7 +71,6 @@ int Child::reap(pid_t process) {
     pid_t reaped = 0;
     while ((reaped = waitpid(process, &status, 0)) < 0 && errno == EINTR) {}
     process_ = 0;
-    ended_ = true;
     if (reaped != process) {
         return -1;  // a host that ignores SIGCHLD, or waits for all its children, has taken it
     }

@@ -43,7 +43,6 @@ class Child {
     const std::shared_ptr<Inbox> inbox_;
     Mutex mutex_;
     pid_t process_ HOST_GUARDED_BY(mutex_) = 0;  // 0: not started yet, or reaped
-    bool ended_ HOST_GUARDED_BY(mutex_) = false;
     int signal_at_start_ HOST_GUARDED_BY(mutex_) = 0;
 };
 

@@ -52,7 +52,6 @@ Loop::Loop(CameraOptions options, DiskWork work, std::shared_ptr<Inbox> inbox,
            }} {}
 
 void Loop::run() {
-    catch_up();
     while (!leaving_) {
         wait();
         catch_up();
@@ -65,15 +64,14 @@ Time Loop::wake_at() const {
 }
 
 void Loop::wait() {
-    sources_.clear();
-    sources_.push_back({inbox_->descriptor(), POLLIN, 0});
+    std::vector<pollfd> sources{{inbox_->descriptor(), POLLIN, 0}};
     if (worker_) {
-        worker_->add_to(sources_);
+        worker_->add_to(sources);
     }
     const Time wake = wake_at();
     const Time now = uptime();
     const Time left = wake == Time::max() ? Time::max() : std::max(wake - now, Time{});
-    poll(sources_.data(), static_cast<nfds_t>(sources_.size()), timeout(left));
+    poll(sources.data(), static_cast<nfds_t>(sources.size()), timeout(left));
 }
 
 // A deadline strikes only once everything has been told that could be read at that time: the clock

@@ -75,7 +75,6 @@ class Loop {
     Lists lists_;
     RequestId last_request_ = 0;
     std::map<RequestId, std::function<void(const Answer&)>> waiting_;
-    std::vector<pollfd> sources_;
 };
 
 }  // namespace host

@@ -17,9 +17,7 @@ void Brain::on_request(RequestId id, const Shutdown& request) {
         if (ending_->requests.size() >= limit::requests) {
             return reply(id, Problem{Code::busy, "Too many requests are waiting.", {}, {}});
         }
-        if (ending_->files_until != never) {
-            ending_->files_until = std::min(ending_->files_until, now_ + patience);
-        }
+        ending_->files_until = std::min(ending_->files_until, now_ + patience);
         ending_->requests.push_back(waiting);
         return;
     }
@@ -27,7 +25,6 @@ void Brain::on_request(RequestId id, const Shutdown& request) {
     ending_->requests.push_back(waiting);
     ending_->files_until = now_ + patience;
     last_end_ = {};
-    wanted_ = false;
     const Problem why{Code::cancelled, "The session is being ended.", {}, {}};
     refuse_queued(why);
     for (Task& task : std::exchange(queue_, {})) {
@@ -108,7 +105,7 @@ void Brain::ended() {
     worker_ = Worker::none;
     shut_ = true;
     last_end_ = ending.how;
-    if (std::exchange(folder_open_, false)) {
+    if (folder_open_) {
         do_now(FileWork(CloseFolder{folder_}));
     }
     forget_session();

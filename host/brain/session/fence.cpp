@@ -34,7 +34,6 @@ void Fence::forget(Time now) {
     waiting_.clear();
     answered_ = sent_;
     last_ = now;
-    from_ = now;
 }
 
 }  // namespace host::brain

@@ -34,9 +34,6 @@ void Brain::probe() {
 
 void Brain::probed() {
     const Probe asked = std::exchange(probe_, {});
-    if (state_ != State::ready) {
-        return;
-    }
     const bool came_back = asked.connected || asked.came_back;
     if (asked.again || (asked.connected && !answered_)) {
         probe();

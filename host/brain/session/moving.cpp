@@ -56,15 +56,12 @@ void Brain::run_opened_to_move(const RunOpened& answer) {
     now.ticket = 0;
     now.run = answer;
     now.step = Configuring::Step::moving;
-    now.echoed = false;
-    now.refusal.reset();
     say("SET_DOWNLOAD_DIR|" + escape_field(answer.staging));
     now.fence = fence();
 }
 
 void Brain::folder_refused(std::optional<std::uint32_t> code) {
     if (configuring_ && configuring_->step == Configuring::Step::moving) {
-        configuring_->echoed = false;
         configuring_->refusal =
             Problem{Code::folder_not_taken, "The camera SDK does not take the folder.", code, {}};
     } else {

@@ -47,8 +47,6 @@ void Brain::climb(Time rung) {
 void Brain::lose_session(const Problem& problem) {
     fence_.forget(now_);
     prepared_ = false;
-    prepare_ = 0;
-    after_stop_ = 0;
     give_up_shot(problem);
     if (configuring_) {
         worker_lost_while_configuring();
@@ -80,7 +78,6 @@ void Brain::on(const WorkerEnded& news) {
 
 void Brain::replace_worker() {
     worker_ = Worker::none;
-    prepared_ = false;
     leave_run();
     if (ending_) {
         return;

@@ -125,7 +125,6 @@ void Brain::settled() {
     failures_ = 0;
     was_ready_ = true;
     clear_camera_problems();
-    clear(Code::not_connected);
     enter(State::ready);
     reply_all(connects_, state());
 }

@@ -5,9 +5,6 @@
 namespace host::brain {
 
 void Brain::begin() {
-    if (shut_ || ending_ || worker_ != Worker::none) {
-        return;
-    }
     if (state_ != State::starting) {
         enter(State::starting);
     }
@@ -19,7 +16,7 @@ void Brain::begin() {
     }
     if (folder_open_) {
         open_run();
-    } else if (folder_ticket_ == 0) {
+    } else {
         folder_ticket_ = open_folder(folder_);
     }
 }
@@ -102,7 +99,6 @@ void Brain::hear_ready(std::string_view text) {
                             Code::worker_hangs, Code::worker_floods, Code::sdk_not_initialised}) {
         clear(code);
     }
-    prepared_ = false;
     echoed_ = false;
     say("SET_DOWNLOAD_DIR|" + escape_field(run_.staging));
     say("SET_SAVE_DEST|" + std::string(word(*destination_.asked)));
