@@ -20,8 +20,11 @@ void Brain::on(const FolderOpened& answer) {
     if (configuring_ && configuring_->ticket == answer.ticket) {
         return folder_opened_to_move(answer);
     }
-    if (answer.ticket != folder_ticket_ || shut_) {
+    if (shut_) {
         return do_now(FileWork(CloseFolder{answer.folder}));
+    }
+    if (answer.ticket != folder_ticket_) {
+        return close_folder_unless_used(answer.folder);
     }
     folder_ticket_ = 0;
     folder_waited_for_.reset();

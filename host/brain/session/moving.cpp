@@ -120,17 +120,16 @@ void Brain::move_failed(const Problem& problem) {
     now.stood_before = problems_.standing(problem.code);
     raise(problem);
     now.failure = problem;
-    if (now.step == Configuring::Step::moving) {
+    if (std::exchange(now.step, Configuring::Step::settings) == Configuring::Step::moving) {
         say("SET_DOWNLOAD_DIR|" + escape_field(run_.staging));
     }
     if (!now.run.run.empty()) {
         sweep(std::exchange(now.run, {}).run, true);
     }
     if (!now.folder.empty()) {
-        close_folder_unless_used(now.folder);
+        close_folder_unless_used(std::exchange(now.folder, {}));
     }
     now.ticket = 0;
-    now.step = Configuring::Step::settings;
     settle_wishes();
 }
 

@@ -156,7 +156,11 @@ void Brain::close_folder_unless_used(const std::string& folder) {
     };
     const bool abandoned = std::any_of(abandoned_.begin(), abandoned_.end(),
                                        [&](const auto& worker) { return among(worker.second); });
-    if (folder != folder_ && !in(run_) && !among(old_runs_) && !among(left_runs_) && !abandoned) {
+    const bool next = configuring_ && (folder == configuring_->folder ||
+                                       (configuring_->step == Configuring::Step::opening_folder &&
+                                        folder == configuring_->wish.folder));
+    if (folder != folder_ && !next && !in(run_) && !among(old_runs_) && !among(left_runs_) &&
+        !abandoned) {
         do_now(FileWork(CloseFolder{folder}));
     }
 }

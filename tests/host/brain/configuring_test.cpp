@@ -440,6 +440,46 @@ TEST(BrainConfiguring, AWorkerThatIsOnTheLadderWhenTheFolderIsOpenIsReplacedInIt
     EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/new");
 }
 
+TEST(BrainConfiguring, AFolderOfBeforeThatIsOpenedAgainIsNotClosedByTheEndOfItsWorker) {
+    for (const bool open : {false, true}) {
+        ReadyStage stage;
+        stage.ask(folder("/new"));
+        stage.after(milliseconds(1));
+        stage.disk_answers = false;
+        stage.worker_ends = false;
+        const RequestId request = stage.ask(folder("/shots"));
+        stage.after(milliseconds(1));
+        stage.tell(WorkerFlooded{"run-1", "much"});
+        if (open) {
+            stage.answer(stage.opened("/shots"));
+        }
+        stage.tell(WorkerEnded{"run-1", WorkerEnd::sigterm, 143});
+        EXPECT_TRUE(stage.asked_of_disk<CloseFolder>().empty()) << open;
+        stage.disk_answers = true;
+        stage.after(seconds(2));
+        EXPECT_EQ(stage.answer_to<SessionState>(request).folder, "/shots") << open;
+        EXPECT_EQ(stage.asked_of_disk<CloseFolder>().at(0).folder, "/new") << open;
+    }
+}
+
+TEST(BrainConfiguring, AFolderThatIsOpenedTooLateIsClosedUnlessItIsWantedAgain) {
+    for (const bool again : {false, true}) {
+        ReadyStage stage;
+        stage.disk_answers = false;
+        stage.ask(folder("/new"));
+        stage.after(seconds(60));
+        if (again) {
+            stage.ask(folder("/new"));
+            stage.after(milliseconds(1));
+        }
+        stage.disk_answers = true;
+        stage.after(seconds(1));
+        stage.after(milliseconds(1));
+        EXPECT_EQ(stage.asked_of_disk<CloseFolder>().size(), again ? 0U : 1U);
+        EXPECT_EQ(stage.state().folder, again ? "/new" : "/shots");
+    }
+}
+
 TEST(BrainConfiguring, IsAnsweredAfter60SecondsAtTheLatest) {
     ReadyStage stage;
     stage.disk_answers = false;
