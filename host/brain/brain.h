@@ -100,7 +100,8 @@ class Brain {
     struct Report {
         std::string run;
         Time heard{};
-        std::uint64_t window = 0;  // the shot that was waiting for files when it was heard
+        std::uint64_t session = 0;  // that was the latest one when it was heard
+        std::uint64_t window = 0;   // the shot that was waiting for files when it was heard
         bool placing = false;
         bool doubted = false;
         Examined file;
@@ -449,7 +450,8 @@ class Brain {
     std::uint64_t last_shot_ = 0;
     Fence::Number last_capture_ = 0;
     Stems stems_;
-    std::string last_stem_;  // of a shot
+    std::uint64_t sessions_ = 0;  // begun so far
+    std::string last_stem_;       // of a shot
     bool after_empty_shot_ = false;
     Time late_until_{};
     Time at_{};  // when the line that is being obeyed was read

@@ -12,7 +12,7 @@ void Brain::open() {
     opening_ = {};
     // What the camera of before has not sent does not come any more, and another one may be there
     // that gives the same names.
-    stems_.forget();
+    ++sessions_;
     last_stem_.clear();
     clear(Code::folder_not_taken);
     opening_.deadline = now_ + times_.to_open;

@@ -41,9 +41,6 @@ void Brain::on(const RunOpened& answer) {
     why_not_starting_.reset();
     process_ = 0;
     held_.forget();
-    fence_.forget(now_);
-    stems_.forget();
-    last_stem_.clear();
     deadline_ = now_ + times_.to_be_ready;
     do_now(StartWorker{answer.run, answer.staging, answer.lock_descriptor});
 }

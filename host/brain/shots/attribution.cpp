@@ -16,6 +16,11 @@ void Brain::attribute(Ticket ticket, Report& report) {
         return;
     }
     const bool of_a_shot = shot_ && report.window == shot_->shot.number;
+    // One that came behind a loss speaks too.
+    if (shot_ && !of_a_shot && file.kind != Kind::other &&
+        is_newer(file.stem, shot_->doubted_stem)) {
+        reject_doubted();
+    }
     if (file.kind == Kind::other || !of_a_shot || report.heard < shot_->fired + times_.too_soon ||
         !shot_->stem.empty()) {
         return leave_unasked(ticket, report);
@@ -35,7 +40,8 @@ bool Brain::place_with_other_half(Ticket ticket, Report& report) {
     const bool in_hand = shot_ && same_stem(shot_->stem, report.file.stem);
     const Time since = in_hand ? shot_->fired : report.heard - times_.late;
     Stem* known = stems_.partner(report.file.stem, report.file.kind, since);
-    if (known == nullptr) {
+    // Of another session the same name is another picture, however late the disk looks at it.
+    if (known == nullptr || known->session != report.session) {
         return false;
     }
     (report.file.kind == Kind::raw ? known->raw : known->developed) = true;
@@ -72,6 +78,7 @@ void Brain::name_pair(Ticket ticket, Report& report, Stem stem) {
     stem.text = report.file.stem;
     stem.pair = report.run + "-" + std::to_string(ticket);
     stem.heard = report.heard;
+    stem.session = report.session;
     stem.raw = report.file.kind == Kind::raw;
     stem.developed = report.file.kind == Kind::developed;
     place(ticket, report, stem);

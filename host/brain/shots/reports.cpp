@@ -26,6 +26,7 @@ void Brain::hear_downloaded(std::string_view text) {
     Report report;
     report.run = run_.name;
     report.heard = at_;
+    report.session = sessions_;
     if (shot_ && shot_->step >= ShotInHand::Step::firing && !shot_->lost_by) {
         report.window = shot_->shot.number;
     }

@@ -133,8 +133,7 @@ Time Brain::shot_deadline() const {
 Time Brain::end_of_doubt() const {
     const auto unseen = [this](const auto& entry) {
         const Report& report = entry.second;
-        return report.window == shot_->shot.number && !report.placing && !report.doubted &&
-               report.heard < shot_->doubted_until;
+        return !report.placing && !report.doubted && report.heard < shot_->doubted_until;
     };
     if (shot_->doubted_until == never || std::any_of(reports_.begin(), reports_.end(), unseen)) {
         return never;

@@ -28,6 +28,7 @@ struct Stem {
     std::string pair;
     Time fired{};  // the shot
     Time heard{};  // of the first half
+    std::uint64_t session = 0;
     bool may_be_pair = true;
     bool raw = false;
     bool developed = false;
@@ -39,11 +40,6 @@ class Stems {
     Stem* partner(std::string_view stem, Kind kind, Time since = Time::min());
 
     void remember(Stem stem);
-
-    // Another worker, or another camera: the same name is another picture.
-    void forget() {
-        stems_.clear();
-    }
 
   private:
     std::deque<Stem> stems_;

@@ -191,6 +191,60 @@ TEST(BrainAttribution, ANewerFileOfThe2SecondsSpeaksAgainstALateOneThoughTheDisk
     }
 }
 
+TEST(BrainAttribution, ANewerFileBehindALossSpeaksAgainstALateOne) {
+    ReadyStage stage;
+    const RequestId second = shoot_in_doubt(stage);
+    stage.file("DSC00001.JPG");
+    stage.lose();
+    stage.after(milliseconds(1));
+    EXPECT_EQ(stage.state().state, State::lost);
+    stage.disk_answers = false;
+    stage.file("DSC00002.JPG");
+    stage.after(seconds(3));
+    EXPECT_FALSE(stage.is_answered(second));
+    stage.disk_answers = true;
+    stage.after(seconds(1));
+    EXPECT_EQ(stage.outcome(second), Outcome(ShotStatus::none, Code::camera_lost));
+    EXPECT_EQ(shot_of(stage, "DSC00001.JPG"), std::nullopt);
+}
+
+TEST(BrainAttribution, AHalfThatTheDiskLooksAtInTheNextSessionFindsTheOther) {
+    for (const bool both : {false, true}) {
+        ReadyStage stage(Dial{"both"});
+        stage.shoot();
+        stage.disk_answers = !both;
+        stage.file("DSC00001.ARW");
+        stage.disk_answers = false;
+        stage.file("DSC00001.JPG");
+        stage.lose();
+        stage.after(seconds(9));
+        EXPECT_TRUE(stage.said("CONNECT")) << both;
+        EXPECT_EQ(stage.state().state, State::ready) << both;
+        stage.disk_answers = true;
+        stage.after(seconds(1));
+        const auto places = stage.asked_of_disk<Place>();
+        ASSERT_EQ(places.size(), 2U) << both;
+        EXPECT_EQ(places[1].pair, places[0].pair) << both;
+        EXPECT_EQ(places[1].shot, 1U) << both;
+    }
+}
+
+TEST(BrainAttribution, AHalfThatTheDiskLooksAtInTheNextSessionFindsNoneOfTheSessionBefore) {
+    ReadyStage stage(Dial{"both"});
+    stage.file("DSC00001.ARW");
+    stage.lose();
+    stage.after(seconds(9));
+    stage.disk_answers = false;
+    stage.file("DSC00001.JPG");  // another camera's, perhaps
+    stage.lose();
+    stage.after(seconds(9));
+    stage.disk_answers = true;
+    stage.after(seconds(1));
+    const auto places = stage.asked_of_disk<Place>();
+    ASSERT_EQ(places.size(), 2U);
+    EXPECT_NE(places[1].pair, places[0].pair);
+}
+
 TEST(BrainAttribution, BothHalvesOfALatePairAreUnaskedAndStillAPair) {
     ReadyStage stage(Dial{"both"});
     const RequestId second = shoot_in_doubt(stage);
