@@ -25,6 +25,9 @@ void World::heal() {
     camera_back();
     if (Process* process = at_work(); process != nullptr && process->worker->has_session()) {
         process->worker->card_changed();
+        if (camera_.turned) {
+            process->worker->dial_turned();  // perhaps while nobody could read it
+        }
     }
     next_nature_ = Nature::usual;
     disk_.stuck = false;

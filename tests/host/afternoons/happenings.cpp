@@ -255,6 +255,7 @@ bool World::happens_to_camera(const Event& event) {
             break;
         case What::dial:
             camera_.dial = event.number + 1;
+            camera_.turned = true;
             if (in_session) {
                 worker->dial_turned();
             }
@@ -569,7 +570,7 @@ void World::happens_to_disk(const Event& event) {
         case What::brain_stops:
             return stand_still(pick(lengths, event.number));
         case What::sleep:
-            witness_.brain_stands_still(agenda_.now());
+            witness_.brain_stands_still(agenda_.now() + seconds(1));  // when it looks next
             // All that runs on this machine stands still, and its clock does; the day goes on.
             day_ += pick(std::array<milliseconds, 3>{seconds(1), seconds(60), seconds(30000)},
                          event.number);

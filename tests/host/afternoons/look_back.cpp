@@ -136,10 +136,19 @@ const File* Witness::own_file(const Fired& fired, Time from, Time until) const {
     return nullptr;
 }
 
-bool Witness::is_first_of_its_counting(const Press& press) const {
-    return std::none_of(presses_.begin(), presses_.end(), [&press](const auto& entry) {
-        return entry.first < press.number && entry.second.counting == press.counting;
-    });
+// A counter that was set back gives it a name like an older one's.
+bool Witness::looks_old(const Press& press) const {
+    const auto is_before = [&press](const auto& entry) {
+        return entry.first < press.number;
+    };
+    const auto of_its_counting = [&](const auto& entry) {
+        return is_before(entry) && entry.second.counting == press.counting;
+    };
+    const auto of_its_name = [&](const auto& entry) {
+        return is_before(entry) && entry.second.stem == press.stem;
+    };
+    return std::none_of(presses_.begin(), presses_.end(), of_its_counting) ||
+           std::any_of(presses_.begin(), presses_.end(), of_its_name);
 }
 
 void Witness::check_whose(const Shown& shown) {
@@ -170,16 +179,19 @@ void Witness::check_whose(const Shown& shown) {
                              (fired - 1)->empty &&
                              (fired - 1)->destination != host::SaveDestination::card;
     const File* before = own_file(*fired, fired->at + too_soon, heard);
-    // A counter that was set back makes a new picture look like an old one that comes late.
-    const bool counts_anew =
-        before != nullptr && is_first_of_its_counting(*press_of(before->number));
-    if (before != nullptr && !after_empty && !counts_anew) {
+    // One that was not found where it was reported says nothing.
+    if (before != nullptr && std::none_of(shown_.begin(), shown_.end(), [before](const Shown& one) {
+            return one.file == before->number && !one.picture.recovered;
+        })) {
+        before = nullptr;
+    }
+    if (before != nullptr && !after_empty && !looks_old(*press_of(before->number))) {
         return wrong("G3", what + "which had one of another name by then");
     }
     const Time over = fired->over.value_or(Time::max());
     const File* behind = own_file(*fired, heard, std::min(heard + doubt, over));
     if (after_empty && before == nullptr && behind != nullptr &&
-        is_later(behind->stem, file.stem)) {
+        is_later(behind->stem, file.stem) && !looks_old(*press_of(behind->number))) {
         return wrong("G3", what + "which followed a shot without files and had its own soon");
     }
 }

@@ -11,7 +11,8 @@ using host::Code;
 
 namespace {
 
-constexpr Time soon{seconds(1)};  // what an answer may be late
+constexpr Time whole_ladder{seconds(17)};  // three times 5 s, and 2 s behind SIGKILL
+constexpr Time soon{seconds(1)};           // what an answer may be late
 
 std::string tag_of(const host::Request& what) {
     const auto* capture = std::get_if<host::Capture>(&what);
@@ -177,11 +178,12 @@ void Witness::replies(host::RequestId id, const host::Answer& answer) {
     }
 }
 
-// Who stood still until its answer was overdue has to answer at once, and a worker that takes the
-// whole ladder outlives that answer. One that ends with QUIT is waited for all the same.
+// Who stood still until its answer was overdue, or nearly so, has to answer in time, and a worker
+// that takes the whole ladder outlives that answer. One that ends with QUIT is waited for all the
+// same.
 bool Witness::had_no_time(const Asked& asked) const {
     const bool overdue = std::any_of(stops_.begin(), stops_.end(), [&](const Stop& stop) {
-        return stop.until + soon >= asked.at + asked.limit && stop.from < agenda_.now();
+        return stop.until + whole_ladder >= asked.at + asked.limit && stop.from < agenda_.now();
     });
     return overdue && worker_->stuck_since() != Time::max();
 }
@@ -199,7 +201,8 @@ void Witness::worker_started(const std::string& run, const Worker* worker) {
 void Witness::worker_ended(const std::string&) {}
 
 void Witness::worker_news(const std::string& run) {
-    if (run == run_ && !ending_) {
+    // One that could not be ended was lost long before.
+    if (run == run_ && !ending_ && !worker_->cannot_be_killed) {
         losses_.push_back(agenda_.now());
     }
 }

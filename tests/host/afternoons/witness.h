@@ -110,7 +110,7 @@ class Witness {
     void check_settings(const host::SessionState& state);
     void check_lost();
     void check_whose(const Shown& shown);
-    bool is_first_of_its_counting(const Press& press) const;
+    bool looks_old(const Press& press) const;
     void check_pairs();
     bool is_written_to(const std::string& folder) const;
     void check_files();

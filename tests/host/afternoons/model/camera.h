@@ -68,6 +68,7 @@ struct Camera {
     bool vanished = false;  // gone without a word
     std::string model = "MODEL-A";
     Card card = Card::in;
+    bool turned = false;  // its dial, by a person
     int dial = 1;         // 0x0106: 1 JPEG, 2 RAW, 3 RAW+JPEG, 4 RAW+HEIF
     int destination = 2;  // 0x0119: 1 the computer, 2 the card, 3 both
     int pair_transfer = 1;
