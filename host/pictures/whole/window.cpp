@@ -7,10 +7,9 @@
 
 namespace host::pictures {
 
-const std::uint8_t* Window::piece(std::uint64_t at, std::size_t& count) {
-    count = 0;
+std::span<const std::uint8_t> Window::piece(std::uint64_t at) {
     if (at >= size_) {
-        return nullptr;
+        return {};
     }
     if (at < begin_ || at - begin_ >= held_) {
         // Pieces lie on their own grid, so that reading backwards and forwards finds them again.
@@ -32,16 +31,14 @@ const std::uint8_t* Window::piece(std::uint64_t at, std::size_t& count) {
     }
     const std::uint64_t offset = at - begin_;
     if (offset >= held_) {
-        return nullptr;
+        return {};
     }
-    count = held_ - static_cast<std::size_t>(offset);
-    return bytes_.data() + offset;
+    return {bytes_.data() + offset, held_ - static_cast<std::size_t>(offset)};
 }
 
 std::optional<std::uint8_t> Window::byte(std::uint64_t at) {
-    std::size_t count = 0;
-    const std::uint8_t* const bytes = piece(at, count);
-    return bytes == nullptr ? std::nullopt : std::optional(*bytes);
+    const auto bytes = piece(at);
+    return bytes.empty() ? std::nullopt : std::optional(bytes.front());
 }
 
 std::optional<std::uint64_t> Window::big_endian(std::uint64_t at, unsigned int count) {
@@ -70,15 +67,15 @@ std::optional<std::uint64_t> Window::little_endian(std::uint64_t at, unsigned in
 
 std::uint64_t Window::next_ff(std::uint64_t at) {
     for (;;) {
-        std::size_t count = 0;
-        const std::uint8_t* const bytes = piece(at, count);
-        if (bytes == nullptr) {
+        const auto bytes = piece(at);
+        if (bytes.empty()) {
             return size_;
         }
-        if (const void* found = std::memchr(bytes, 0xFF, count)) {
-            return at + static_cast<std::uint64_t>(static_cast<const std::uint8_t*>(found) - bytes);
+        if (const void* found = std::memchr(bytes.data(), 0xFF, bytes.size())) {
+            return at + static_cast<std::uint64_t>(static_cast<const std::uint8_t*>(found) -
+                                                   bytes.data());
         }
-        at += count;
+        at += bytes.size();
     }
 }
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 
 namespace host::pictures {
 
@@ -30,7 +31,7 @@ class Window {
 
   private:
     // Bytes from `at` to the end of the piece that holds it; none behind the end.
-    const std::uint8_t* piece(std::uint64_t at, std::size_t& count);
+    std::span<const std::uint8_t> piece(std::uint64_t at);
 
     const int file_;
     const std::uint64_t size_;

@@ -80,6 +80,8 @@ TEST_F(PagesTest, APictureThatWasAnnouncedLongBeforeItWasPlacedIsNotLeftOut) {
     EXPECT_EQ(behind(9, 2), (Numbers{10, 100}));
     EXPECT_EQ(behind(100, 2), (Numbers{11, 12}));
     EXPECT_EQ(behind(10, 9), (Numbers{100, 11, 12}));
+    write_file(path(), cut.substr(0, line) + long_ledger(1, 10) + cut.substr(line));
+    EXPECT_EQ(behind(9, 2), (Numbers{10, 100})) << "announced by the first line";
 }
 
 // What looks like the line that is looked for, in a name.

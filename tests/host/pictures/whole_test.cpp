@@ -191,6 +191,7 @@ TEST_F(Whole, BoxesAreReadToTheLastOne) {
 TEST_F(Whole, AMovieNeedsAllItsBoxes) {
     needs_all_of(sample_heif("movie"), "a.MP4");
     EXPECT_EQ(why("notes", "a.XML"), "");
+    EXPECT_EQ(why("notes", "a"), "");
 }
 
 TEST_F(Whole, AHugeFileOfNothingIsLookedAtInNoTime) {
