@@ -113,11 +113,20 @@ def changed_number(text):
     return [str(value + 1)]
 
 
+# Only whether there is one counts: it is found from either end.
+ONLY_WHETHER = re.compile(r"""r?find\((?:"[^"]*"|'[^']*'|\w+)\)\s+[!=]=\s+std::string(_view)?::npos""")
+# Without it, or with another number, everything happens as before, a little later.
+SAVES_TIME = re.compile(r"\.reserve\(")
+
+
 def in_tokens(source, tokens):
     """(start, end, replacement) for every change of one token."""
+    saves_time = [range(m.start(), source.index(";", m.start())) for m in SAVES_TIME.finditer(source)]
     for index, token in enumerate(tokens):
         text = token.group()
         before = tokens[index - 1].group() if index else ""
+        if ONLY_WHETHER.match(source, token.start()) or any(token.start() in span for span in saves_time):
+            continue
         if token.lastgroup == "operator" and text in BINARY and stands_between_blanks(source, token):
             yield from ((*token.span(), new) for new in BINARY[text])
         elif text == "!" and before in ("(", "&&", "||", "return", "="):
@@ -180,8 +189,6 @@ def statements_of(tokens):
     return [group for group in groups if group]
 
 
-# Without it everything happens as before, a little later.
-SAVES_TIME = re.compile(r"\.reserve\(")
 NO_STATEMENT = re.compile(r"(using|static|constexpr|const|return) ")
 
 
@@ -196,11 +203,22 @@ def order_matters(first, second):
     return counts and bool(SEEN.search(first + second))
 
 
+def ends_of_switches(tokens):
+    """Where the break stands that ends a switch: without it everything happens as before."""
+    for index, token in enumerate(tokens):
+        if token.group() == "switch":
+            begin = matching(tokens, index + 1, "(", ")") + 1
+            end = matching(tokens, begin, "{", "}")
+            if tokens[end - 2].group() == "break":
+                yield tokens[end - 2].start()
+
+
 def in_statements(source, tokens):
+    left_out = set(ends_of_switches(tokens))
     for group in statements_of(tokens):
         plain = [span for span in group if not NO_STATEMENT.match(source[slice(*span)])]
         for start, end in plain:
-            if not SAVES_TIME.search(source[start:end]):
+            if start not in left_out and not SAVES_TIME.search(source[start:end]):
                 yield (start, end, ";")
         for first, second in zip(group, group[1:]):
             between = source[first[1] : second[0]]
