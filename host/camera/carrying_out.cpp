@@ -44,7 +44,6 @@ void Loop::carry_out(brain::StartWorker& effect) {
 void Loop::carry_out(brain::EndWorker& effect) {
     if (worker_ && worker_->run() == effect.run) {
         worker_->end(effect.rung, now_);
-        climb();
     }
 }
 

@@ -52,9 +52,7 @@ void Child::run(SpawnRequest request, ChildEnds ends) {
     {
         const MutexLock lock(mutex_);
         process_ = *process;
-        if (signal_at_start_ != 0) {
-            kill(process_, signal_at_start_);
-        }
+        kill(process_, signal_at_start_);
     }
     inbox_->post(brain::WorkerStarted{run_, *process});
     inbox_->post(ChildEnded{run_, reap(*process)});
@@ -68,8 +66,7 @@ int Child::reap(pid_t process) {
            errno == EINTR) {}
     const MutexLock lock(mutex_);
     int status = 0;
-    pid_t reaped = 0;
-    while ((reaped = waitpid(process, &status, 0)) < 0 && errno == EINTR) {}
+    const pid_t reaped = waitpid(process, &status, 0);
     process_ = 0;
     if (reaped != process) {
         return -1;  // a host that ignores SIGCHLD, or waits for all its children, has taken it

@@ -42,8 +42,8 @@ class Child {
     const std::string run_;
     const std::shared_ptr<Inbox> inbox_;
     Mutex mutex_;
-    pid_t process_ HOST_GUARDED_BY(mutex_) = 0;  // 0: not started yet, or reaped
-    int signal_at_start_ HOST_GUARDED_BY(mutex_) = 0;
+    pid_t process_ HOST_GUARDED_BY(mutex_) = 0;        // 0: not started yet, or reaped
+    int signal_at_start_ HOST_GUARDED_BY(mutex_) = 0;  // 0: none
 };
 
 }  // namespace host

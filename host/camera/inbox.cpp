@@ -14,8 +14,9 @@ Pipe make_wake_up() {
     if (!pipe) {
         throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
     }
+    // What does not wait is not interrupted either. The other end always has room: it gets a byte
+    // only when the one before was read.
     make_non_blocking(pipe->read_end);
-    make_non_blocking(pipe->write_end);
     return std::move(*pipe);
 }
 
@@ -31,14 +32,17 @@ void Inbox::post(Message message) {
         messages_.push_back(std::move(message));
     }
     // One byte wakes the camera's thread for all that follow until it takes them.
-    while (first && write(wake_up_.write_end.number(), "", 1) < 0 && errno == EINTR) {}
+    if (first) {
+        [[maybe_unused]] const ssize_t written = write(wake_up_.write_end.number(), "", 1);
+    }
 }
 
 // The byte is read before the messages are taken: one that comes between is woken for once too
 // often, never once too little.
 std::vector<Message> Inbox::take() {
     std::array<char, 64> bytes;
-    while (read(wake_up_.read_end.number(), bytes.data(), bytes.size()) < 0 && errno == EINTR) {}
+    [[maybe_unused]] const ssize_t count =
+        read(wake_up_.read_end.number(), bytes.data(), bytes.size());
     const MutexLock lock(mutex_);
     return std::exchange(messages_, {});
 }

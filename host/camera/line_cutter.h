@@ -19,10 +19,6 @@ class LineCutter {
         for (std::size_t end; (end = bytes.find('\n')) != std::string_view::npos;) {
             const std::string_view last = bytes.substr(0, end);
             bytes.remove_prefix(end + 1);
-            if (begun_.empty() && !skipping_ && last.size() <= longest_) {
-                line(last);
-                continue;
-            }
             keep(last, too_long);
             if (!skipping_) {
                 line(std::string_view(begun_));
@@ -36,16 +32,13 @@ class LineCutter {
   private:
     template <typename OnTooLong>
     void keep(std::string_view bytes, const OnTooLong& too_long) {
-        if (skipping_) {
-            return;
-        }
-        if (begun_.size() + bytes.size() > longest_) {
-            begun_.clear();
+        if (!skipping_ && begun_.size() + bytes.size() > longest_) {
             skipping_ = true;
             too_long();
-            return;
         }
-        begun_ += bytes;
+        if (!skipping_) {
+            begun_ += bytes;
+        }
     }
 
     std::size_t longest_;

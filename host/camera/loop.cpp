@@ -1,7 +1,6 @@
 #include "host/camera/loop.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 #include "host/camera/uptime.h"
@@ -9,15 +8,17 @@
 namespace host {
 namespace {
 
-// As much as any pipe holds. Behind it stands only what came since the reading began.
-constexpr std::size_t most_read_at_once = std::size_t{1} << 20;
+// For a worker that writes without end. Each takes as much as a pipe usually holds.
 constexpr unsigned most_readings = 64;
+
+// There is always something to do before; longer ones would not fit in poll()'s number.
+constexpr Time longest_wait = std::chrono::hours(1);
 
 constexpr std::string_view announcement = "camera-sim: simulated SDK, no real camera is driven";
 
 int timeout(Time left) {
-    const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
-    return static_cast<int>(std::clamp<decltype(milliseconds)>(milliseconds, 0, 1'000'000'000));
+    return static_cast<int>(
+        std::chrono::ceil<std::chrono::milliseconds>(std::min(left, longest_wait)).count());
 }
 
 }  // namespace
@@ -54,6 +55,7 @@ Loop::Loop(CameraOptions options, DiskWork work, std::shared_ptr<Inbox> inbox,
 void Loop::run() {
     while (!leaving_) {
         wait();
+        brain_.tell(brain::TimeOfDayIs{time_of_day()}, uptime());
         catch_up();
     }
 }
@@ -64,7 +66,7 @@ Time Loop::wake_at() const {
 }
 
 void Loop::wait() {
-    std::vector<pollfd> sources{{inbox_->descriptor(), POLLIN, 0}};
+    std::vector<pollfd> sources{{inbox_->descriptor(), POLLIN, {}}};
     if (worker_) {
         worker_->add_to(sources);
     }
@@ -77,17 +79,11 @@ void Loop::wait() {
 // A deadline strikes only once everything has been told that could be read at that time: the clock
 // is looked at before each reading, and the last reading finds nothing.
 void Loop::catch_up() {
-    std::size_t bytes = 0;
     bool more = true;
-    for (unsigned reading = 0; more && reading < most_readings && bytes < most_read_at_once;
-         ++reading) {
+    for (unsigned reading = 0; more && reading < most_readings; ++reading) {
         now_ = uptime();
-        if (reading == 0) {
-            brain_.tell(brain::TimeOfDayIs{time_of_day()}, now_);
-        }
-        const std::size_t read = read_worker();
-        bytes += read;
-        more = read_inbox() || read > 0;
+        const bool heard = read_worker();
+        more = read_inbox() || heard;
     }
     climb();
     lists_.strike(now_);
@@ -95,17 +91,17 @@ void Loop::catch_up() {
     carry_out();
 }
 
-std::size_t Loop::read_worker() {
+bool Loop::read_worker() {
     if (!worker_) {
-        return 0;
+        return false;
     }
     worker_->write_on();
-    const std::size_t bytes = worker_->read(now_, ear_);
+    const bool heard = worker_->read(now_, ear_);
     if (const char* flood = worker_->flood()) {
         brain_.tell(brain::WorkerFlooded{worker_->run(), flood}, now_);
         carry_out();
     }
-    return bytes;
+    return heard;
 }
 
 bool Loop::read_inbox() {
@@ -160,9 +156,7 @@ void Loop::on(ChildEnded& message) {
         brain_.tell(brain::WorkerEnded{message.run, WorkerEnd::sigkill, message.status}, now_);
         return;
     }
-    for (std::size_t bytes = 0, read = 1; read > 0 && bytes < most_read_at_once; bytes += read) {
-        read = read_worker();
-    }
+    for (unsigned reading = 0; reading < most_readings && read_worker(); ++reading) {}
     const brain::WorkerEnded news{message.run, worker_->ended_by(), message.status,
                                   last_words_.before(now_)};
     worker_.reset();

@@ -35,7 +35,7 @@ class Loop {
     void wait();
     void catch_up();
     bool read_inbox();
-    std::size_t read_worker();
+    bool read_worker();
     void on(Asked& message);
     void on(ListAsked& message);
     void on(Told& message);

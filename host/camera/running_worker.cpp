@@ -1,5 +1,6 @@
 #include "host/camera/running_worker.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -29,9 +30,7 @@ std::unique_ptr<RunningWorker> RunningWorker::start(const CameraOptions& options
         return nullptr;
     }
     // One of its own: whose number that was may close it while the program is still being loaded.
-    Descriptor lock(what.lock_descriptor < 0
-                        ? -1
-                        : fcntl(what.lock_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    Descriptor lock(fcntl(what.lock_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
     SpawnRequest request;
     request.executable = options.worker;
     request.environment = options.environment;
@@ -79,7 +78,7 @@ void RunningWorker::write_on() {
             unsent_.erase(0, static_cast<std::size_t>(written));
         } else if (errno == EAGAIN) {
             return;
-        } else if (errno != EINTR) {
+        } else {
             input_.close();
         }
     }
@@ -89,27 +88,27 @@ void RunningWorker::add_to(std::vector<pollfd>& sources) const {
     if (started_) {
         for (const Descriptor* pipe : {&output_, &error_}) {
             if (pipe->is_open()) {
-                sources.push_back({pipe->number(), POLLIN, 0});
+                sources.push_back({pipe->number(), POLLIN, {}});
             }
         }
     }
     if (input_.is_open() && !unsent_.empty()) {
-        sources.push_back({input_.number(), POLLOUT, 0});
+        sources.push_back({input_.number(), POLLOUT, {}});
     }
 }
 
 // What it wrote on standard error before a line of output is told before that line: a camera that
 // announces itself as virtual is known as such when the worker says that it is ready. So the output
 // is read first, and the rest second.
-std::size_t RunningWorker::read(Time at, const Ear& ear) {
+bool RunningWorker::read(Time at, const Ear& ear) {
     if (!started_) {
-        return 0;
+        return false;
     }
     const std::string_view output = read(output_, buffer_);
     const std::string_view error = read(error_, error_buffer_);
     hear(error, error_lines_, at, ear.error, [] {});
     hear(output, lines_, at, ear.line, ear.too_long);
-    return output.size() + error.size();
+    return !output.empty() || !error.empty();
 }
 
 std::string_view RunningWorker::read(Descriptor& pipe, Buffer& buffer) {
@@ -117,10 +116,10 @@ std::string_view RunningWorker::read(Descriptor& pipe, Buffer& buffer) {
         return {};
     }
     const ssize_t count = ::read(pipe.number(), buffer.data(), buffer.size());
-    if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) {
+    if (count == 0) {
         pipe.close();
     }
-    return {buffer.data(), count > 0 ? static_cast<std::size_t>(count) : 0};
+    return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
 }
 
 // Once it floods it is read on, so that it can end, and no more is made of it: what it brought is

@@ -58,9 +58,9 @@ class RunningWorker {
     void add_to(std::vector<pollfd>& sources) const;
     void write_on();
 
-    // Reads once what has come out of it, and says how many bytes that were. No lines come any more
-    // once there was a flood.
-    std::size_t read(Time at, const Ear& ear);
+    // Reads once what has come out of it, and says whether there was anything. No lines come any
+    // more once there was a flood.
+    bool read(Time at, const Ear& ear);
 
     // What it has flooded with; nullptr when it has not. Asked for once.
     const char* flood();

@@ -1,6 +1,7 @@
 // Workers that die, hang, flood, talk nonsense or will not end: each is ended and replaced, and
 // none is left behind.
 #include <algorithm>
+#include <ctime>
 #include <thread>
 
 #include "tests/host/camera/camera_test.h"
@@ -49,6 +50,22 @@ done
         await_problem(Code::worker_floods);
     }
 };
+
+// Half of a processor is a hundred times what it takes.
+TEST_F(BrokenWorkerTest, OneWithNothingToDoCostsNothing) {
+    times_.between_fences = milliseconds(20);
+    options_.worker = obedient("", "");
+    make().start();
+    const auto begun = host::Clock::now();
+    const std::clock_t used = std::clock();
+    await("some fences", [](const Told& told) {
+        return std::count_if(told.lines.begin(), told.lines.end(), [](const host::WireLine& line) {
+                   return line.text == "PRIME_DONE|OK";
+               }) > 10;
+    });
+    EXPECT_LT(std::chrono::duration<double>(std::clock() - used) / CLOCKS_PER_SEC,
+              std::chrono::duration<double>(host::Clock::now() - begun) / 2);
+}
 
 TEST_F(BrokenWorkerTest, OneThatIsKilledIsReplaced) {
     connect();
