@@ -102,7 +102,7 @@ Examined Store::examine(const Examine& work) {
     }
     answer.room = run->folder->room();
     struct stat facts {};
-    if (name.empty() || name == "." || name == ".." || name[0] == '.') {
+    if (name.empty() || name[0] == '.') {
         answer.verdict = Verdict::not_a_file;
         return answer;
     }

@@ -125,7 +125,6 @@ int Placer::choose_name() {
 // Everything is written down before it is done.
 int Placer::try_name() {
     if (folder_.renames_excluding) {
-        line_.reserves = false;
         const int error = move_excluding();
         if (!knows_no_such_rename(error)) {
             return error;

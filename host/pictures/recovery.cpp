@@ -115,9 +115,7 @@ void Recovery::add(Picture picture) {
 
 void Recovery::place_again(const Placing& cut, const Descriptor& staging, const FileFacts& file) {
     // It keeps its id, also where its number is new.
-    Placing known = cut;
-    known.file = file;
-    folder_.unfinished.insert_or_assign(cut.run + "/" + cut.from, known);
+    folder_.unfinished.insert_or_assign(cut.run + "/" + cut.from, cut);
     ToPlace again;
     again.staging = staging.number();
     again.run = cut.run;

@@ -65,9 +65,6 @@ class Page {
 }  // namespace
 
 std::vector<Picture> Pages::behind(const std::string& id, const Ledger& ledger, std::size_t limit) {
-    if (limit == 0) {
-        return {};
-    }
     Page page(ledger, limit);
     // A picture whose placing was cut short may have been announced long before it was placed.
     if (!page.read_from(end_of(id, ledger))) {
@@ -92,9 +89,7 @@ std::uint64_t Pages::end_of(const std::string& id, const Ledger& ledger) {
         return mark->end;
     }
     const std::uint64_t end = ledger.end_of(placed).value_or(0);
-    if (end > 0) {
-        remember(id, end);
-    }
+    remember(id, end);
     return end;
 }
 

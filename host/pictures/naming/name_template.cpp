@@ -54,7 +54,7 @@ std::string local_time(TimeOfDay time, const char* format) {
 
 std::string padded(std::uint64_t number, unsigned int width) {
     const std::string digits = std::to_string(number);
-    return std::string(width > digits.size() ? width - digits.size() : 0, '0') + digits;
+    return std::string(std::max<std::size_t>(width, digits.size()) - digits.size(), '0') + digits;
 }
 
 std::string value_of(const Word& word, const NameFacts& facts) {

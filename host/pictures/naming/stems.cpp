@@ -22,38 +22,17 @@ unsigned int fold_character(unsigned int character) {
         return character + 0x50;
     }
     // Pairs, the capital one even; between 0x139 and 0x148, and behind 0x178, the odd one.
-    if ((character >= 0x100 && character <= 0x137) || (character >= 0x14A && character <= 0x177)) {
+    if ((character >= 0x100 && character < 0x138) || (character >= 0x14A && character < 0x178)) {
         return character | 1U;
     }
-    if ((character >= 0x139 && character <= 0x148) || (character >= 0x179 && character <= 0x17E)) {
+    if ((character >= 0x139 && character < 0x149) || (character >= 0x179 && character < 0x17F)) {
         return character + (character & 1U);
     }
     return character;
 }
 
-// Most names of a folder begin otherwise, which is seen without folding them.
-bool begins_otherwise(std::string_view name, std::string_view folded_stem) {
-    for (std::size_t at = 0; at < folded_stem.size(); ++at) {
-        if (at == name.size()) {
-            return true;
-        }
-        const auto byte = static_cast<unsigned char>(name[at]);
-        if (byte >= 0x80) {
-            return false;
-        }
-        const char lower = static_cast<char>(byte >= 'A' && byte <= 'Z' ? byte + 0x20 : byte);
-        if (lower != folded_stem[at]) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // The number of "STEM-NUMBER"; 1 for the stem alone; 0: it is another.
 std::uint64_t number_under(std::string_view name, std::string_view folded_stem) {
-    if (begins_otherwise(name, folded_stem)) {
-        return 0;
-    }
     const std::string folded = fold_case(stem_of(name));
     if (folded.size() < folded_stem.size() ||
         folded.compare(0, folded_stem.size(), folded_stem) != 0) {
@@ -139,7 +118,7 @@ bool is_taken(int folder, std::string_view name) {
     const std::string folded = fold_case(name);
     bool taken = false;
     list_folder(folder, [&](const char* other) {
-        taken = !begins_otherwise(other, folded) && fold_case(other) == folded;
+        taken = fold_case(other) == folded;
         return !taken;
     });
     return taken;

@@ -53,9 +53,6 @@ std::uint64_t end_of_scan(Window& file, std::uint64_t at) {
         }
         std::uint64_t behind = at;
         const std::uint8_t code = read_marker(file, behind);
-        if (behind > file.size()) {
-            return file.size();
-        }
         if (code != 0 && !stands_alone(code)) {
             return at;
         }

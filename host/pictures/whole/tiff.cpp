@@ -89,7 +89,6 @@ bool Tiff::numbers_of(const Entry* entry, std::vector<std::uint64_t>& numbers) {
         trouble_ = damaged;
         return false;
     }
-    numbers.clear();
     for (std::uint64_t index = 0; index < count; ++index) {
         numbers.push_back(number(entry->at + index * bytes, bytes).value_or(0));
     }

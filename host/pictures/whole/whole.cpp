@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "host/pictures/naming/stems.h"
+
 namespace host::pictures {
 namespace {
 
@@ -12,34 +14,25 @@ struct Ending {
 };
 
 constexpr std::array<Ending, 7> endings{{
-    {"jpg", Format::jpeg},
-    {"jpeg", Format::jpeg},
-    {"hif", Format::heif},
-    {"heif", Format::heif},
-    {"heic", Format::heif},
-    {"arw", Format::arw},
-    {"dng", Format::dng},
+    {".jpg", Format::jpeg},
+    {".jpeg", Format::jpeg},
+    {".hif", Format::heif},
+    {".heif", Format::heif},
+    {".heic", Format::heif},
+    {".arw", Format::arw},
+    {".dng", Format::dng},
 }};
 
 // Movies are boxes too.
-constexpr std::array<std::string_view, 2> movie_endings{"mp4", "mov"};
+constexpr std::array<std::string_view, 2> movie_endings{".mp4", ".mov"};
 
 // No camera's comes near it, and all of it is read: more would keep everybody waiting.
 constexpr std::uint64_t largest_jpeg = std::uint64_t{512} << 20;
 
-std::string small_ending_of(std::string_view name) {
-    const std::size_t point = name.rfind('.');
-    std::string ending(point == std::string_view::npos ? "" : name.substr(point + 1));
-    for (char& letter : ending) {
-        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    }
-    return ending;
-}
-
 }  // namespace
 
 Format format_of(std::string_view name) {
-    const std::string ending = small_ending_of(name);
+    const std::string ending = fold_case(ending_of(name));
     const auto* const found = std::find_if(endings.begin(), endings.end(),
                                            [&](const Ending& one) { return one.text == ending; });
     return found == endings.end() ? Format::other : found->format;
@@ -77,7 +70,7 @@ std::string why_not_whole(int file, std::uint64_t size, std::string_view name) {
             break;
     }
     const bool movie =
-        std::count(movie_endings.begin(), movie_endings.end(), small_ending_of(name)) > 0;
+        std::count(movie_endings.begin(), movie_endings.end(), fold_case(ending_of(name))) > 0;
     return movie ? why_not_whole_boxes(window) : "";
 }
 

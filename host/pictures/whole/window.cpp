@@ -29,11 +29,9 @@ std::span<const std::uint8_t> Window::piece(std::uint64_t at) {
             held_ += static_cast<std::size_t>(got);
         }
     }
-    const std::uint64_t offset = at - begin_;
-    if (offset >= held_) {
-        return {};
-    }
-    return {bytes_.data() + offset, held_ - static_cast<std::size_t>(offset)};
+    // A file that has shrunk has less.
+    const auto offset = static_cast<std::size_t>(std::min<std::uint64_t>(at - begin_, held_));
+    return {bytes_.data() + offset, held_ - offset};
 }
 
 std::optional<std::uint8_t> Window::byte(std::uint64_t at) {

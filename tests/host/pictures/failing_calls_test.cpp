@@ -7,6 +7,7 @@
 #include "host/pictures/disk/listing.h"
 #include "host/pictures/disk/lock.h"
 #include "host/pictures/disk/regular_file.h"
+#include "host/pictures/placing.h"
 #include "tests/host/open_descriptors.h"
 #include "tests/host/pictures/disk_calls.h"
 #include "tests/host/pictures/long_ledger.h"
@@ -242,6 +243,17 @@ TEST_F(FailingCalls, OpenNoFolderAndSayWhy) {
         EXPECT_EQ(refused(folder), not_taken) << call;
     }
     EXPECT_EQ(desk_.open().folder, folder);
+}
+
+TEST_F(FailingCalls, LeaveNothingInANewFolderThatIsNotSafe) {
+    const host::Descriptor here(::open(folder_.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    disk_calls::before = once("fsync", 0, EIO);
+    int error = 0;
+    EXPECT_FALSE(open_below(here.number(), "new/below", true, error).is_open());
+    undisturbed();
+    EXPECT_EQ(error, EIO);
+    EXPECT_FALSE(open_below(here.number(), "new/below", false, error).is_open());
+    EXPECT_EQ(error, ENOENT);
 }
 
 TEST_F(FailingCalls, LeaveTheRoomOfAFolderUnknown) {

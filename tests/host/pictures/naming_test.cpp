@@ -124,9 +124,9 @@ TEST(Stems, CaseIsFoldedWhereAFileSystemMayFoldIt) {
         EXPECT_EQ(fold_case(one), other);
         EXPECT_EQ(fold_case(other), other);
     }
-    // ×, ÷, ß, ĸ, ŉ, ſ, ΐ, what stands beside the alphabet, and what takes more bytes.
-    for (const char* same : {"\xC3\x97", "\xC3\xB7", "\xC3\x9F", "\xC4\xB8", "\xC5\x89", "\xC5\xBF",
-                             "\xCE\x90", "@[`{", "\xE2\x82\xAC", "\xF0\x9F\x93\xB7"}) {
+    // ×, ÷, ß, ĸ, ŉ, Ÿ, ſ, ΐ, what stands beside the alphabet, and what takes more bytes.
+    for (const char* same : {"\xC3\x97", "\xC3\xB7", "\xC3\x9F", "\xC4\xB8", "\xC5\x89", "\xC5\xB8",
+                             "\xC5\xBF", "\xCE\x90", "@[`{", "\xE2\x82\xAC", "\xF0\x9F\x93\xB7"}) {
         EXPECT_EQ(fold_case(same), same);
     }
     EXPECT_EQ(fold_case("\xC3\x41\xFF\xC3"), "\xC3\x61\xFF\xC3") << "no letters of two bytes";
