@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <fcntl.h>
+#include <set>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,11 +19,14 @@ inline int open_descriptors() {
     return open;
 }
 
-inline int open_pipes() {
-    int open = 0;
+// Their inodes: how many there are would not tell new ones from those that are being closed.
+inline std::set<ino_t> open_pipes() {
+    std::set<ino_t> open;
     for (int number = 0; number < 4096; ++number) {
         struct stat found {};
-        open += fstat(number, &found) == 0 && S_ISFIFO(found.st_mode) ? 1 : 0;
+        if (fstat(number, &found) == 0 && S_ISFIFO(found.st_mode)) {
+            open.insert(found.st_ino);
+        }
     }
     return open;
 }

@@ -2,6 +2,7 @@
 // none is left behind.
 #include <algorithm>
 #include <ctime>
+#include <set>
 #include <thread>
 
 #include "tests/host/camera/camera_test.h"
@@ -51,7 +52,7 @@ done
     }
 };
 
-// Half of a processor is a hundred times what it takes.
+// A tenth of a processor is twenty times what it takes, and less than what four others leave.
 TEST_F(BrokenWorkerTest, OneWithNothingToDoCostsNothing) {
     times_.between_fences = milliseconds(20);
     options_.worker = obedient("", "");
@@ -64,7 +65,7 @@ TEST_F(BrokenWorkerTest, OneWithNothingToDoCostsNothing) {
                }) > 10;
     });
     EXPECT_LT(std::chrono::duration<double>(std::clock() - used) / CLOCKS_PER_SEC,
-              std::chrono::duration<double>(host::Clock::now() - begun) / 2);
+              std::chrono::duration<double>(host::Clock::now() - begun) / 10);
 }
 
 TEST_F(BrokenWorkerTest, OneThatIsKilledIsReplaced) {
@@ -128,14 +129,14 @@ TEST_F(BrokenWorkerTest, ALineThatIsTooLongIsAProblemAndNoAllocation) {
 TEST_F(BrokenWorkerTest, OneThatIsMissingIsSaidAtOnce) {
     options_.worker = folder_ / "no-worker";
     make();
-    const int pipes = open_pipes();
+    const std::set<ino_t> pipes = open_pipes();
     const auto problem = camera_->start();
     ASSERT_TRUE(problem);
     EXPECT_EQ(problem->code, Code::worker_missing);
     EXPECT_NE(problem->text.find(folder_ / "no-worker"), std::string::npos) << problem->text;
     EXPECT_TRUE(problem->text.ends_with("No such file or directory.")) << problem->text;
     await_state(State::down);
-    EXPECT_EQ(open_pipes(), pipes);
+    EXPECT_TRUE(std::ranges::includes(pipes, open_pipes())) << "a new pipe is left open";
 }
 
 // Few are enough for the folder, and more for the worker's pipes as well.
@@ -158,7 +159,7 @@ TEST_F(BrokenWorkerTest, OneThatHasNoDescriptorsLeftIsSaid) {
 TEST_F(BrokenWorkerTest, OneThatIsNoneIsGivenUpAndTriedOnceAMinute) {
     options_.worker = "/bin/true";
     make();
-    const int pipes = open_pipes();
+    const std::set<ino_t> pipes = open_pipes();
     const auto problem = camera_->start();
     ASSERT_TRUE(problem);
     EXPECT_EQ(problem->code, Code::worker_not_starting);
@@ -166,7 +167,7 @@ TEST_F(BrokenWorkerTest, OneThatIsNoneIsGivenUpAndTriedOnceAMinute) {
               "The worker ended before it was ready (status 0). It happened too often: from now on "
               "it is tried once a minute.");
     await_state(State::down);
-    EXPECT_EQ(open_pipes(), pipes);
+    EXPECT_TRUE(std::ranges::includes(pipes, open_pipes())) << "a new pipe is left open";
 }
 
 // The host is slow to hear of its first line: the last one and its end wait together.
