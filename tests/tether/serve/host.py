@@ -2,6 +2,7 @@
 that wait for their answer. Standard library only.
 """
 
+import io
 import json
 import os
 import subprocess
@@ -62,7 +63,7 @@ class Host:
             self.complaints += piece
 
     def _read(self):
-        for line in self.process.stdout:
+        for line in io.BufferedReader(self.process.stdout):  # which would itself read byte by byte
             with self.changed:
                 try:
                     self._take(line)

@@ -123,6 +123,20 @@ class Stage:
         require(not left, f"left behind: {left}")
 
 
+# It waits longest, so it begins first.
+
+@scenario
+def a_worker_that_says_nothing_is_a_problem_in_time(stage):
+    silent = stage.program("silent", "#!/bin/sh\nexec cat >/dev/null\n")
+    with stage.host("--worker", str(silent)) as host:
+        begun = time.monotonic()
+        error = host.error("initialize", client={"name": "tests", "version": "1"})
+        took = time.monotonic() - begun
+        require(error.problem["code"] == "worker-not-starting", f"it fails with {error.problem}")
+        require(took < 31, f"after {took} s")
+        host.shut_down()
+
+
 # Ending.
 
 @scenario
@@ -728,18 +742,6 @@ def an_empty_worker_is_missing_like_any_other(stage):
     with stage.host("--worker", "") as host:
         error = host.error("initialize", client={"name": "tests", "version": "1"})
         require(error.problem["code"] == "worker-missing", f"it fails with {error.problem}")
-        host.shut_down()
-
-
-@scenario
-def a_worker_that_says_nothing_is_a_problem_in_time(stage):
-    silent = stage.program("silent", "#!/bin/sh\nexec cat >/dev/null\n")
-    with stage.host("--worker", str(silent)) as host:
-        begun = time.monotonic()
-        error = host.error("initialize", client={"name": "tests", "version": "1"})
-        took = time.monotonic() - begun
-        require(error.problem["code"] == "worker-not-starting", f"it fails with {error.problem}")
-        require(took < 31, f"after {took} s")
         host.shut_down()
 
 
