@@ -54,6 +54,7 @@ int Session::run(serve::Options options, std::function<void()> begun) {
     input_ = std::move(input.write_end);
     options.input = input.read_end.number();
     options.output = output.write_end.number();
+    options.lines = true;  // the worker's first ones too: they say why it cannot start
     std::thread reading([this, &output] { read(output.read_end); });
     std::thread initializing([this] { initialize(); });
     const int status = serve::carry_out(std::move(options));
@@ -63,13 +64,11 @@ int Session::run(serve::Options options, std::function<void()> begun) {
     return status;
 }
 
-// Again and again, until there is somebody who answers. Lines are asked for at once: those of a
-// worker that cannot start say why.
+// Again and again, until there is somebody who answers.
 void Session::initialize() {
     const rpc::Read client{{"client", {{"name", "tether console"}, {"version", TETHER_VERSION}}}};
     do {
         const auto id = post({Json(0), "initialize", client});
-        post({std::nullopt, "subscribe", {{"lines", true}}});
         auto answer = wait_for(id);
         if (!answer) {
             return;

@@ -209,6 +209,7 @@ int carry_out(Options options) {
     setup.version = TETHER_VERSION;
     setup.recorder = recorder.get();
     setup.output = options.output;
+    setup.lines = options.lines;
     setup.changed = [&wake_up] {
         wake_up.wake();
     };

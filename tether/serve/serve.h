@@ -13,7 +13,8 @@ struct Options {
     host::CameraOptions camera;  // its listener is the server's own
     std::string record;          // a file, or empty
     bool redact = false;
-    int input = 0;  // standard input, or what takes its place
+    bool lines = false;  // are told from the beginning, as if they had been subscribed
+    int input = 0;       // standard input, or what takes its place
     int output = 1;
     std::vector<int> signals{SIGINT, SIGTERM, SIGHUP};  // that end it in order
 };

@@ -26,6 +26,7 @@ Server::Server(Setup setup)
       version_(std::move(setup.version)),
       recorder_(setup.recorder),
       changed_(std::move(setup.changed)),
+      lines_wanted_(setup.lines),
       writer_(setup.output, {[this](const std::string& id) { camera_.told(id); },
                              [this] {
                                  changed_();

@@ -25,6 +25,7 @@ struct Setup {
     std::string control;         // where the virtual camera listens; empty: nowhere
     Recorder* recorder = nullptr;
     int output = 1;
+    bool lines = false;  // are told from the beginning, as if they had been subscribed
     std::string version;
     // Called from any thread when there is something new about what the operations below say.
     std::function<void()> changed;
@@ -101,7 +102,7 @@ class Server {
 
     enum class Initialization { none, under_way, failed, done };
     std::atomic<Initialization> initialization_{Initialization::none};
-    std::atomic<bool> lines_wanted_{false};
+    std::atomic<bool> lines_wanted_;
     std::atomic<unsigned int> lists_under_way_{0};  // asked of the disk, which may be stuck
     bool ending_ = false;
     bool told_to_end_ = false;  // by other than a request
