@@ -52,7 +52,7 @@ done
     }
 };
 
-// A tenth of a processor is twenty times what it takes, and less than what four others leave.
+// A tenth of a processor is ten times what it takes, and less than what four others leave.
 TEST_F(BrokenWorkerTest, OneWithNothingToDoCostsNothing) {
     times_.between_fences = milliseconds(20);
     options_.worker = obedient("", "");
