@@ -52,10 +52,11 @@ TEST(FullPipe, ASignalIsHandledOnceTheHostReads) {
     EXPECT_TRUE(worker.exit().clean());
 }
 
-// The SDK's thread waits in the middle of a line, and Release waits for the SDK's thread. Not with
-// the thread sanitizer: its _exit flushes stdout, and waits for that line too.
-#if !defined(__SANITIZE_THREAD__)
+// The SDK's thread waits in the middle of a line, and Release waits for the SDK's thread.
 TEST(FullPipe, AnSdkThreadThatCannotWriteHoldsUpQuitForThreeSeconds) {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the thread sanitizer's _exit flushes stdout, and waits for that line too";
+#endif
     OutputPipe output;
     LiveWorker worker(output.plan());
     worker.send_bytes("CONNECT\n");
@@ -64,6 +65,5 @@ TEST(FullPipe, AnSdkThreadThatCannotWriteHoldsUpQuitForThreeSeconds) {
     worker.tell_camera("deliver \"a.JPG\" 0xFFFFFFFF");
     worker.expect_end([&] { worker.send("QUIT"); }, exit_deadline, exit_deadline_passed);
 }
-#endif
 
 }  // namespace
