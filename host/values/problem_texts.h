@@ -112,7 +112,7 @@ inline constexpr std::array<CodeTexts, 29> code_texts{{
      "software delivered a link or a folder.",
      "Check that the disk has room and that the folder can be written to. A picture is moved to "
      "its place at the next start; take anything else from where it is yourself."},
-    {"The disk of the folder has room for few more pictures.",
+    {"The disk of the folder has room for only a few more pictures.",
      "Pictures or other files have filled the disk.",
      "Delete files that you no longer need, or choose a folder on another disk."},
     {"Too many requests are waiting already.",

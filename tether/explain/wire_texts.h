@@ -37,7 +37,8 @@ inline constexpr std::array<CommandText, 22> command_texts{{
      "in a session: `SAVE_DEST|…`, if the camera takes it; without one: nothing before the next "
      "connection"},
     {"SET_FILE_TYPE", "SET_FILE_TYPE", "sets the camera's file type",
-     "`FILE_TYPE|…`, what the camera really uses, after 600 ms or more"},
+     "`FILE_TYPE|…`, what the camera really uses, 600 ms or more after it accepts, at once when "
+     "it refuses"},
     {"CAPTURE", "CAPTURE", "half-press, 700 ms, release for 35 ms",
      "`REMOTE_CAPTURED|OK`: the sequence was sent, not that there is a picture"},
     {"REMOTE_CAPTURE", "CAPTURE", "half-press, 700 ms, release for 35 ms",
@@ -120,7 +121,7 @@ inline constexpr std::array<LineText, 54> line_texts{{
      "a session came up before a folder was named",
      "a diagnostic, free text; a file name with a line break in it splits the line", ""},
     {"LOG|[SONY] could not take PC Remote priority ({code})",
-     "before a destination is set; it is set all the same",
+     "before a destination is set, which is tried all the same",
      "a diagnostic, free text; a file name with a line break in it splits the line", ""},
     {"LOG|[SONY] could not set the save destination ({code}) — the camera keeps its own setting",
      "the camera refused, or was busy for more than 2 s; no `SAVE_DEST` follows",
@@ -185,12 +186,14 @@ inline constexpr std::array<LineText, 54> line_texts{{
      "file-type-not-taken"},
     {"ERROR|Unknown command: {line}", "no command has this name", "a failure, for people", ""},
     {"CONNECTED|{model}", "the camera has answered, or came back",
-     "the session is up. `CONNECTED|already`: nothing was done, because a session is up or "
-     "opening, or a lost camera was not given up with `DISCONNECT`",
+     "the session is up. `CONNECTED|already`: nothing was opened (a `word` counts from the next "
+     "connection or card change on), because a session is up or opening, or a lost camera was not "
+     "given up with `DISCONNECT`",
      ""},
     {"CONNECTED|already", "`CONNECT` while the camera's handle is taken",
-     "the session is up. `CONNECTED|already`: nothing was done, because a session is up or "
-     "opening, or a lost camera was not given up with `DISCONNECT`",
+     "the session is up. `CONNECTED|already`: nothing was opened (a `word` counts from the next "
+     "connection or card change on), because a session is up or opening, or a lost camera was not "
+     "given up with `DISCONNECT`",
      ""},
     {"DISCONNECTED|", "`DISCONNECT` is done, or the session was lost",
      "the session is closed, or the camera went away", "camera-lost"},

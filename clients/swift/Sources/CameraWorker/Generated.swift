@@ -426,7 +426,7 @@ extension Camera {
         public static let pictureOutside = ProblemCode("picture-outside")
         /// A file could not be moved to its place, or is not a picture. It stays where the text says.
         public static let pictureNotPlaced = ProblemCode("picture-not-placed")
-        /// The disk of the folder has room for few more pictures.
+        /// The disk of the folder has room for only a few more pictures.
         public static let diskNearlyFull = ProblemCode("disk-nearly-full")
         /// Too many requests are waiting already.
         public static let busy = ProblemCode("busy")
@@ -661,8 +661,8 @@ extension Camera {
 
     /// What pictures takes.
     public struct PicturesParameters: Codable, Hashable, Sendable {
-        /// The id of the last picture the host knows; the answer begins with the next one. An id that the folder does
-        /// not know counts as none.
+        /// The id of the last picture the host knows; the answer begins with the next one. With an id that the folder
+        /// does not know, the list begins with the oldest.
         public var after: String?
         /// The largest number of pictures to return.
         public var limit: Int?
