@@ -453,7 +453,7 @@ export interface StateParameters {}
  */
 export interface PicturesParameters {
   /**
-   * The id of the last picture the host knows; the answer begins with the next one. An id that the folder does not know counts as none.
+   * The id of the last picture the host knows; the answer begins with the next one. With an id that the folder does not know, the list begins with the oldest.
    */
   after?: string;
   /**
