@@ -14,8 +14,8 @@ Pipe make_wake_up() {
     if (!pipe) {
         throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
     }
-    // What does not wait is not interrupted either. The other end always has room: it gets a byte
-    // only when the one before was read.
+    // What does not wait is not interrupted either. The other end always has room: no more bytes
+    // lie in it than threads post at once.
     make_non_blocking(pipe->read_end);
     return std::move(*pipe);
 }

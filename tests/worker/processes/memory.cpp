@@ -19,7 +19,7 @@ long memory_of(pid_t process) {
     return resident * sysconf(_SC_PAGESIZE);
 }
 
-// Commands of every kind that takes no time, on a session that is up, with the check that a card
+// Commands of the kinds that take no time, on a session that is up, with the check that a card
 // which comes and goes brings.
 void give_commands(LiveWorker& worker, int number) {
     const std::string commands =
