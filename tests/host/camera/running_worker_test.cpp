@@ -284,8 +284,7 @@ TEST(RunningWorkerTest, TheLockOfItsRunIsItsThirdDescriptor) {
                 const auto worker =
                     RunningWorker::start(options, {"run", "", descriptor}, inbox, why);
                 worker->say("[ /dev/fd/3 -ef " + lock +
-                            " ] && exit 3; [ ! -e /dev/fd/3 ] || exit 4");
-                worker->say("exit 0");
+                            " ] && exit 3; [ ! -e /dev/fd/3 ] || exit 4; exit 0");
                 status = end_told_to(*inbox);
             }
             EXPECT_EQ(status, descriptor < 0 ? 0 : 3) << descriptor << ", " << closed;
