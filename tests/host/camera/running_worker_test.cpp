@@ -6,6 +6,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <thread>
 #include <unistd.h>
 
 #include "tests/host/interruptions.h"
@@ -262,6 +263,23 @@ TEST(RunningWorkerTest, AFloodIsSaidOnceAndNothingIsMadeOfWhatFollows) {
     await(*worker, false);
     worker->read(Time{}, heard.ear);
     EXPECT_EQ(heard.lines.size(), 49'999u);
+}
+
+// The thread that was to wait for it holds the inbox for as long as it may say something.
+TEST(RunningWorkerTest, OneThatCannotBeStartedIsSaidAndNothingElse) {
+    const auto inbox = std::make_shared<Inbox>();
+    auto worker = run("/no/such/worker", inbox);
+    pollfd source{inbox->descriptor(), POLLIN, 0};
+    ASSERT_EQ(poll(&source, 1, patience), 1);
+    worker.reset();
+    while (inbox.use_count() > 1) {
+        std::this_thread::yield();
+    }
+    const std::vector<Message> told = inbox->take();
+    ASSERT_EQ(told.size(), 1u);
+    const auto* news = std::get_if<brain::News>(&told.front());
+    ASSERT_NE(news, nullptr);
+    EXPECT_TRUE(std::holds_alternative<brain::WorkerNotStarted>(*news));
 }
 
 // Whatever numbers are free here when it is started.
