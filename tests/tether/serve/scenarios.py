@@ -171,7 +171,7 @@ def ends_in_order_at_half_a_message(stage):
         host.write(b'{"jsonrpc":"2.0","id":77,"method":"sta')
         host.end_input()
         require(host.end() == 0, "another status")
-        require([message["error"]["code"] for message in host.without_id] == [-32700], "half a message is no JSON")
+        require([message["error"]["code"] for message in host.without_id] == [-32700], "half a message is not JSON")
     stage.nothing_is_left(worker)
 
 

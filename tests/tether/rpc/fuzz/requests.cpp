@@ -59,7 +59,7 @@ void answer(std::string_view message) {
         is_one_line_of_json(refusal->error.message);
         require(rpc::Read::accept(message) || code == -32700 ||
                     refusal->error.message.find("deep") != std::string::npos,
-                "what is no JSON is called that");
+                "what is not JSON is a parse error");
         return;
     }
     const auto& request = std::get<rpc::Request>(read);
