@@ -6,6 +6,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -168,12 +169,19 @@ TEST(RunningWorkerTest, WhatItDoesNotReadIsKeptForItUpToALimit) {
     EXPECT_TRUE(worker->say("more")) << "there is room again";
 }
 
+// It reads only once its pipe is full, or there might be nothing left to wait for.
 TEST(RunningWorkerTest, OneThatOnlyReadsGetsItAll) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path() / "gate";
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
     const auto inbox = std::make_shared<Inbox>();
-    const auto worker = run_script("echo begun; exec head -c 131072 >/dev/null", inbox);
+    const auto worker = run_script(
+        "echo begun; read -r gate <'" + path + "'; exec head -c 131072 >/dev/null", inbox);
     await(*worker, false);
     EXPECT_TRUE(worker->say(std::string(65'535, 'x')));
     EXPECT_TRUE(worker->say(std::string(65'535, 'y')));
+    const Descriptor gate(::open(path.c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_EQ(::write(gate.number(), "\n", 1), 1);
     Heard heard;
     std::vector<pollfd> sources;
     do {
