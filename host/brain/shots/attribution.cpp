@@ -39,9 +39,8 @@ bool Brain::place_with_other_half(Ticket ticket, Report& report) {
     // A camera whose counter was set back gives an old name to a new picture.
     const bool in_hand = shot_ && same_stem(shot_->stem, report.file.stem);
     const Time since = in_hand ? shot_->fired : report.heard - times_.late;
-    Stem* known = stems_.partner(report.file.stem, report.file.kind, since);
-    // Of another session the same name is another picture, however late the disk looks at it.
-    if (known == nullptr || known->session != report.session) {
+    Stem* known = stems_.partner(report.file.stem, report.file.kind, report.session, since);
+    if (known == nullptr) {
         return false;
     }
     (report.file.kind == Kind::raw ? known->raw : known->developed) = true;
@@ -106,7 +105,8 @@ void Brain::doubt(Ticket ticket, Report& report) {
 // Whatever comes of one half comes of the other, also of one that came behind a loss.
 bool Brain::doubt_with_other_half(Report& report) {
     const auto is_other_half = [&](const auto& entry) {
-        return entry.second.doubted && entry.second.file.kind != report.file.kind;
+        return entry.second.doubted && entry.second.session == report.session &&
+               entry.second.file.kind != report.file.kind;
     };
     if (!shot_ || report.file.kind == Kind::other ||
         !same_stem(report.file.stem, shot_->doubted_stem) ||

@@ -47,13 +47,16 @@ bool same_stem(std::string_view one, std::string_view other) {
                       [](char left, char right) { return lower(left) == lower(right); });
 }
 
-Stem* Stems::partner(std::string_view stem, Kind kind, Time since) {
+Stem* Stems::partner(std::string_view stem, Kind kind, std::uint64_t session, Time since) {
     if (kind == Kind::other) {
         return nullptr;
     }
-    // The latest first: a name may come again when the camera's counter is set back.
-    const auto found = std::find_if(stems_.rbegin(), stems_.rend(),
-                                    [&](const Stem& known) { return same_stem(known.text, stem); });
+    // The latest first: a name may come again when the camera's counter is set back. Of another
+    // session the same name is another picture, however late the disk looks at it, and one that was
+    // in doubt is remembered late, be it between two halves of this session.
+    const auto found = std::find_if(stems_.rbegin(), stems_.rend(), [&](const Stem& known) {
+        return known.session == session && same_stem(known.text, stem);
+    });
     if (found == stems_.rend() || !found->may_be_pair || found->heard < since) {
         return nullptr;
     }

@@ -36,8 +36,8 @@ struct Stem {
 
 class Stems {
   public:
-    // The stem under which the other half came since then, and only that.
-    Stem* partner(std::string_view stem, Kind kind, Time since = Time::min());
+    // The stem under which the other half came in this session since then, and only that.
+    Stem* partner(std::string_view stem, Kind kind, std::uint64_t session, Time since);
 
     void remember(Stem stem);
 

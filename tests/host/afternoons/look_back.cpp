@@ -226,10 +226,11 @@ void Witness::check_pairs() {
                 may_be_pair(fired) &&
                 may_be_pair(first.picture.shot ? fired_as(*first.picture.shot, first.picture.tag)
                                                : nullptr);
-            const bool once =
-                std::none_of(presses_.begin(), presses_.end(), [&](const auto& known_press) {
-                    return known_press.second.stem == press->stem &&
-                           known_press.first != press->number;
+            // A name that comes again from one worker cannot be told from the half that lacks.
+            const bool once = std::none_of(
+                disk_.files.begin(), disk_.files.end(), [&file, press](const File& known_file) {
+                    return known_file.press != press->number && known_file.stem == file.stem &&
+                           known_file.reported_by == file.reported_by;
                 });
             if (!same_pair && press->number == second_press->number && plain && known && once &&
                 first.brain == second.brain && file.reported_by == second_file.reported_by) {

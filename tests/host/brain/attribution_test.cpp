@@ -245,6 +245,40 @@ TEST(BrainAttribution, AHalfThatTheDiskLooksAtInTheNextSessionFindsNoneOfTheSess
     EXPECT_NE(places[1].pair, places[0].pair);
 }
 
+// A worker dies and leaves "DSC00001.ARW" in doubt. The next one's camera gives the same names, in
+// small letters so that the stage's disk can tell them apart.
+void leave_in_doubt_with_a_dead_worker(Stage& stage) {
+    shoot_in_doubt(stage);
+    stage.file("DSC00001.ARW");
+    stage.tell(WorkerEnded{stage.run, WorkerEnd::gone, 139});
+    stage.after(milliseconds(500));
+    ASSERT_EQ(stage.state().state, State::ready);
+    ASSERT_TRUE(stage.asked_of_disk<Place>().empty());
+}
+
+TEST(BrainAttribution, HalvesFindEachOtherThoughAFileOfTheSessionBeforeGetsOutOfDoubtBetweenThem) {
+    ReadyStage stage(Dial{"both"});
+    leave_in_doubt_with_a_dead_worker(stage);
+    stage.file("dsc00001.ARW");
+    stage.after(seconds(3));
+    stage.file("dsc00001.JPG");
+    const auto places = stage.asked_of_disk<Place>();
+    ASSERT_EQ(places.size(), 3U);
+    EXPECT_EQ(places[2].pair, places[0].pair);
+    EXPECT_NE(places[1].pair, places[0].pair);
+}
+
+TEST(BrainAttribution, AHalfOfTheNextSessionSharesNoDoubt) {
+    ReadyStage stage(Dial{"both"});
+    leave_in_doubt_with_a_dead_worker(stage);
+    stage.file("dsc00001.JPG");
+    const auto places = stage.asked_of_disk<Place>();
+    ASSERT_EQ(places.size(), 1U);
+    EXPECT_EQ(places[0].shot, std::nullopt);
+    stage.after(seconds(3));
+    EXPECT_EQ(stage.asked_of_disk<Place>().size(), 2U);
+}
+
 TEST(BrainAttribution, BothHalvesOfALatePairAreUnaskedAndStillAPair) {
     ReadyStage stage(Dial{"both"});
     const RequestId second = shoot_in_doubt(stage);

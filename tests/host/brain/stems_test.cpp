@@ -42,35 +42,52 @@ Stem stem(const std::string& text, Kind kind, bool may_be_pair = true) {
     return one;
 }
 
+Stem* partner(Stems& stems, const std::string& text, Kind kind) {
+    return stems.partner(text, kind, 0, Time::min());
+}
+
 TEST(StemsTest, TheOtherHalfHasTheSameStemAndAnotherKind) {
     Stems stems;
     stems.remember(stem("DSC00001", Kind::raw));
-    EXPECT_NE(stems.partner("DSC00001", Kind::developed), nullptr);
-    EXPECT_NE(stems.partner("dsc00001", Kind::developed), nullptr);
-    EXPECT_EQ(stems.partner("DSC00001", Kind::raw), nullptr);
-    EXPECT_EQ(stems.partner("DSC00001", Kind::other), nullptr);
-    EXPECT_EQ(stems.partner("DSC00002", Kind::developed), nullptr);
+    EXPECT_NE(partner(stems, "DSC00001", Kind::developed), nullptr);
+    EXPECT_NE(partner(stems, "dsc00001", Kind::developed), nullptr);
+    EXPECT_EQ(partner(stems, "DSC00001", Kind::raw), nullptr);
+    EXPECT_EQ(partner(stems, "DSC00001", Kind::other), nullptr);
+    EXPECT_EQ(partner(stems, "DSC00002", Kind::developed), nullptr);
 }
 
 TEST(StemsTest, WhatWasNotToBeAPairHasNoOtherHalf) {
     Stems stems;
     stems.remember(stem("DSC00001", Kind::developed, false));
-    EXPECT_EQ(stems.partner("DSC00001", Kind::raw), nullptr);
+    EXPECT_EQ(partner(stems, "DSC00001", Kind::raw), nullptr);
 }
 
 TEST(StemsTest, AFullPairHasNoThirdHalf) {
     Stems stems;
     stems.remember(stem("DSC00001", Kind::raw));
-    stems.partner("DSC00001", Kind::developed)->developed = true;
-    EXPECT_EQ(stems.partner("DSC00001", Kind::developed), nullptr);
-    EXPECT_EQ(stems.partner("DSC00001", Kind::raw), nullptr);
+    partner(stems, "DSC00001", Kind::developed)->developed = true;
+    EXPECT_EQ(partner(stems, "DSC00001", Kind::developed), nullptr);
+    EXPECT_EQ(partner(stems, "DSC00001", Kind::raw), nullptr);
 }
 
 TEST(StemsTest, WhenTheCounterWasSetBackTheLatestOfTheNameCounts) {
     Stems stems;
     stems.remember(stem("DSC00001", Kind::raw));
     stems.remember(stem("DSC00001", Kind::developed));
-    EXPECT_EQ(stems.partner("DSC00001", Kind::developed), nullptr);
+    EXPECT_EQ(partner(stems, "DSC00001", Kind::developed), nullptr);
+}
+
+TEST(StemsTest, OfAnotherSessionTheSameNameIsAnotherPicture) {
+    Stems stems;
+    stems.remember(stem("DSC00001", Kind::raw));
+    Stem next = stem("DSC00001", Kind::raw);
+    next.session = 1;
+    next.pair = "next";
+    stems.remember(next);
+    stems.remember(stem("DSC00001", Kind::developed));
+    ASSERT_NE(stems.partner("DSC00001", Kind::developed, 1, Time::min()), nullptr);
+    EXPECT_EQ(stems.partner("DSC00001", Kind::developed, 1, Time::min())->pair, "next");
+    EXPECT_EQ(stems.partner("DSC00001", Kind::developed, 2, Time::min()), nullptr);
 }
 
 TEST(StemsTest, NoMoreThan256AreRemembered) {
@@ -79,8 +96,8 @@ TEST(StemsTest, NoMoreThan256AreRemembered) {
     for (int count = 0; count < 256; ++count) {
         stems.remember(stem("DSC" + std::to_string(count), Kind::raw));
     }
-    EXPECT_EQ(stems.partner("first", Kind::developed), nullptr);
-    EXPECT_NE(stems.partner("DSC0", Kind::developed), nullptr);
+    EXPECT_EQ(partner(stems, "first", Kind::developed), nullptr);
+    EXPECT_NE(partner(stems, "DSC0", Kind::developed), nullptr);
 }
 
 }  // namespace
