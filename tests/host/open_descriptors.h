@@ -9,14 +9,20 @@
 #include <unistd.h>
 #include <vector>
 
-inline int open_descriptors() {
+inline std::set<int> open_numbers() {
     // A new one gets the lowest free number: no test here comes near this many.
-    const long most = std::min(sysconf(_SC_OPEN_MAX), 4096L);
-    int open = 0;
+    const int most = static_cast<int>(std::min(sysconf(_SC_OPEN_MAX), 4096L));
+    std::set<int> open;
     for (int number = 0; number < most; ++number) {
-        open += fcntl(number, F_GETFD) != -1 ? 1 : 0;
+        if (fcntl(number, F_GETFD) != -1) {
+            open.insert(number);
+        }
     }
     return open;
+}
+
+inline int open_descriptors() {
+    return static_cast<int>(open_numbers().size());
 }
 
 // Their inodes: how many there are would not tell new ones from those that are being closed.
